@@ -1,0 +1,41 @@
+# One target a folder, and one place that says which folder may use which.
+#
+#   vorelle_layer(NAME [USES other layers...])
+#
+# makes a static library of the .cpp files in the current folder (a layer of headers alone has
+# nothing to compile). A layer that uses one it may not see stops the configuration; that no file
+# includes across the layers is checked by tests/layers.
+set(VORELLE_MAY_USE_jet "")
+set(VORELLE_MAY_USE_sql "jet")
+set(VORELLE_MAY_USE_ado "sql;jet")
+set(VORELLE_MAY_USE_grid_model "")
+set(VORELLE_MAY_USE_forms "")
+set(VORELLE_MAY_USE_grid "forms;grid_model")
+set(VORELLE_MAY_USE_viewer_core "ado")
+set(VORELLE_MAY_USE_viewer "viewer_core;ado;forms;grid")
+
+function(vorelle_layer name)
+  cmake_parse_arguments(LAYER "" "" "USES;SOURCES" ${ARGN})
+  if(NOT DEFINED VORELLE_MAY_USE_${name})
+    message(FATAL_ERROR "Layer ${name} is not listed in cmake/Layers.cmake")
+  endif()
+  foreach(used IN LISTS LAYER_USES)
+    if(NOT used IN_LIST VORELLE_MAY_USE_${name})
+      message(FATAL_ERROR "Layer ${name} may not use ${used}")
+    endif()
+  endforeach()
+  if(NOT LAYER_SOURCES)
+    file(GLOB LAYER_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  endif()
+  if(NOT LAYER_SOURCES)
+    add_library(${name} INTERFACE)
+    return()
+  endif()
+  if(LAYER_SOURCES)
+    add_library(${name} STATIC ${LAYER_SOURCES})
+    target_link_libraries(${name} PUBLIC vorelle_options ${LAYER_USES})
+  else()
+    add_library(${name} INTERFACE)
+    target_link_libraries(${name} INTERFACE vorelle_options ${LAYER_USES})
+  endif()
+endfunction()
