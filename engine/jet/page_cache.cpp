@@ -1,0 +1,50 @@
+#include "engine/jet/page_cache.h"
+
+namespace jet {
+
+PagePtr PageCache::get(PageNumber number) {
+    {
+        const std::lock_guard lock{mutex_};
+        if (const auto found = byNumber_.find(raw(number)); found != byNumber_.end()) {
+            byUse_.splice(byUse_.begin(), byUse_, found->second);
+            return found->second->page;
+        }
+    }
+    if (number == kNoPage || raw(number) >= storage_.pageCount()) {
+        throwDamaged(number, "a link leads outside the file");
+    }
+    const auto page = std::make_shared<Page>();
+    storage_.readPages(number, *page);
+
+    const std::lock_guard lock{mutex_};
+    if (!byNumber_.contains(raw(number))) {
+        byUse_.push_front({number, page});
+        byNumber_[raw(number)] = byUse_.begin();
+        if (byUse_.size() > capacity_) {
+            byNumber_.erase(raw(byUse_.back().number));
+            byUse_.pop_back();
+        }
+    }
+    return page;
+}
+
+Bytes PageReader::page(PageNumber number) {
+    // One unsigned comparison covers both ends of the block.
+    const std::uint32_t inBlock = raw(number) - blockFirst_;
+    if (inBlock < blockCount_) return Bytes{block_}.subspan(inBlock * kPageSize, kPageSize);
+    if (!held_ || heldNumber_ != number) {
+        held_ = cache_->get(number);
+        heldNumber_ = number;
+    }
+    return *held_;
+}
+
+void PageReader::loadBlock(PageNumber first, std::size_t count) {
+    blockCount_ = 0;
+    block_.resize(count * kPageSize);
+    storage_->readPages(first, block_);
+    blockFirst_ = raw(first);
+    blockCount_ = static_cast<std::uint32_t>(count);
+}
+
+}  // namespace jet

@@ -1,0 +1,69 @@
+// Pages read lately, shared by all readers of one database, bounded in memory.
+#pragma once
+
+#include "engine/jet/storage.h"
+
+#include <array>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+
+namespace jet {
+
+using Page = std::array<std::uint8_t, kPageSize>;
+using PagePtr = std::shared_ptr<const Page>;
+
+/// A least-recently-used cache in front of a storage. Any thread may call it. A page handed out
+/// stays valid for as long as its pointer is held, whatever the cache does meanwhile.
+class PageCache {
+public:
+    /// 1,024 pages: 4 MiB, several screens of a grid whose texts stand on a page each.
+    static constexpr std::size_t kDefaultPages = 1024;
+
+    explicit PageCache(const Storage& storage, std::size_t capacity = kDefaultPages)
+        : storage_{storage}, capacity_{capacity} {}
+
+    /// Throws Error: Damaged for page 0 or a page beyond the end of the file; else as the storage.
+    PagePtr get(PageNumber number);
+
+private:
+    struct Entry {
+        PageNumber number;
+        PagePtr page;
+    };
+
+    const Storage& storage_;
+    const std::size_t capacity_;
+    std::mutex mutex_;
+    std::list<Entry> byUse_;  ///< latest first
+    std::unordered_map<std::uint32_t, std::list<Entry>::iterator> byNumber_;
+};
+
+/// One thread's hands on the pages: remembers the page it gave last, and can hold a stretch of
+/// the file in one block so that a scan need not ask the cache for each page.
+class PageReader {
+public:
+    PageReader(const Storage& storage, PageCache& cache) : storage_{&storage}, cache_{&cache} {}
+
+    /// The page's 4096 bytes. They hold until the next call of any member; those of a page of the
+    /// loaded block, until the next loadBlock. Throws as PageCache::get.
+    Bytes page(PageNumber number);
+
+    /// Reads `count` pages from `first` on with one call to the storage and serves `page` from
+    /// them until the next loadBlock. Throws as Storage::readPages.
+    void loadBlock(PageNumber first, std::size_t count);
+
+    const Storage& storage() const { return *storage_; }
+
+private:
+    const Storage* storage_;
+    PageCache* cache_;
+    std::vector<std::uint8_t> block_;
+    std::uint32_t blockFirst_ = 0;
+    std::uint32_t blockCount_ = 0;
+    PageNumber heldNumber_ = kNoPage;
+    PagePtr held_;
+};
+
+}  // namespace jet

@@ -1,0 +1,114 @@
+#include "engine/jet/table.h"
+
+#include "engine/jet/database.h"
+#include "engine/jet/usage_map.h"
+
+namespace jet {
+namespace {
+
+/// 256 KiB at a time: large enough that a disk or a share streams, small enough for the
+/// processor's caches.
+constexpr std::size_t kBlockPages = 64;
+
+/// Other pages between those of the table are read along while they are not more than three in
+/// four: one call for the block is cheaper than a call a page, and the table's long values mostly
+/// stand between its rows.
+constexpr std::size_t kSparsest = 4;
+
+}  // namespace
+
+std::vector<PageNumber> Table::dataPages() const {
+    PageReader reader = pageReader();
+    return readUsageMap(reader, definition_.ownedMap);
+}
+
+PageReader Table::pageReader() const { return {database_->storage(), database_->cache()}; }
+
+bool Table::find(PageReader& pages, RowId id, Record& record) const {
+    record = {};
+    try {
+        const DataPage page{pages.page(id.page()), id.page()};
+        const auto slot = page.slot(id.slot());
+        if (page.owner() != raw(definition_.page) || !slot || slot->moved) return false;
+        record = slot->pointer ? Record{followPointer(pages, slot->bytes, page.owner()), id.page()}
+                               : Record{slot->bytes, id.page()};
+        return true;
+    } catch (const Error& error) {
+        if (error.fault() != Fault::Damaged && error.fault() != Fault::Truncated) throw;
+        return false;
+    }
+}
+
+TableScan::TableScan(const Table& table)
+    : table_{table},
+      ownPages_{table.dataPages()},
+      list_{ownPages_},
+      values_{table.pageReader()},
+      moved_{table.pageReader()} {}
+
+TableScan::TableScan(const Table& table, std::span<const PageNumber> pages)
+    : table_{table}, list_{pages}, values_{table.pageReader()}, moved_{table.pageReader()} {}
+
+bool TableScan::next() {
+    for (;;) {
+        while (page_ && slot_ < page_->slotCount()) {
+            const bool taken = takeSlot();
+            ++slot_;
+            if (taken) return true;
+        }
+        if (!nextPage()) return false;
+    }
+}
+
+/// Makes the row in slot slot_ the current one, if there is one.
+bool TableScan::takeSlot() {
+    const auto slot = page_->slot(slot_);
+    if (slot && slot->moved) return false;  // deleted, or met through its pointer
+    rowId_ = RowId{page_->number(), slot_};
+    try {
+        if (!slot) throwDamaged(page_->number(), "a row lies outside its page");
+        const Bytes bytes =
+            slot->pointer ? followPointer(moved_, slot->bytes, page_->owner()) : slot->bytes;
+        record_ = Record{bytes, page_->number()};
+        return true;
+    } catch (const Error& error) {
+        if (error.fault() != Fault::Damaged) throw;
+        skipRow();
+        return false;
+    }
+}
+
+bool TableScan::nextPage() {
+    while (listIndex_ < list_.size()) {
+        if (listIndex_ >= blockEnd_) loadBlock();
+        const PageNumber number = list_[listIndex_++];
+        slot_ = 0;
+        page_.reset();
+        try {
+            const DataPage page{values_.page(number), number};
+            if (page.owner() != raw(table_.definition().page)) {
+                throwDamaged(number, "a page of the table belongs to something else");
+            }
+            page_ = page;
+            return true;
+        } catch (const Error& error) {
+            if (error.fault() != Fault::Damaged) throw;
+            ++skipped_.pages;
+        }
+    }
+    page_.reset();
+    return false;
+}
+
+/// Loads the longest stretch from the next page on that the table fills densely enough.
+void TableScan::loadBlock() {
+    const std::uint32_t first = raw(list_[listIndex_]);
+    std::size_t end = listIndex_ + 1;
+    for (std::size_t i = end; i < list_.size() && raw(list_[i]) - first < kBlockPages; ++i) {
+        if (raw(list_[i]) - first < kSparsest * (i + 1 - listIndex_)) end = i + 1;
+    }
+    values_.loadBlock(list_[listIndex_], raw(list_[end - 1]) - first + 1);
+    blockEnd_ = end;
+}
+
+}  // namespace jet

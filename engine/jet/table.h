@@ -1,0 +1,99 @@
+// The rows of a table: all of them in storage order, or one by its identity.
+//
+//   jet::TableScan scan{*table};
+//   while (scan.next()) use(scan.rowId(), scan.record());
+//
+// A Table is immutable and may be shared between threads; a TableScan belongs to one thread.
+#pragma once
+
+#include "engine/jet/data_page.h"
+#include "engine/jet/record.h"
+#include "engine/jet/table_definition.h"
+#include "engine/jet/value.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace jet {
+
+class Database;
+
+class Table {
+public:
+    Table(std::shared_ptr<Database> database, TableDefinition definition)
+        : database_{std::move(database)}, definition_{std::move(definition)} {}
+
+    const TableDefinition& definition() const { return definition_; }
+    Database& database() const { return *database_; }
+
+    /// The pages that hold rows, in storage order, as the file lists them now.
+    /// Throws Error{Damaged}.
+    std::vector<PageNumber> dataPages() const;
+
+    /// A reader of pages for the calling thread.
+    PageReader pageReader() const;
+
+    /// Finds the record of a row id that a scan or an index gave, following a move.
+    /// Returns false if the row is gone or no longer a row of this table (another program may have
+    /// changed the file since); the record then is empty. The record's bytes hold until the next
+    /// use of `pages`. Throws Error: what the storage throws.
+    bool find(PageReader& pages, RowId id, Record& record) const;
+
+private:
+    std::shared_ptr<Database> database_;
+    TableDefinition definition_;
+};
+
+/// What a scan had to leave out because it was damaged.
+struct Skipped {
+    std::uint64_t rows = 0;
+    std::uint64_t pages = 0;
+};
+
+/// Walks rows in storage order: by page as the table's map lists them, by slot on the page.
+/// A row that was moved is met once, where its pointer stands. Damaged rows and pages are skipped
+/// and counted; failures of the storage itself are thrown.
+class TableScan {
+public:
+    explicit TableScan(const Table& table);
+
+    /// Scans only some of the table's data pages, so that threads can share the work.
+    /// `pages` must stay alive.
+    TableScan(const Table& table, std::span<const PageNumber> pages);
+
+    /// Steps to the next row; false at the end.
+    bool next();
+
+    /// Requires: the last next() returned true. Both hold until the next next().
+    RowId rowId() const { return rowId_; }
+    const Record& record() const { return record_; }
+
+    /// For reading long values of the current row; uses the block of pages that the scan holds.
+    /// The record stays valid meanwhile.
+    PageReader& pages() { return values_; }
+
+    /// Counts the current row among the skipped: for callers who find it damaged in a field.
+    void skipRow() { ++skipped_.rows; }
+    const Skipped& skipped() const { return skipped_; }
+
+private:
+    bool nextPage();
+    void loadBlock();
+    bool takeSlot();
+
+    const Table& table_;
+    std::vector<PageNumber> ownPages_;
+    std::span<const PageNumber> list_;
+    std::size_t listIndex_ = 0;
+    std::size_t blockEnd_ = 0;  ///< first place in list_ that the loaded block does not hold
+    std::optional<DataPage> page_;
+    unsigned slot_ = 0;
+    RowId rowId_;
+    Record record_;
+    PageReader values_;  ///< holds the block that page_ and, mostly, record_ point into
+    PageReader moved_;   ///< holds the page of a record that moved
+    Skipped skipped_;
+};
+
+}  // namespace jet

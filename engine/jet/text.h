@@ -1,0 +1,30 @@
+// Stored text: UTF-16LE, or, when it begins with FF FE, "compressed": one byte a character with
+// stretches of two bytes between zero bytes.
+#pragma once
+
+#include "engine/jet/types.h"
+
+#include <string>
+#include <string_view>
+
+namespace jet {
+
+/// Whether stored text begins with the mark of the compressed form.
+inline bool isCompressedText(Bytes stored) {
+    return stored.size() >= 2 && stored[0] == 0xFF && stored[1] == 0xFE;
+}
+
+/// Appends the characters of stored text. Never fails: an odd last byte is dropped, a stretch
+/// that is not closed ends with the value.
+void appendUtf16(Bytes stored, std::u16string& out);
+
+/// The same as UTF-8. A surrogate without its partner becomes U+FFFD.
+void appendUtf8(Bytes stored, std::string& out);
+
+std::u16string toUtf16(std::string_view utf8);
+std::string toUtf8(std::u16string_view text);
+
+/// Appends UTF-8 of `text`; a surrogate without its partner becomes U+FFFD.
+void appendUtf8(std::u16string_view text, std::string& out);
+
+}  // namespace jet

@@ -1,0 +1,24 @@
+// Usage maps: sets of page numbers, stored as rows.
+//
+//   inline     byte 0 = 0, u32 first page of the window, then one bit a page
+//   reference  byte 0 = 1, then u32 numbers of bitmap pages (type 5), each for 32,736 pages
+#pragma once
+
+#include "engine/jet/page_cache.h"
+
+#include <vector>
+
+namespace jet {
+
+inline constexpr std::uint8_t kBitmapPageType = 5;
+inline constexpr std::size_t kBitmapOffset = 4;  ///< of the bits on a bitmap page
+inline constexpr std::uint32_t kPagesPerBitmap = (kPageSize - kBitmapOffset) * 8;
+
+/// The pages of the map whose row is `map`, ascending; a map id of 0 is an empty
+/// map. Throws Error: Truncated if a page lies beyond the end of the file; Damaged.
+std::vector<PageNumber> readUsageMap(PageReader& pages, RowId map);
+
+/// The bytes of the map's row, as the layout above says; at least 5. Throws Error{Damaged}.
+std::vector<std::uint8_t> readUsageMapRow(PageReader& pages, RowId map);
+
+}  // namespace jet

@@ -1,0 +1,62 @@
+// A field's value out of the file's own forms.
+#pragma once
+
+#include "engine/jet/page_cache.h"
+#include "engine/jet/record.h"
+#include "engine/jet/types.h"
+
+#include <array>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace jet {
+
+struct Currency {
+    std::int64_t tenThousandths = 0;
+    friend bool operator==(Currency, Currency) = default;
+};
+
+/// Days since 1899-12-30 00:00 local time. Below zero the fraction still counts forward from the
+/// day: -1.25 is 1899-12-29 06:00.
+struct Date {
+    double days = 0;
+    friend bool operator==(Date, Date) = default;
+};
+
+struct Guid {
+    std::array<std::uint8_t, 16> bytes{};  ///< as stored: first three groups little-endian
+    friend bool operator==(const Guid&, const Guid&) = default;
+};
+
+/// A decimal number: magnitude / 10^scale, negated if negative.
+struct Numeric {
+    bool negative = false;
+    std::uint8_t scale = 0;
+    std::array<std::uint32_t, 4> magnitude{};  ///< most significant word first
+    friend bool operator==(const Numeric&, const Numeric&) = default;
+};
+
+using Binary = std::vector<std::uint8_t>;
+
+/// Null is std::monostate.
+using Value = std::variant<std::monostate, bool, std::uint8_t, std::int16_t, std::int32_t, Currency,
+                           float, double, Date, Binary, std::u16string, Guid, Numeric>;
+
+inline bool isNull(const Value& value) { return value.index() == 0; }
+
+/// Fetches the bytes of a Memo or Ole field whose stored field is `header`.
+/// The view holds until the next use of `pages` or `scratch`: a value in one piece is not copied,
+/// a chained one is gathered in `scratch`. Throws Error{Damaged}.
+Bytes readLongValue(PageReader& pages, Bytes header, PageNumber page, Binary& scratch);
+
+/// The value of a stored field. Throws Error{Damaged}.
+Value decodeField(PageReader& pages, const Column& column, const StoredField& field, PageNumber page);
+
+/// The decimal digits of a Numeric, with a point where the scale says.
+std::string toDecimalText(const Numeric& number);
+
+/// {xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx} in upper-case hex.
+std::string toText(const Guid& guid);
+
+}  // namespace jet
