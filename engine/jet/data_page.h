@@ -20,7 +20,8 @@ inline constexpr std::uint32_t kLongValueOwner = 0x4C41564C;  ///< "LVAL"
 
 class DataPage {
 public:
-    /// Checks the page's type byte and the length of its slot table. Throws Error{Damaged}.
+    /// Requires: a whole page. Checks its type byte and the number of its slots. Throws
+    /// Error{Damaged}.
     DataPage(Bytes page, PageNumber number);
 
     PageNumber number() const { return number_; }
@@ -38,12 +39,15 @@ public:
     std::optional<Slot> slot(unsigned index) const;
 
 private:
+    std::size_t endOf(unsigned index) const;
+
     Bytes page_;
     PageNumber number_;
     unsigned slotCount_;
 };
 
-/// Follows the pointer of a record that moved to the record itself, on a page of the same owner.
+/// Follows the pointer of a record that moved to the record itself, which is marked as moved and
+/// stands on a page of the same owner.
 /// Returns its bytes, which hold until the next use of `pages`. Throws Error{Damaged}.
 Bytes followPointer(PageReader& pages, Bytes pointer, std::uint32_t owner);
 

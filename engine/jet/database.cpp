@@ -56,9 +56,7 @@ std::vector<CatalogEntry> Database::readCatalog() {
     const Column& type = requireColumn(definition, u"Type");
     const Column& flags = requireColumn(definition, u"Flags");
 
-    std::vector<CatalogEntry> entries;
-    TableScan scan{objects};
-    while (scan.next()) {
+    const auto current = [&](TableScan& scan) {
         const auto field = [&](const Column& column) {
             return decodeField(scan.pages(), column, scan.record().field(column),
                                scan.record().page());
@@ -69,7 +67,19 @@ std::vector<CatalogEntry> Database::readCatalog() {
         entry.name = valueOr<std::u16string>(field(name), {});
         entry.type = valueOr<std::int16_t>(field(type), 0);
         entry.flags = static_cast<std::uint32_t>(valueOr<std::int32_t>(field(flags), 0));
-        entries.push_back(std::move(entry));
+        return entry;
+    };
+
+    std::vector<CatalogEntry> entries;
+    TableScan scan{objects};
+    while (scan.next()) {
+        try {
+            entries.push_back(current(scan));
+        } catch (const Error& error) {
+            // One object that cannot be read must not hide the others.
+            if (error.fault() != Fault::Damaged) throw;
+            scan.skipRow();
+        }
     }
     return entries;
 }

@@ -36,7 +36,8 @@ public:
     static std::shared_ptr<Database> open(const std::filesystem::path& path);
     static std::shared_ptr<Database> open(std::unique_ptr<Storage> storage);
 
-    /// All objects, in storage order. Throws Error{Damaged}.
+    /// All objects that can be read, in storage order. Throws Error{Damaged} if the catalog as a
+    /// whole cannot.
     const std::vector<CatalogEntry>& catalog();
 
     /// The table of that name, case ignored as the format's own collation does.

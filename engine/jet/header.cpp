@@ -23,6 +23,9 @@ constexpr std::size_t kPassword = 0x42;
 constexpr std::size_t kPasswordSize = 40;
 constexpr std::size_t kCreationDate = 0x72;
 
+/// The header, the map of free pages and the catalog: no database has fewer.
+constexpr std::uint32_t kFewestPages = 3;
+
 /// The mask is the RC4 key stream of this fixed key.
 constexpr std::array<std::uint8_t, 4> kMaskKey{0xC7, 0xDA, 0x39, 0x6B};
 
@@ -85,19 +88,39 @@ std::uint64_t lastClearBit(Bytes bitmap, std::uint64_t firstPage, std::uint64_t 
     return 0;
 }
 
-/// The last page that the map of free pages counts as used, if it lies beyond the end; else 0.
+/// The last used page from `from` on that a map of the reference kind knows of; 0 if there is none
+/// or the map makes no sense. A bitmap page is in use itself.
+std::uint64_t lastUsedByReference(PageReader& pages, Bytes row, std::uint64_t from) {
+    std::uint64_t last = 0;
+    for (std::size_t i = 0; 1 + 4 * (i + 1) <= row.size(); ++i) {
+        const PageNumber bitmap{load<std::uint32_t>(row, 1 + 4 * i)};
+        if (bitmap == kNoPage) {
+            if (i == 0) return 0;  // not even the header page would be in use
+            continue;
+        }
+        if (raw(bitmap) >= from) {
+            last = std::max<std::uint64_t>(last, raw(bitmap));
+            continue;
+        }
+        const Bytes page = pages.page(bitmap);
+        if (page[0] != kBitmapPageType) return 0;
+        last = std::max(last, lastClearBit(page.subspan(kBitmapOffset),
+                                           std::uint64_t{i} * kPagesPerBitmap, from));
+    }
+    return last;
+}
+
+/// The last page that the map of free pages counts as used, if it lies behind the end; else 0.
 std::uint64_t lastPageMissing(PageReader& pages) {
     const std::uint32_t pageCount = pages.storage().pageCount();
     const std::vector<std::uint8_t> row = readUsageMapRow(pages, kFreePages);
-    if (row[0] == 0) return lastClearBit(Bytes{row}.subspan(5), load<std::uint32_t>(row, 1), pageCount);
-
-    const std::size_t window = pageCount / kPagesPerBitmap;
-    if (row[0] != 1 || 1 + 4 * (window + 1) > row.size()) return 0;
-    const PageNumber bitmap{load<std::uint32_t>(row, 1 + 4 * window)};
-    if (bitmap == kNoPage || raw(bitmap) >= pageCount) return 0;
-    const Bytes page = pages.page(bitmap);
-    if (page[0] != kBitmapPageType) return 0;
-    return lastClearBit(page.subspan(kBitmapOffset), std::uint64_t{window} * kPagesPerBitmap, pageCount);
+    std::uint64_t last = 0;
+    if (row[0] == 0) {
+        last = lastClearBit(Bytes{row}.subspan(5), load<std::uint32_t>(row, 1), pageCount);
+    } else if (row[0] == 1) {
+        last = lastUsedByReference(pages, row, pageCount);
+    }
+    return last < kMostFilePages ? last : 0;
 }
 
 }  // namespace
@@ -109,10 +132,11 @@ void checkLength(PageReader& pages) {
     } catch (const Error& error) {
         if (error.fault() != Fault::Damaged) throw;
     }
-    if (missing == 0) return;
-    throw Error{Fault::Truncated, "The file is truncated: it holds " +
-                                      std::to_string(pages.storage().pageCount()) + " of " +
-                                      std::to_string(missing + 1) + " pages."};
+    // Asked for again, as another program may be appending to the file.
+    const std::uint32_t pageCount = pages.storage().pageCount();
+    if (missing < pageCount) return;
+    throw Error{Fault::Truncated, "The file is truncated: it holds " + std::to_string(pageCount) +
+                                      " of " + std::to_string(missing + 1) + " pages."};
 }
 
 void checkHeader(const Storage& storage) {
@@ -121,6 +145,9 @@ void checkHeader(const Storage& storage) {
     checkSignature(Bytes{page}.first(got));
     if (got < page.size() || storage.size() % kPageSize != 0) {
         throw Error{Fault::Truncated, "The file is truncated: it ends in the middle of a page."};
+    }
+    if (storage.pageCount() < kFewestPages) {
+        throw Error{Fault::Truncated, "The file is truncated: it ends before its catalog."};
     }
     unmask(std::span{page}.subspan(kMasked, kMaskedSize));
     if (load<std::uint32_t>(page, kDatabaseKey) != 0) {

@@ -11,6 +11,8 @@
 #include "engine/jet/data_page.h"
 #include "engine/jet/value.h"
 
+#include <unordered_set>
+
 namespace jet {
 namespace {
 
@@ -35,11 +37,15 @@ Bytes readSingle(PageReader& pages, RowId row, std::size_t length) {
     return bytes.first(length);
 }
 
-/// Memory is taken only as rows arrive, so a false length costs nothing; a row holds at least one
-/// byte of data, so a chain that runs in a circle ends at the length.
+/// Memory is taken only as rows arrive, so a false length costs nothing, and no row is taken twice,
+/// so a chain that runs in a ring ends.
 Bytes readChain(PageReader& pages, RowId row, std::size_t length, Binary& scratch) {
+    std::unordered_set<std::uint32_t> visited;
     scratch.clear();
     while (scratch.size() < length) {
+        if (!visited.insert(row.packed()).second) {
+            throwDamaged(row.page(), "a long value runs in a ring");
+        }
         const Bytes bytes = longValueRow(pages, row);
         if (bytes.size() <= kLinkSize) throwDamaged(row.page(), "a piece of a long value is empty");
         const Bytes data = bytes.subspan(kLinkSize);

@@ -28,6 +28,12 @@ PagePtr PageCache::get(PageNumber number) {
     return page;
 }
 
+void PageCache::clear() {
+    const std::lock_guard lock{mutex_};
+    byNumber_.clear();
+    byUse_.clear();
+}
+
 Bytes PageReader::page(PageNumber number) {
     // One unsigned comparison covers both ends of the block.
     const std::uint32_t inBlock = raw(number) - blockFirst_;

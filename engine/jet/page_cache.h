@@ -27,6 +27,9 @@ public:
     /// Throws Error: Damaged for page 0 or a page beyond the end of the file; else as the storage.
     PagePtr get(PageNumber number);
 
+    /// Forgets all pages, so that what another program wrote since is seen.
+    void clear();
+
 private:
     struct Entry {
         PageNumber number;

@@ -20,6 +20,7 @@ Fault faultOf(int code) {
     switch (code) {
         case ENOENT:
         case ENOTDIR:
+        case ENAMETOOLONG:
             return Fault::FileNotFound;
         case EACCES:
         case EPERM:
@@ -71,7 +72,8 @@ private:
 std::unique_ptr<Storage> openFile(const std::filesystem::path& path) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) {
-        throwSystem(faultOf(errno), "The file " + path.string() + " cannot be opened", errno);
+        const int code = errno;
+        throwSystem(faultOf(code), "The file " + path.string() + " cannot be opened", code);
     }
     auto storage = std::make_unique<PosixStorage>(descriptor);
     struct stat status {};

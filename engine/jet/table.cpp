@@ -18,6 +18,7 @@ constexpr std::size_t kSparsest = 4;
 }  // namespace
 
 std::vector<PageNumber> Table::dataPages() const {
+    database_->cache().clear();
     PageReader reader = pageReader();
     return readUsageMap(reader, definition_.ownedMap);
 }
@@ -80,7 +81,7 @@ bool TableScan::takeSlot() {
 
 bool TableScan::nextPage() {
     while (listIndex_ < list_.size()) {
-        if (listIndex_ >= blockEnd_) loadBlock();
+        if (listIndex_ >= blockEnd_ && !loadBlock()) continue;
         const PageNumber number = list_[listIndex_++];
         slot_ = 0;
         page_.reset();
@@ -100,15 +101,25 @@ bool TableScan::nextPage() {
     return false;
 }
 
-/// Loads the longest stretch from the next page on that the table fills densely enough.
-void TableScan::loadBlock() {
+/// Loads the longest stretch from the next page on that the table fills densely enough. Returns
+/// false if that page lies behind the end of the file; it then counts as skipped.
+bool TableScan::loadBlock() {
+    const std::uint32_t pageCount = values_.storage().pageCount();
     const std::uint32_t first = raw(list_[listIndex_]);
+    if (first >= pageCount) {
+        ++skipped_.pages;
+        ++listIndex_;
+        return false;
+    }
     std::size_t end = listIndex_ + 1;
-    for (std::size_t i = end; i < list_.size() && raw(list_[i]) - first < kBlockPages; ++i) {
-        if (raw(list_[i]) - first < kSparsest * (i + 1 - listIndex_)) end = i + 1;
+    for (std::size_t i = end; i < list_.size() && list_[i] > list_[i - 1]; ++i) {
+        const std::uint32_t page = raw(list_[i]);
+        if (page >= pageCount || page - first >= kBlockPages) break;
+        if (page - first < kSparsest * (i + 1 - listIndex_)) end = i + 1;
     }
     values_.loadBlock(list_[listIndex_], raw(list_[end - 1]) - first + 1);
     blockEnd_ = end;
+    return true;
 }
 
 }  // namespace jet

@@ -27,8 +27,8 @@ public:
     const TableDefinition& definition() const { return definition_; }
     Database& database() const { return *database_; }
 
-    /// The pages that hold rows, in storage order, as the file lists them now.
-    /// Throws Error{Damaged}.
+    /// The pages that hold rows, in storage order, as the file lists them now: the cache forgets
+    /// what it knew before. Throws Error{Damaged}.
     std::vector<PageNumber> dataPages() const;
 
     /// A reader of pages for the calling thread.
@@ -56,11 +56,16 @@ struct Skipped {
 /// and counted; failures of the storage itself are thrown.
 class TableScan {
 public:
+    /// `table` must stay alive.
     explicit TableScan(const Table& table);
 
     /// Scans only some of the table's data pages, so that threads can share the work.
-    /// `pages` must stay alive.
+    /// `table` and `pages` must stay alive.
     TableScan(const Table& table, std::span<const PageNumber> pages);
+
+    // The current row and the list of pages point into the scan itself.
+    TableScan(const TableScan&) = delete;
+    TableScan& operator=(const TableScan&) = delete;
 
     /// Steps to the next row; false at the end.
     bool next();
@@ -79,7 +84,7 @@ public:
 
 private:
     bool nextPage();
-    void loadBlock();
+    bool loadBlock();
     bool takeSlot();
 
     const Table& table_;

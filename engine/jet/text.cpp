@@ -6,6 +6,7 @@ namespace jet {
 namespace {
 
 constexpr char16_t kReplacement = 0xFFFD;
+constexpr std::ptrdiff_t kReplacementSize = 3;  ///< in UTF-8
 constexpr std::uint64_t kOnes = 0x0101010101010101u;
 constexpr std::uint64_t kHighs = 0x8080808080808080u;
 
@@ -33,6 +34,10 @@ void forEachStretch(Bytes stored, Narrow narrow, Wide wide) {
 
 bool isHighSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
 bool isLowSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
+
+char32_t join(char16_t high, char16_t low) {
+    return 0x10000 + ((char32_t{high} & 0x3FF) << 10) + (char32_t{low} & 0x3FF);
+}
 
 /// Requires: room for three bytes at `out`. (A pair of units needs four, and has room for six.)
 char* putUtf8(char32_t c, char* out) {
@@ -75,7 +80,7 @@ char* putWide(const std::uint8_t* at, const std::uint8_t* end, char* out) {
         at += 2;
         char32_t c = unit;
         if (isHighSurrogate(unit) && at < end && isLowSurrogate(load<char16_t>(at))) {
-            c = 0x10000 + ((char32_t{unit} & 0x3FF) << 10) + (load<char16_t>(at) & 0x3FF);
+            c = join(unit, load<char16_t>(at));
             at += 2;
         } else if (isHighSurrogate(unit) || isLowSurrogate(unit)) {
             c = kReplacement;
@@ -120,12 +125,22 @@ void appendUtf8(Bytes stored, std::string& out) {
     }
     // A byte makes at most two bytes of UTF-8, a pair of bytes at most three.
     appendWith(out, stored.size() * 2, [&](char* to) {
-        // A surrogate pair may be cut by a change of the form, so wide stretches are put apart;
-        // writers never cut one, as both its units are above 0xFF.
-        forEachStretch(
-            stored,
-            [&](const std::uint8_t* at, const std::uint8_t* end) { to = putNarrow(at, end, to); },
-            [&](const std::uint8_t* at, const std::uint8_t* end) { to = putWide(at, end, to); });
+        char16_t before = 0;  // the unit before a wide stretch: only empty ones stand between
+        const auto narrow = [&](const std::uint8_t* at, const std::uint8_t* end) {
+            if (at < end) before = 0;
+            to = putNarrow(at, end, to);
+        };
+        const auto wide = [&](const std::uint8_t* at, const std::uint8_t* end) {
+            if (at == end) return;
+            const auto first = load<char16_t>(at);
+            if (isHighSurrogate(before) && isLowSurrogate(first)) {
+                to = putUtf8(join(before, first), to - kReplacementSize);
+                at += 2;
+            }
+            before = load<char16_t>(end - 2);
+            to = putWide(at, end, to);
+        };
+        forEachStretch(stored, narrow, wide);
         return to;
     });
 }

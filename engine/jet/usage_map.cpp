@@ -2,7 +2,6 @@
 
 #include "engine/jet/data_page.h"
 
-#include <algorithm>
 #include <bit>
 
 namespace jet {
@@ -11,19 +10,12 @@ namespace {
 constexpr std::uint8_t kInline = 0;
 constexpr std::uint8_t kReference = 1;
 
-[[noreturn]] void throwTruncated(std::uint64_t page, std::uint32_t pageCount) {
-    throw Error{Fault::Truncated, "The file is truncated: page " + std::to_string(page) +
-                                      " is in use, but the file ends after page " +
-                                      std::to_string(pageCount - 1) + "."};
-}
-
-void appendSetBits(Bytes bitmap, std::uint64_t firstPage, std::uint32_t pageCount,
-                   std::vector<PageNumber>& pages) {
+void appendSetBits(Bytes bitmap, std::uint64_t firstPage, std::vector<PageNumber>& pages) {
     for (std::size_t i = 0; i < bitmap.size(); ++i) {
         for (unsigned bits = bitmap[i]; bits != 0; bits &= bits - 1) {
             const std::uint64_t page =
                 firstPage + i * 8 + static_cast<unsigned>(std::countr_zero(bits));
-            if (page >= pageCount) throwTruncated(page, pageCount);
+            if (page >= kMostFilePages) return;
             if (page != 0) pages.push_back(PageNumber{static_cast<std::uint32_t>(page)});
         }
     }
@@ -44,10 +36,8 @@ std::vector<PageNumber> readUsageMap(PageReader& pages, RowId map) {
     std::vector<PageNumber> set;
     if (map.page() == kNoPage) return set;
     const std::vector<std::uint8_t> row = readUsageMapRow(pages, map);
-    const std::uint32_t pageCount = pages.storage().pageCount();
-
     if (row[0] == kInline) {
-        appendSetBits(Bytes{row}.subspan(5), load<std::uint32_t>(row, 1), pageCount, set);
+        appendSetBits(Bytes{row}.subspan(5), load<std::uint32_t>(row, 1), set);
         return set;
     }
     if (row[0] != kReference) throwDamaged(map.page(), "a usage map is of an unknown kind");
@@ -57,7 +47,7 @@ std::vector<PageNumber> readUsageMap(PageReader& pages, RowId map) {
         if (bitmap == kNoPage) continue;
         const Bytes page = pages.page(bitmap);
         if (page[0] != kBitmapPageType) throwDamaged(bitmap, "a usage bitmap was expected");
-        appendSetBits(page.subspan(kBitmapOffset), first, pageCount, set);
+        appendSetBits(page.subspan(kBitmapOffset), first, set);
     }
     return set;
 }

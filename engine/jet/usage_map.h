@@ -14,8 +14,12 @@ inline constexpr std::uint8_t kBitmapPageType = 5;
 inline constexpr std::size_t kBitmapOffset = 4;  ///< of the bits on a bitmap page
 inline constexpr std::uint32_t kPagesPerBitmap = (kPageSize - kBitmapOffset) * 8;
 
-/// The pages of the map whose row is `map`, ascending; a map id of 0 is an empty
-/// map. Throws Error: Truncated if a page lies beyond the end of the file; Damaged.
+/// The format addresses the bytes of a file with 31 bits: no file has more pages.
+inline constexpr std::uint32_t kMostFilePages = 524288;
+
+/// The pages of the map whose row is `map`, ascending; a map id of 0 is an empty map. Pages behind
+/// the end of the file are listed too: their writer may be about to append them, and if not, the
+/// reader counts them as missing. Throws Error{Damaged}.
 std::vector<PageNumber> readUsageMap(PageReader& pages, RowId map);
 
 /// The bytes of the map's row, as the layout above says; at least 5. Throws Error{Damaged}.

@@ -1,0 +1,33 @@
+// Keys made of values, as the entries of an index hold them.
+//
+//   jet::Key key;
+//   jet::appendKeyPart(std::u16string{u"Notifier"}, column, true, key);
+//   cursor.seek(key);
+//
+// A part is a flag byte (null or not) and the value in a form whose bytes compare as the values do.
+// Any thread may call these functions.
+#pragma once
+
+#include "engine/jet/index_page.h"
+#include "engine/jet/table_definition.h"
+#include "engine/jet/value.h"
+
+#include <span>
+
+namespace jet {
+
+/// Whether keys for this index can be made here: its columns exist, are of types that have keys,
+/// and its texts are in the General order. Any index can be walked, whatever this says.
+bool canMakeKeys(const TableDefinition& definition, const PhysicalIndex& index);
+
+/// Appends one column's part of a key: flag byte and value. Text and memo through the collation,
+/// first 255 characters. Throws std::invalid_argument for a column that has no keys here or a value
+/// that is not of the column's type.
+void appendKeyPart(const Value& value, const Column& column, bool ascending, Key& key);
+
+/// The key of one row: the values of the index's columns in the index's order.
+/// Throws std::invalid_argument as appendKeyPart does, and for another number of values.
+Key encodeKey(std::span<const Value> values, const TableDefinition& definition,
+              const PhysicalIndex& index);
+
+}  // namespace jet
