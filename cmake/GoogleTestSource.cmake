@@ -1,6 +1,6 @@
 # Offers the targets gtest_main and gmock: built from Debian's package of the sources where it is
 # installed, so that every toolchain gets its own; elsewhere from an installed GoogleTest, which
-# -DGTEST_ROOT=FOLDER or CMAKE_PREFIX_PATH may point to.
+# -DGTest_ROOT=FOLDER or CMAKE_PREFIX_PATH may point to.
 set(VORELLE_GOOGLETEST /usr/src/googletest CACHE PATH "Sources of GoogleTest")
 if(EXISTS ${VORELLE_GOOGLETEST}/CMakeLists.txt)
   set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)

@@ -4,7 +4,7 @@ target_include_directories(vorelle_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(vorelle_options INTERFACE
   -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast
   -Woverloaded-virtual -fno-strict-aliasing
-  -Wno-restrict)  # false alarms on std::string in g++ 12 (GCC bug 105651)
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)  # false alarms on std::string in g++ 12 (GCC bug 105651)
 
 find_package(Threads REQUIRED)
 target_link_libraries(vorelle_options INTERFACE Threads::Threads)
@@ -13,6 +13,11 @@ option(VORELLE_SANITIZE "Build with address and undefined-behaviour sanitizers" 
 if(VORELLE_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
+endif()
+
+option(VORELLE_FUZZ "Build the fuzzers too; needs clang" OFF)
+if(VORELLE_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
 if(WIN32)
