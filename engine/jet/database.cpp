@@ -48,7 +48,8 @@ const std::vector<CatalogEntry>& Database::catalog() {
 
 std::vector<CatalogEntry> Database::readCatalog() {
     PageReader reader{*storage_, cache_};
-    const Table objects{shared_from_this(), TableDefinition::read(reader, kCatalogPage, u"MSysObjects")};
+    const Table objects{shared_from_this(),
+                        TableDefinition::read(reader, kCatalogPage, u"MSysObjects")};
     const TableDefinition& definition = objects.definition();
     const Column& id = requireColumn(definition, u"Id");
     const Column& parent = requireColumn(definition, u"ParentId");
@@ -86,7 +87,8 @@ std::vector<CatalogEntry> Database::readCatalog() {
 
 std::shared_ptr<const Table> Database::table(std::u16string_view name) {
     for (const CatalogEntry& entry : catalog()) {
-        if (!entry.isTable() || compareText(entry.name, name) != std::strong_ordering::equal) continue;
+        if (!entry.isTable() || compareText(entry.name, name) != std::strong_ordering::equal)
+            continue;
         PageReader reader{*storage_, cache_};
         const PageNumber page{entry.id & kObjectPageMask};
         return std::make_shared<Table>(shared_from_this(),

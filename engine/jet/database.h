@@ -22,7 +22,7 @@ struct CatalogEntry {
     std::uint32_t id = 0;  ///< of a table: the first page of its definition
     std::uint32_t parentId = 0;
     std::u16string name;
-    std::int16_t type = 0;    ///< 1 table, 5 query, ... as stored
+    std::int16_t type = 0;  ///< 1 table, 5 query, ... as stored
     std::uint32_t flags = 0;
 
     bool isTable() const { return type == 1; }

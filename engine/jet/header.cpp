@@ -64,8 +64,7 @@ void checkSignature(Bytes start) {
                     "The file is a Jet 3 database (Access 97), not a Jet 4.0 one."};
     }
     if (version != 1) {
-        throw Error{Fault::NewerFormat,
-                    "The file is a database of a later format than Jet 4.0."};
+        throw Error{Fault::NewerFormat, "The file is a database of a later format than Jet 4.0."};
     }
 }
 

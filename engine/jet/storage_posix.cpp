@@ -3,11 +3,12 @@
 
 #include "engine/jet/storage.h"
 
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 
 namespace jet {
 namespace {

@@ -2,6 +2,7 @@
 #ifdef _WIN32
 
 #include "engine/jet/storage.h"
+
 #include "engine/jet/text.h"
 
 #include <windows.h>
@@ -114,12 +115,13 @@ private:
 
 std::unique_ptr<Storage> openFile(const std::filesystem::path& path) {
     const std::wstring name = unlimited(path);
-    const HANDLE file =
-        ::CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file = ::CreateFileW(name.c_str(), GENERIC_READ,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         const DWORD code = ::GetLastError();
-        throwSystem(faultOf(code), "The file " + toUtf8(path.wstring()) + " cannot be opened", code);
+        throwSystem(faultOf(code), "The file " + toUtf8(path.wstring()) + " cannot be opened",
+                    code);
     }
     return std::make_unique<WindowsStorage>(file);
 }

@@ -65,11 +65,11 @@ struct IndexColumn {
 /// A tree in the file.
 struct PhysicalIndex {
     std::vector<IndexColumn> columns;
-    RowId map;                   ///< map of its pages
+    RowId map;  ///< map of its pages
     PageNumber root = kNoPage;
     bool unique = false;
-    bool ignoreNulls = false;    ///< rows whose key columns are all null have no entry
-    bool required = false;       ///< no null key column
+    bool ignoreNulls = false;  ///< rows whose key columns are all null have no entry
+    bool required = false;     ///< no null key column
     std::uint32_t entriesAtBuild = 0;
     std::uint32_t distinctKeys = 0;
 };

@@ -7,7 +7,6 @@ namespace {
 
 constexpr char16_t kReplacement = 0xFFFD;
 constexpr std::ptrdiff_t kReplacementSize = 3;  ///< in UTF-8
-constexpr std::uint64_t kOnes = 0x0101010101010101u;
 constexpr std::uint64_t kHighs = 0x8080808080808080u;
 
 /// Calls `narrow` and `wide` for the stretches of compressed text, without their marks. Both get
@@ -103,6 +102,7 @@ void appendWith(std::string& out, std::size_t most, Put put) {
 
 void appendUtf16(Bytes stored, std::u16string& out) {
     const auto appendWide = [&](const std::uint8_t* at, const std::uint8_t* end) {
+        if (at == end) return;  // an empty view may have no memory at all
         const std::size_t before = out.size();
         const auto bytes = static_cast<std::size_t>(end - at);
         out.resize(before + bytes / 2);
@@ -113,14 +113,15 @@ void appendUtf16(Bytes stored, std::u16string& out) {
         return;
     }
     forEachStretch(
-        stored,
-        [&](const std::uint8_t* at, const std::uint8_t* end) { out.append(at, end); }, appendWide);
+        stored, [&](const std::uint8_t* at, const std::uint8_t* end) { out.append(at, end); },
+        appendWide);
 }
 
 void appendUtf8(Bytes stored, std::string& out) {
     if (!isCompressedText(stored)) {
         const std::uint8_t* const end = stored.data() + (stored.size() & ~std::size_t{1});
-        appendWith(out, stored.size() / 2 * 3, [&](char* at) { return putWide(stored.data(), end, at); });
+        appendWith(out, stored.size() / 2 * 3,
+                   [&](char* at) { return putWide(stored.data(), end, at); });
         return;
     }
     // A byte makes at most two bytes of UTF-8, a pair of bytes at most three.
@@ -162,7 +163,11 @@ std::u16string toUtf16(std::string_view utf8) {
     out.reserve(utf8.size());
     for (std::size_t i = 0; i < utf8.size();) {
         const auto lead = static_cast<unsigned char>(utf8[i++]);
-        const unsigned extra = lead < 0xC2 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : lead < 0xF5 ? 3 : 0;
+        const unsigned extra = lead < 0xC2   ? 0
+                               : lead < 0xE0 ? 1
+                               : lead < 0xF0 ? 2
+                               : lead < 0xF5 ? 3
+                                             : 0;
         if (lead >= 0x80 && extra == 0) {
             out.push_back(kReplacement);
             continue;
@@ -173,7 +178,8 @@ std::u16string toUtf16(std::string_view utf8) {
             c = (c << 6) | (static_cast<unsigned char>(utf8[i++]) & 0x3Fu);
         }
         constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
-        const bool bad = got < extra || c < kSmallest[extra] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000);
+        const bool bad =
+            got < extra || c < kSmallest[extra] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000);
         if (bad) {
             out.push_back(kReplacement);
         } else if (c < 0x10000) {

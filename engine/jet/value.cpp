@@ -98,7 +98,8 @@ std::string toDecimalText(const Numeric& number) {
 
 std::string toText(const Guid& guid) {
     // The order in which the stored bytes are printed, with a dash before some of them.
-    constexpr std::array<std::size_t, 16> kOrder{3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+    constexpr std::array<std::size_t, 16> kOrder{3, 2, 1,  0,  5,  4,  7,  6,
+                                                 8, 9, 10, 11, 12, 13, 14, 15};
     constexpr std::string_view kHex = "0123456789ABCDEF";
     std::string text = "{";
     for (std::size_t i = 0; i < kOrder.size(); ++i) {

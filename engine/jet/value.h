@@ -51,7 +51,8 @@ inline bool isNull(const Value& value) { return value.index() == 0; }
 Bytes readLongValue(PageReader& pages, Bytes header, PageNumber page, Binary& scratch);
 
 /// The value of a stored field. Throws Error{Damaged}.
-Value decodeField(PageReader& pages, const Column& column, const StoredField& field, PageNumber page);
+Value decodeField(PageReader& pages, const Column& column, const StoredField& field,
+                  PageNumber page);
 
 /// The decimal digits of a Numeric, with a point where the scale says.
 std::string toDecimalText(const Numeric& number);
