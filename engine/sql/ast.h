@@ -1,0 +1,104 @@
+// Statements as parsed, before their names are looked up.
+//
+//   sql::Statement statement = sql::parseStatement(u"SELECT Name FROM People WHERE Age > 30");
+//   auto& select = std::get<sql::SelectStatement>(statement);
+//
+// Plain values; any thread may use them.
+#pragma once
+
+#include "engine/jet/value.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace sql {
+
+enum class NodeKind {
+    Literal,   ///< value
+    Column,    ///< [qualifier.]name
+    Star,      ///< the * of COUNT(*)
+    Negative,  ///< - operand
+    Chain,     ///< operators of one level between operands, applied from the left
+    And,       ///< two or more operands
+    Or,        ///< two or more operands
+    Not,       ///< NOT operand
+    In,        ///< operand [NOT] IN (the others)
+    Between,   ///< operand [NOT] BETWEEN second AND third
+    Like,      ///< operand [NOT] LIKE second
+    IsNull,    ///< operand IS [NOT] NULL
+    Call,      ///< name(operands)
+};
+
+enum class Operator {
+    Equal,
+    Unequal,
+    Less,
+    Greater,
+    LessOrEqual,
+    GreaterOrEqual,
+    Join,  ///< &
+    Add,
+    Subtract,
+    Multiply,
+    Divide,
+};
+
+/// What binds together in a Chain: all operators of one level.
+enum class ChainLevel { Comparison, Join, Additive, Multiplicative };
+
+ChainLevel levelOf(Operator op);
+
+struct Node;
+using NodePtr = std::unique_ptr<Node>;
+
+/// An expression. Lists of OR and AND, and chains such as a + b - c, are flat: their length does
+/// not add to the depth, which the parser bounds so that all may walk a tree recursively.
+struct Node {
+    NodeKind kind = NodeKind::Literal;
+    std::size_t position = 0;  ///< in the text of the statement
+    jet::Value value;
+    std::u16string qualifier;
+    std::u16string name;
+    std::vector<Operator> operators;  ///< of a Chain: one between two operands
+    bool negated = false;
+    std::vector<NodePtr> operands;
+    unsigned depth = 1;
+};
+
+/// Whether two expressions are written alike, but for case, quotes and qualifiers.
+bool sameExpression(const Node& left, const Node& right);
+
+struct SelectItem {
+    NodePtr expression;     ///< null for *
+    std::u16string starOf;  ///< of table.*: the table; empty for a plain *
+    std::u16string alias;   ///< empty if none
+    std::size_t position = 0;
+};
+
+struct OrderItem {
+    NodePtr expression;
+    bool ascending = true;
+};
+
+struct SelectStatement {
+    bool distinct = false;
+    std::optional<std::uint64_t> top;
+    std::vector<SelectItem> items;
+    std::u16string table;
+    std::u16string tableAlias;  ///< empty if none
+    NodePtr where;              ///< null if none
+    std::vector<NodePtr> groupBy;
+    std::vector<OrderItem> orderBy;
+};
+
+/// One alternative a kind of statement.
+using Statement = std::variant<SelectStatement>;
+
+/// Throws Error{Syntax}, naming the place.
+Statement parseStatement(std::u16string_view text);
+
+}  // namespace sql

@@ -1,0 +1,42 @@
+// How values compare: texts by the collation, numbers of all types and dates by value.
+//
+//   if (sql::compareValues(left, right) < 0) ...
+//
+// Pure functions; any thread may call them.
+#pragma once
+
+#include "engine/jet/value.h"
+
+#include <compare>
+#include <optional>
+#include <vector>
+
+namespace sql {
+
+/// What a value is to an operator. Only values of one domain compare with each other, but for
+/// numbers and dates, which are numbers too.
+enum class Domain { Null, Number, Date, Text, Binary, Guid };
+
+Domain domainOf(jet::ColumnType type);
+Domain domainOf(const jet::Value& value);
+
+bool isNumeric(Domain domain);
+bool comparable(Domain left, Domain right);
+
+/// Requires: neither is null and their domains compare.
+std::weak_ordering compareValues(const jet::Value& left, const jet::Value& right);
+
+/// The number that a Boolean, a number or a date stands for; True is -1.
+/// Requires: a value of such a type.
+double toDouble(const jet::Value& value);
+
+/// Whether a condition holds: a number or date other than 0. Nothing for null.
+std::optional<bool> truth(const jet::Value& value);
+
+using OrderKey = std::vector<std::uint8_t>;
+
+/// Appends bytes that compare, with memcmp, as values of an expression of that type do: null
+/// first, or last if descending. Equal values have equal keys, and null differs from empty text.
+void appendOrderKey(const jet::Value& value, jet::ColumnType type, bool ascending, OrderKey& key);
+
+}  // namespace sql

@@ -1,0 +1,27 @@
+// Failures of a statement, beside those of the file (jet::Error).
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace sql {
+
+enum class Fault {
+    Syntax,         ///< the text is not a statement of the dialect
+    NoSuchTable,    ///< a table or query of that name does not exist
+    UnknownColumn,  ///< a name stands for no column, so it is a parameter without a value
+    TypeMismatch,   ///< an operator or comparison does not go with its operands
+};
+
+/// what() is one UTF-8 sentence for a person.
+class Error : public std::runtime_error {
+public:
+    Error(Fault fault, const std::string& message) : std::runtime_error{message}, fault_{fault} {}
+
+    Fault fault() const { return fault_; }
+
+private:
+    Fault fault_;
+};
+
+}  // namespace sql

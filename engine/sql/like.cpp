@@ -1,0 +1,131 @@
+#include "engine/sql/like.h"
+
+#include "engine/jet/collation.h"
+#include "engine/jet/collation_weights.h"
+#include "engine/sql/error.h"
+
+#include <algorithm>
+#include <string>
+#include <unordered_map>
+
+namespace sql {
+
+namespace {
+
+/// Letters are one when the collation gives them one key. Characters without a weight of their
+/// own, and halves of surrogate pairs, stand for themselves.
+std::vector<char16_t> makeFoldTable() {
+    const jet::CharacterWeights& weights = jet::CharacterWeights::general();
+    std::unordered_map<std::string, char16_t> firstWithKey;
+    std::vector<char16_t> table(0x10000);
+    for (std::size_t code = 0; code < table.size(); ++code) {
+        const auto unit = static_cast<char16_t>(code);
+        const jet::CharacterWeight& weight = weights[unit];
+        const bool letter = weight.weight != 0 && (unit < 0xD800 || unit > 0xDFFF) &&
+                            weight.kind != jet::WeightKind::Mark &&
+                            weight.kind != jet::WeightKind::Hidden;
+        table[code] =
+            letter ? firstWithKey.try_emplace(jet::textKey({&unit, 1}), unit).first->second : unit;
+    }
+    return table;
+}
+
+bool isDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
+
+}  // namespace
+
+char16_t foldCase(char16_t c) {
+    if (c < 0x80) return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
+    static const std::vector<char16_t> table = makeFoldTable();
+    return table[c];
+}
+
+LikePattern::LikePattern(std::u16string_view pattern) {
+    for (std::size_t at = 0; at < pattern.size();) {
+        const char16_t c = pattern[at];
+        if (c == u'[') {
+            at = readList(pattern, at + 1);
+            continue;
+        }
+        ++at;
+        if (c == u'*') {
+            const bool again = !elements_.empty() && elements_.back().kind == Kind::Run;
+            if (!again) elements_.push_back({Kind::Run, 0, false, {}});
+        } else if (c == u'?') {
+            elements_.push_back({Kind::Any, 0, false, {}});
+        } else if (c == u'#') {
+            elements_.push_back({Kind::Digit, 0, false, {}});
+        } else {
+            elements_.push_back({Kind::Character, foldCase(c), false, {}});
+        }
+    }
+}
+
+/// Reads the list whose first character is at `at`; gives the place behind its bracket. An empty
+/// list is no element at all.
+std::size_t LikePattern::readList(std::u16string_view pattern, std::size_t at) {
+    const std::size_t end = pattern.find(u']', at);
+    if (end == std::u16string_view::npos) {
+        throw Error{Fault::Syntax, "Invalid pattern string: a list is not closed."};
+    }
+    Element list{Kind::List, 0, false, {}};
+    list.negated = pattern[at] == u'!' && at + 1 < end;
+    if (list.negated) ++at;
+    while (at < end) {
+        const char16_t first = pattern[at++];
+        char16_t last = first;
+        if (at + 1 < end && pattern[at] == u'-') {
+            last = pattern[at + 1];
+            at += 2;
+        }
+        if (first > last) throw Error{Fault::Syntax, "Invalid pattern string: a range is empty."};
+        list.ranges.emplace_back(foldCase(first), foldCase(last));
+    }
+    if (!list.ranges.empty()) elements_.push_back(std::move(list));
+    return end + 1;
+}
+
+bool LikePattern::matchesOne(const Element& element, char16_t c) {
+    switch (element.kind) {
+        case Kind::Character:
+            return foldCase(c) == element.character;
+        case Kind::Digit:
+            return isDigit(c);
+        case Kind::List: {
+            const char16_t folded = foldCase(c);
+            const bool listed = std::any_of(
+                element.ranges.begin(), element.ranges.end(),
+                [folded](auto range) { return folded >= range.first && folded <= range.second; });
+            return listed != element.negated;
+        }
+        default:
+            return true;
+    }
+}
+
+/// Goes back to the latest run only, which is enough: an earlier one could take no more than that.
+bool LikePattern::matches(std::u16string_view text) const {
+    constexpr auto kNone = static_cast<std::size_t>(-1);
+    std::size_t at = 0;
+    std::size_t element = 0;
+    std::size_t afterRun = kNone;
+    std::size_t runEnd = 0;
+    while (at < text.size()) {
+        if (element < elements_.size() && elements_[element].kind == Kind::Run) {
+            afterRun = ++element;
+            runEnd = at;
+        } else if (element < elements_.size() && matchesOne(elements_[element], text[at])) {
+            ++element;
+            ++at;
+        } else if (afterRun != kNone) {
+            element = afterRun;
+            at = ++runEnd;
+        } else {
+            return false;
+        }
+    }
+    while (element < elements_.size() && elements_[element].kind == Kind::Run) ++element;
+    return element == elements_.size();
+}
+
+}  // namespace sql

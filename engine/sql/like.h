@@ -1,0 +1,42 @@
+// Patterns of LIKE: * any characters, ? one character, # one digit, [a-z] one of these,
+// [!a-z] none of these; the case of letters is ignored.
+//
+//   sql::LikePattern pattern{u"[a-c]*#"};
+//   if (pattern.matches(u"Beta 7")) ...
+//
+// A pattern is immutable and may be shared between threads.
+#pragma once
+
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace sql {
+
+/// The character that stands for all that differ from `c` in case only.
+char16_t foldCase(char16_t c);
+
+class LikePattern {
+public:
+    /// Throws Error{Syntax} for a list that is not closed or a range that runs backwards.
+    explicit LikePattern(std::u16string_view pattern);
+
+    bool matches(std::u16string_view text) const;
+
+private:
+    enum class Kind { Character, Any, Digit, List, Run };
+
+    struct Element {
+        Kind kind = Kind::Character;
+        char16_t character = 0;  ///< folded
+        bool negated = false;
+        std::vector<std::pair<char16_t, char16_t>> ranges;  ///< folded at both ends
+    };
+
+    static bool matchesOne(const Element& element, char16_t c);
+    std::size_t readList(std::u16string_view pattern, std::size_t at);
+
+    std::vector<Element> elements_;
+};
+
+}  // namespace sql

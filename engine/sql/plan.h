@@ -1,0 +1,37 @@
+// A SELECT bound to its table: what the cursors run.
+//
+//   sql::Plan plan = sql::bind(std::get<sql::SelectStatement>(statement), database);
+//
+// Immutable once bound; may be shared between threads.
+#pragma once
+
+#include "engine/sql/aggregate.h"
+#include "engine/sql/ast.h"
+#include "engine/sql/expression.h"
+#include "engine/sql/query.h"
+
+namespace sql {
+
+struct OrderTerm {
+    ExpressionPtr expression;
+    bool ascending = true;
+};
+
+struct Plan {
+    std::shared_ptr<const jet::Table> table;  ///< keeps the database and the columns alive
+    std::vector<OutputColumn> columns;
+    Expressions outputs;      ///< one a column; over a group if grouped
+    ExpressionPtr condition;  ///< null: every row
+    bool alwaysEmpty = false;
+    bool grouped = false;
+    Expressions groupKeys;              ///< the first values of a group
+    std::vector<Aggregate> aggregates;  ///< the values behind them
+    std::vector<OrderTerm> order;       ///< over a group if grouped
+    bool distinct = false;
+    std::optional<std::uint64_t> top;
+};
+
+/// Throws Error: NoSuchTable, UnknownColumn, TypeMismatch, Syntax; jet::Error.
+Plan bind(const SelectStatement& select, jet::Database& database);
+
+}  // namespace sql

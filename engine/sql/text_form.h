@@ -1,0 +1,15 @@
+// The text that a value turns into where an operator joins texts.
+#pragma once
+
+#include "engine/jet/value.h"
+
+#include <string>
+
+namespace sql {
+
+/// Appends the text of `value`: nothing for null, numbers in decimal with a point whatever the
+/// system's language, Booleans as -1 and 0, dates as generalDate gives them. Any thread may call.
+/// Throws Error{TypeMismatch} for binary values.
+void appendText(const jet::Value& value, std::u16string& out);
+
+}  // namespace sql
