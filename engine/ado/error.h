@@ -1,0 +1,57 @@
+// The one exception type of this layer: the provider's number and a description for a person.
+//
+//   try { recordset.open(query, connection); }
+//   catch (const ado::Error& e) { if (e.number() == ado::kErrorNoSuchTable) upgrade(); }
+#pragma once
+
+#include "engine/jet/error.h"
+#include "engine/sql/error.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+namespace ado {
+
+class Error : public std::runtime_error {
+public:
+    Error(std::int32_t number, const std::string& description)
+        : std::runtime_error{description}, number_{number} {}
+
+    /// One of the numbers in constants.h.
+    std::int32_t number() const { return number_; }
+
+    /// The same as what(), as UTF-16.
+    std::u16string description() const;
+
+private:
+    std::int32_t number_;
+};
+
+/// A failure to read the database at `path`. The description begins with the sentence that the
+/// number is known for and ends with the engine's own reason.
+Error toError(const jet::Error& error, const std::filesystem::path& path);
+
+/// A failure of a statement.
+Error toError(const sql::Error& error);
+
+[[noreturn]] void throwInvalidArgument(const std::string& what);
+[[noreturn]] void throwNoCurrentRecord();
+[[noreturn]] void throwItemNotFound(std::u16string_view name);
+[[noreturn]] void throwClosed();
+[[noreturn]] void throwOpen();
+
+/// Runs `action`, turning failures of the layers below into Error.
+template <typename Action>
+decltype(auto) translated(const std::filesystem::path& path, Action action) {
+    try {
+        return action();
+    } catch (const jet::Error& error) {
+        throw toError(error, path);
+    } catch (const sql::Error& error) {
+        throw toError(error);
+    }
+}
+
+}  // namespace ado

@@ -1,0 +1,73 @@
+// Fills a row store from a scan of the table, on a thread of its own or on the caller's.
+//
+//   ado::Fetch fetch{query, rows, {.scheduler = pump, .progress = ..., .complete = ...}};
+//   fetch.start();
+//   fetch.waitForFirstRows(100);      // the rest follows in the background
+//
+// A Fetch belongs to the owner's thread. Its events arrive on that thread through the scheduler,
+// and never after cancel().
+#pragma once
+
+#include "engine/ado/scanned_rows.h"
+#include "engine/ado/scheduler.h"
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <thread>
+
+namespace ado {
+
+/// How a fetch ended.
+struct FetchOutcome {
+    bool finished = false;
+    std::exception_ptr error;  ///< null if every row was read
+    jet::Skipped skipped;      ///< damaged rows and pages, also while it runs
+};
+
+struct FetchEvents {
+    std::shared_ptr<Scheduler> scheduler;
+
+    /// Rows so far, a multiple of 1,000. At most one is under way: an owner that is behind hears
+    /// the latest number only.
+    std::function<void(std::uint32_t rows)> progress;
+
+    std::function<void()> complete;
+};
+
+class Fetch {
+public:
+    Fetch(std::shared_ptr<const sql::Query> query, std::shared_ptr<ScannedRows> rows,
+          FetchEvents events);
+
+    /// Cancels.
+    ~Fetch();
+    Fetch(const Fetch&) = delete;
+    Fetch& operator=(const Fetch&) = delete;
+
+    /// Begins on a new thread. `firstRows` are published as soon as they are there.
+    void start(std::uint32_t firstRows);
+
+    /// Fetches all rows on the calling thread, without events.
+    void runHere();
+
+    /// Waits until the first rows are there, or the end, or until so many rows of the table have
+    /// been tried that waiting longer would be felt.
+    void waitForFirstRows();
+
+    /// Ends the fetch and its events. Returns within 50 ms: should the storage not answer by then,
+    /// the thread is left to itself and ends when it does.
+    void cancel();
+
+    FetchOutcome outcome() const;
+
+private:
+    struct Shared;
+    class Worker;
+
+    std::shared_ptr<Shared> shared_;
+    std::shared_ptr<FetchEvents> events_;  ///< the only owner; the thread sees it weakly
+    std::thread thread_;
+};
+
+}  // namespace ado

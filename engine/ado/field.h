@@ -1,0 +1,92 @@
+// The fields of a recordset and its provider-specific properties.
+//
+//   recordset.fields()[u"Process"].value();
+//   recordset.properties()[u"Initial Fetch Size"].setValue(100);
+//
+// Belong to the owner's thread. A Field is a name for a column and follows the current record.
+#pragma once
+
+#include "engine/sql/query.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ado {
+
+class Recordset;
+
+class Field {
+public:
+    Field(Recordset& recordset, std::size_t index) : recordset_{&recordset}, index_{index} {}
+
+    std::size_t index() const { return index_; }
+    const std::u16string& name() const;
+
+    /// adDate, adVarWChar, ...
+    int type() const;
+
+    /// Characters of a text column, else bytes.
+    int definedSize() const;
+
+    /// Of the current record; Null if another program has deleted it meanwhile.
+    /// Throws Error: 3704, 3021, 0x80004005.
+    jet::Value value() const;
+
+    /// The value's text form.
+    std::u16string text() const;
+
+private:
+    const sql::OutputColumn& column() const;
+
+    Recordset* recordset_;
+    std::size_t index_;
+};
+
+class Fields {
+public:
+    explicit Fields(Recordset& recordset) : recordset_{&recordset} {}
+
+    // All throw Error{3704} if the recordset is closed.
+
+    std::size_t count() const;
+
+    /// Throws Error{3265} if there is no such field.
+    Field operator[](std::size_t index) const;
+    Field operator[](int index) const { return (*this)[static_cast<std::size_t>(index)]; }
+
+    /// The case of letters is ignored. Throws Error{3265} if there is no such field.
+    Field operator[](std::u16string_view name) const;
+    Field operator[](const char16_t* name) const { return (*this)[std::u16string_view{name}]; }
+
+private:
+    Recordset* recordset_;
+};
+
+class Property {
+public:
+    Property(std::u16string name, std::int32_t value) : name_{std::move(name)}, value_{value} {}
+
+    const std::u16string& name() const { return name_; }
+    std::int32_t value() const { return value_; }
+    void setValue(std::int32_t value) { value_ = value; }
+
+private:
+    std::u16string name_;
+    std::int32_t value_;
+};
+
+class Properties {
+public:
+    std::size_t count() const { return items_.size(); }
+
+    /// Throws Error{3265} if there is no such property.
+    Property& operator[](std::u16string_view name);
+
+private:
+    /// The number of rows that an asynchronous open waits for.
+    std::vector<Property> items_{{u"Initial Fetch Size", 50}};
+};
+
+}  // namespace ado

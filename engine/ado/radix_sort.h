@@ -1,0 +1,17 @@
+// A stable sort of row numbers by whole-number keys, in time proportional to their number.
+//
+//   ado::sortByKey(keys, rows);   // keys[rows[0]] <= keys[rows[1]] <= ...
+//
+// Pure functions; any thread may call them.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace ado {
+
+/// Reorders `rows`, which holds each number below keys.size() once, by their keys; rows with equal
+/// keys keep their order. Temporary memory: up to 32 bytes a row.
+void sortByKey(const std::vector<std::uint64_t>& keys, std::vector<std::uint32_t>& rows);
+
+}  // namespace ado

@@ -1,0 +1,69 @@
+// Rows of one table, found by a scan: what takes little room is kept, the rest is read from the
+// file when it is asked for.
+#pragma once
+
+#include "engine/ado/row_store.h"
+#include "engine/ado/rows.h"
+
+namespace ado {
+
+/// The store may be written by another thread meanwhile; all else belongs to the owner's thread.
+class ScannedRows : public Rows {
+public:
+    /// Requires: query->scannedTable().
+    explicit ScannedRows(std::shared_ptr<const sql::Query> query);
+
+    RowStore& store() { return store_; }
+    const jet::Table& table() const { return *table_; }
+
+    std::uint32_t count() const override { return store_.count(); }
+    jet::Value value(std::uint32_t row, std::size_t column) override;
+    bool appendText(std::uint32_t row, std::size_t column, const ValueFormatter& formatter,
+                    std::u16string& out) override;
+    std::vector<std::uint64_t> orderKeys(std::size_t column, std::uint32_t count) override;
+    std::int64_t code(std::uint32_t row, std::size_t column) const override;
+    std::size_t byteCount() const override { return sizeof *this + store_.byteCount(); }
+
+private:
+    bool readField(std::uint32_t row, std::size_t column, jet::StoredField& field);
+    jet::Value readValue(std::uint32_t row, std::size_t column);
+    bool appendFileText(std::uint32_t row, std::size_t column, std::u16string& out);
+    std::optional<Unit> commonUnit(std::size_t column, std::uint32_t count) const;
+    std::vector<std::uint64_t> numberKeys(std::size_t column, std::uint32_t count) const;
+    std::vector<std::uint64_t> codeKeys(std::size_t column, std::uint32_t count) const;
+    std::vector<std::uint64_t> fileKeys(std::size_t column, std::uint32_t count);
+
+    std::shared_ptr<const sql::Query> query_;
+    std::shared_ptr<const jet::Table> table_;
+    RowStore store_;
+
+    // The record read last stays valid while its long values are read by other hands.
+    jet::PageReader records_;
+    jet::PageReader longValues_;
+    jet::Record record_;
+    jet::Binary scratch_;
+};
+
+/// Rows of any other query, their values in memory.
+class MaterialisedRows : public Rows {
+public:
+    /// Runs the query to its end. Throws as sql::Cursor.
+    explicit MaterialisedRows(const sql::Query& query);
+
+    jet::Skipped skipped() const { return skipped_; }
+
+    std::uint32_t count() const override { return static_cast<std::uint32_t>(rows_.size()); }
+    jet::Value value(std::uint32_t row, std::size_t column) override { return rows_[row][column]; }
+    bool appendText(std::uint32_t row, std::size_t column, const ValueFormatter& formatter,
+                    std::u16string& out) override;
+    std::vector<std::uint64_t> orderKeys(std::size_t column, std::uint32_t count) override;
+    std::int64_t code(std::uint32_t, std::size_t) const override { return -1; }
+    std::size_t byteCount() const override;
+
+private:
+    std::vector<sql::OutputColumn> columns_;
+    std::vector<std::vector<jet::Value>> rows_;
+    jet::Skipped skipped_;
+};
+
+}  // namespace ado
