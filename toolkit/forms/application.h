@@ -1,0 +1,58 @@
+// Application: what a program needs before its first window, and the message pump.
+//
+//   forms::Application application;      // first thing in wWinMain
+//   frmMain form;
+//   form.show();
+//   return forms::run();
+//
+// The thread that makes the Application is the user-interface thread; every form and control
+// belongs to it. Other threads hand it work with post. How windows scale with the display is said
+// in the program's manifest (per monitor, version 2).
+#pragma once
+
+#include <windows.h>
+
+#include <functional>
+#include <memory>
+
+namespace forms {
+
+class Form;
+
+// One at a time. Initialises COM as a single-threaded apartment, the common controls, and the
+// window that post wakes.
+class Application {
+public:
+    Application();
+    ~Application();
+    Application(const Application&) = delete;
+    Application& operator=(const Application&) = delete;
+
+private:
+    bool comInitialised_ = false;
+};
+
+// Waits for messages and dispatches them until quit is called or no form is loaded any more.
+// Returns the exit code given to quit, else 0.
+int run();
+
+// Lets the events that are pending run, then paints what is due, and returns. Safe inside an event
+// procedure, also inside another doEvents; it does not go on for ever when new events keep coming.
+void doEvents();
+
+// Ends run, and every modal form on the way.
+void quit(int exitCode = 0);
+
+// Runs the function on the user-interface thread, in the order of the calls, once that thread
+// fetches messages. Any thread. All that is waiting costs one window message together. What is
+// posted before there is an Application runs when there is; what is left when it ends is dropped.
+void post(std::function<void()> function);
+
+// Before a loop of messages that is not ours (a menu, a system dialog) starts inside a posted
+// function: makes that loop run the functions that wait behind it.
+void wakePosted();
+
+// Gives a message to the accelerators and the dialog keys of its form, else to its window.
+void dispatchMessage(MSG& message);
+
+}  // namespace forms

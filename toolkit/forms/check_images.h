@@ -1,0 +1,15 @@
+// The pictures of check boxes in a tree or list, drawn for a given number of dots per inch.
+#pragma once
+
+#include "toolkit/forms/units.h"
+
+#include <windows.h>
+#include <commctrl.h>
+
+namespace forms {
+
+// An image list of three: nothing, an empty box, a ticked box. In the visual style of the window
+// or, where there is none, in the classic look. The caller destroys it.
+HIMAGELIST makeCheckImages(HWND window, Dpi dpi);
+
+}  // namespace forms

@@ -1,0 +1,227 @@
+// Control: the base of everything that stands on a form.
+//
+// A control is a value member of its form. The form makes the windows of all its controls from one
+// table (see form.h); a control by itself is made with create. Events are members that the form
+// fills with its own procedures:
+//
+//   cmdApply.onClick = [this] { cmdApply_Click(); };
+//   cmdApply.move({180_tw, 60_tw, 1215_tw, 375_tw});
+//   cmdApply.setEnabled(false);
+//
+// Place and size are twips relative to the container: the form, or the control that the table
+// names as container (a frame, a tabbed dialog). A contained control moves, hides and shows with
+// its container, but its window is always a child of the form's, so that the keyboard reaches all
+// of them alike.
+//
+// A new kind of control derives from Control, says in kind() what window it needs, and handles its
+// messages as any Window does. The form's own thread.
+#pragma once
+
+#include "toolkit/forms/font.h"
+#include "toolkit/forms/units.h"
+#include "toolkit/forms/window.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace forms {
+
+class Control;
+
+struct Bounds {
+    Twips left = {};
+    Twips top = {};
+    Twips width = {};
+    Twips height = {};
+
+    bool operator==(const Bounds&) const = default;
+};
+
+enum ControlFlag : unsigned {
+    kHidden = 1,
+    kDisabled = 2,
+    kNoTabStop = 4,
+    // The button that the Enter key presses, and the one that Escape presses.
+    kDefaultButton = 8,
+    kCancelButton = 16,
+};
+
+// Where a control stands and how it starts: the columns of a form's table after the control.
+struct ControlPlace {
+    const wchar_t* name = L"";
+    const wchar_t* caption = L"";
+    Twips left = {};
+    Twips top = {};
+    Twips width = {};
+    Twips height = {};
+    unsigned flags = 0;
+    Control* container = nullptr;
+    // The tab to belong to when the container is a tabbed dialog.
+    int tab = 0;
+};
+
+enum class MouseButton { none, left, right, middle };
+
+// Shift state as a set of bits.
+inline constexpr unsigned kShift = 1;
+inline constexpr unsigned kCtrl = 2;
+inline constexpr unsigned kAlt = 4;
+unsigned shiftState();
+
+// Twips from the control's upper left corner.
+struct MouseEvent {
+    MouseButton button = MouseButton::none;
+    unsigned shift = 0;
+    Twips x = {};
+    Twips y = {};
+};
+
+class Control : public Window {
+public:
+    Control() = default;
+    ~Control() override;
+
+    // Makes the window as a child of `parent`, behind its other controls in the tab order. The
+    // font is the inherited one unless setFont gave the control its own.
+    void create(Window& parent, const ControlPlace& place, const Font& inherited = messageFont());
+
+    const std::wstring& name() const { return name_; }
+    unsigned flags() const { return flags_; }
+    Control* container() const { return container_; }
+    int tab() const { return tab_; }
+    // The controls that name this one as their container, in tab order.
+    std::vector<Control*> contained() const;
+
+    // Place and size as they were last set; after another part moved the window, as it is now.
+    Bounds bounds() const;
+    Twips left() const { return bounds().left; }
+    Twips top() const { return bounds().top; }
+    Twips width() const { return bounds().width; }
+    Twips height() const { return bounds().height; }
+    void move(const Bounds& bounds);
+    void setLeft(Twips left);
+    void setTop(Twips top);
+    void setWidth(Twips width);
+    void setHeight(Twips height);
+
+    // The text of the window: a button's caption, a text box's text.
+    std::wstring text() const;
+    virtual void setText(const std::wstring& text);
+    std::wstring caption() const { return text(); }
+    void setCaption(const std::wstring& caption) { setText(caption); }
+
+    // Whether the control wants to be seen. It is when its container is, too.
+    bool visible() const { return visible_; }
+    void setVisible(bool visible);
+    bool isShown() const;
+
+    bool enabled() const;
+    void setEnabled(bool enabled);
+
+    // Whether the Tab key stops here.
+    bool tabStop() const;
+    void setTabStop(bool stop);
+
+    const Font& font() const { return font_; }
+    void setFont(const Font& font);
+    HFONT fontHandle() const { return gdiFont_.handle(); }
+    const GdiFont& gdiFont() const { return gdiFont_; }
+
+    void setFocus();
+    bool hasFocus() const;
+
+    // Repaints at once, without waiting for the message pump.
+    void refresh();
+
+    // The dots per inch of the form.
+    Dpi dpi() const override;
+
+    // Makes font and place anew; the form calls it when its dots per inch changed.
+    void applyDpi();
+    // Shows or hides the window as visible() and the container say; containers call it.
+    void applyVisibility();
+    // Puts the window where bounds() says; containers call it when they moved.
+    void applyBounds();
+
+    // Whether the arrow keys move from this control to its neighbours of the same kind: option
+    // buttons.
+    virtual bool joinsGroup() const { return false; }
+    // Whether a contained control of that tab is to be seen now.
+    virtual bool showsTab(int tab) const;
+    // A key pressed anywhere on the form while this control is shown. True when it was for us.
+    virtual bool formKey(int key, unsigned shift);
+    // The form's client area has a new size; for controls that dock to its edge.
+    virtual void parentResized() {}
+    // Paints what is seen between the contained controls into the form's device context. The
+    // origin is the form's.
+    virtual void paintBackground(HDC dc);
+
+    std::function<void()> onClick;
+    std::function<void()> onDoubleClick;
+    std::function<void()> onGotFocus;
+    std::function<void()> onLostFocus;
+    // The key as a VK_ value.
+    std::function<void(int key, unsigned shift)> onKeyDown;
+    std::function<void(const MouseEvent&)> onMouseDown;
+    std::function<void(const MouseEvent&)> onMouseMove;
+    std::function<void(const MouseEvent&)> onMouseUp;
+
+protected:
+    // What window the control needs. For a class of our own `own` is true and the class is
+    // registered when first used.
+    struct Kind {
+        const wchar_t* className = L"";
+        DWORD style = 0;
+        DWORD exStyle = 0;
+        bool own = false;
+        UINT classStyle = CS_DBLCLKS;
+    };
+    virtual Kind kind() const = 0;
+
+    // A standard control that lets its parent's background through asks for it; the base paints
+    // it. A control that overrides this calls the base for what it does not handle.
+    bool reflected(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) override;
+
+    // Runs an event procedure if there is one.
+    static void fire(const std::function<void()>& event);
+
+    // The window exists, has its font and its place, and is not yet shown.
+    virtual void created() {}
+    // fontHandle() is new: another font was set or the dots per inch changed. The window was told
+    // by WM_SETFONT.
+    virtual void fontChanged() {}
+    // Font and place are those of the new dots per inch.
+    virtual void dpiChanged() {}
+    // The pixels of the window when the control is given `wanted`.
+    virtual RECT adjustedBounds(const RECT& wanted) const { return wanted; }
+
+    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+    // The window's rectangle in the parent.
+    RECT pixelBounds() const;
+
+private:
+    void fireMouse(const std::function<void(const MouseEvent&)>& event, UINT message, WPARAM wParam,
+                   LPARAM lParam) const;
+    void placeBehindContained();
+    POINT containerOrigin() const;
+    RECT wantedPixels() const;
+    void setWindowFont();
+    bool startsGroup(const Window& parent) const;
+
+    std::wstring name_;
+    unsigned flags_ = 0;
+    Control* container_ = nullptr;
+    int tab_ = 0;
+    Bounds bounds_;
+    bool visible_ = true;
+    Font font_;
+    bool fontSet_ = false;
+    GdiFont gdiFont_;
+};
+
+// The controls whose windows are children of `parent`, in tab order: that of their making.
+std::vector<Control*> childControls(const Window& parent);
+
+}  // namespace forms

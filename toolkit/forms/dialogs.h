@@ -1,0 +1,63 @@
+// Message boxes and file dialogs, behind one small interface, so that a test can answer them.
+//
+//   const auto answer = forms::dialogs().openFile(
+//       form.hwnd(), {.title = L"Open", .filter = L"Database (*.mdb)|*.mdb"});
+//   if (answer) { open(answer->path); }
+//
+// The user-interface thread.
+#pragma once
+
+#include <windows.h>
+
+#include <optional>
+#include <string>
+
+namespace forms {
+
+struct FileDialogRequest {
+    std::wstring title{};
+    // Pairs of description and pattern, all divided by '|'.
+    std::wstring filter{};
+    // From 1.
+    int filterIndex = 1;
+    // Added to a name typed without one; no dot.
+    std::wstring defaultExtension{};
+    // The proposal; may hold a folder.
+    std::wstring fileName{};
+};
+
+struct FileDialogAnswer {
+    std::wstring path = {};
+    int filterIndex = 1;
+};
+
+enum class MessageIcon { none, critical, question, exclamation, information };
+enum class MessageButtons { ok, okCancel, yesNo, yesNoCancel, retryCancel };
+enum class MessageAnswer { ok, cancel, yes, no, retry };
+
+struct MessageRequest {
+    std::wstring title{};
+    std::wstring text{};
+    MessageIcon icon = MessageIcon::none;
+    MessageButtons buttons = MessageButtons::ok;
+};
+
+class Dialogs {
+public:
+    virtual ~Dialogs() = default;
+
+    // Nothing when the user cancelled. The owner may be null. Both throw std::runtime_error when
+    // the dialog cannot be shown.
+    virtual std::optional<FileDialogAnswer> openFile(HWND owner, const FileDialogRequest&) = 0;
+    // Asks before it returns the name of a file that is there.
+    virtual std::optional<FileDialogAnswer> saveFile(HWND owner, const FileDialogRequest&) = 0;
+    virtual MessageAnswer showMessage(HWND owner, const MessageRequest&) = 0;
+};
+
+// The dialogs in use: the system's, until others are set.
+Dialogs& dialogs();
+
+// Null brings the system's back. The given object must outlive its use. Returns what was set.
+Dialogs* setDialogs(Dialogs* replacement);
+
+}  // namespace forms

@@ -1,0 +1,54 @@
+// Font: a typeface by name and size in points, independent of the display; GdiFont: the handle
+// that Windows draws with, made from a Font for one number of dots per inch.
+//
+//   Font fixed{L"Courier New", 9.0};
+//   fixed.fixedPitch = true;
+//   GdiFont handle(fixed, window.dpi());
+//
+// The values may be used by any thread, a handle by the thread that draws.
+#pragma once
+
+#include "toolkit/forms/units.h"
+
+#include <windows.h>
+
+#include <string>
+
+namespace forms {
+
+struct Font {
+    std::wstring name = {};
+    double points = 9.0;
+    bool bold = false;
+    // A GDI character set: 1 leaves the choice to Windows, 128 Japanese, 129 Korean, 134 and 136
+    // Chinese.
+    int charset = DEFAULT_CHARSET;
+    // Tells the font mapper what to look for when the face is not installed.
+    bool fixedPitch = false;
+
+    bool operator==(const Font&) const = default;
+};
+
+// The font of the system's message boxes, which is what dialogs are drawn with.
+Font messageFont();
+
+class GdiFont {
+public:
+    GdiFont() = default;
+    GdiFont(const Font& font, Dpi dpi);
+    ~GdiFont();
+
+    GdiFont(GdiFont&& other) noexcept;
+    GdiFont& operator=(GdiFont&& other) noexcept;
+
+    HFONT handle() const { return handle_; }
+
+    // The height of one line of text without external leading.
+    Pixels lineHeight() const;
+    Pixels textWidth(const std::wstring& text) const;
+
+private:
+    HFONT handle_ = nullptr;
+};
+
+}  // namespace forms

@@ -1,0 +1,86 @@
+// StatusBar: a bar at the lower edge of a form, divided into panels.
+//
+//   forms::StatusBar statusbarMain{{{.key = L"keyPanel1", .width = PanelWidth::spring},
+//                                   {.key = L"keyClock", .kind = PanelKind::clock}}};
+//   statusbarMain.panel(1).setText(L"Loading...");
+//   statusbarMain.panel(L"keyPanel1").setText(L"");
+//
+// The bar docks by itself; its place in the form's table is ignored. Panels are counted from 1.
+// A text is handed to Windows only when it differs from the one shown, so that it may be set as
+// often as one likes. The form's own thread.
+#pragma once
+
+#include "toolkit/forms/control.h"
+
+#include <deque>
+#include <string>
+#include <vector>
+
+namespace forms {
+
+// What a panel's width follows from: a given width; what the others leave, shared among the
+// springs; or the panel's text.
+enum class PanelWidth { fixed, spring, content };
+
+// A clock shows the time of day, as the user's settings write it.
+enum class PanelKind { text, clock };
+
+struct PanelSpec {
+    std::wstring key = {};
+    PanelWidth width = PanelWidth::fixed;
+    // The fixed width, or the least width of the others.
+    Twips twips = Twips(1440);
+    PanelKind kind = PanelKind::text;
+};
+
+class StatusBar : public Control {
+public:
+    class Panel {
+    public:
+        const std::wstring& key() const { return spec_.key; }
+        const std::wstring& text() const { return text_; }
+        // Control characters are shown as blanks.
+        void setText(const std::wstring& text);
+        Twips width() const;
+
+    private:
+        friend class StatusBar;
+        Panel(StatusBar& bar, int index, const PanelSpec& spec)
+            : bar_(bar), index_(index), spec_(spec) {}
+
+        StatusBar& bar_;
+        int index_;
+        PanelSpec spec_;
+        std::wstring text_;
+    };
+
+    explicit StatusBar(const std::vector<PanelSpec>& panels = {});
+
+    void setPanels(const std::vector<PanelSpec>& panels);
+    int panelCount() const { return static_cast<int>(panels_.size()); }
+    // Both throw std::out_of_range.
+    Panel& panel(int number);
+    Panel& panel(const std::wstring& key);
+
+    void parentResized() override;
+
+protected:
+    Kind kind() const override;
+    void created() override;
+    void fontChanged() override;
+    void dpiChanged() override;
+    RECT adjustedBounds(const RECT& wanted) const override;
+    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+private:
+    void dock();
+    void layOut();
+    int widthInPixels(const Panel& panel) const;
+    void showText(const Panel& panel);
+    void showTime();
+    bool hasClock() const;
+
+    std::deque<Panel> panels_;
+};
+
+}  // namespace forms
