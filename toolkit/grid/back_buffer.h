@@ -1,0 +1,38 @@
+// BackBuffer: a bitmap to paint into, so that the screen only ever sees finished pictures.
+//
+//   HDC canvas = buffer.open(screenDc, clientWidth, clientHeight);
+//   ... paint ...
+//   buffer.copyTo(screenDc, dirty, {dirty.left, dirty.top});
+//
+// The grid's thread. The bitmap is kept between paints and grows with the window.
+#pragma once
+
+#include "toolkit/grid/model/shapes.h"
+
+#include <windows.h>
+
+namespace grid {
+
+class BackBuffer {
+public:
+    BackBuffer() = default;
+    ~BackBuffer() { release(); }
+
+    BackBuffer(const BackBuffer&) = delete;
+    BackBuffer& operator=(const BackBuffer&) = delete;
+
+    // A device context like `screen` of at least that size, or null when memory is short. What
+    // was painted before may still be there.
+    HDC open(HDC screen, int width, int height);
+    void copyTo(HDC screen, const Rect& part, Point to) const;
+    void release();
+
+private:
+    HDC dc_ = nullptr;
+    HBITMAP bitmap_ = nullptr;
+    HGDIOBJ original_ = nullptr;
+    int width_ = 0;
+    int height_ = 0;
+};
+
+}  // namespace grid

@@ -1,0 +1,48 @@
+// CellTip: the window that shows a cell's whole text while the mouse rests on it.
+//
+//   tip.show(hwnd, cellOnScreen, text, true, dpi);
+//   tip.hide();
+//
+// The grid's thread. The tooltip window is made when it is first needed.
+#pragma once
+
+#include "toolkit/forms/units.h"
+#include "toolkit/grid/model/shapes.h"
+
+#include <windows.h>
+
+#include <string>
+
+namespace grid {
+
+class CellTip {
+public:
+    CellTip() = default;
+    ~CellTip() { destroy(); }
+
+    CellTip(const CellTip&) = delete;
+    CellTip& operator=(const CellTip&) = delete;
+
+    // Shows the text under the rectangle (in screen coordinates), or above it where there is no
+    // room below. With `wrap` long texts take several lines.
+    void show(HWND owner, const Rect& cellOnScreen, const std::wstring& text, bool wrap, HFONT font,
+              forms::Dpi dpi);
+    void hide();
+    void destroy();
+
+    bool shown() const { return shown_; }
+    // Null before the first tip.
+    HWND hwnd() const { return window_; }
+    const std::wstring& text() const { return text_; }
+
+private:
+    bool make(HWND owner);
+    void keepOnScreen(const Rect& cellOnScreen) const;
+
+    HWND window_ = nullptr;
+    HWND owner_ = nullptr;
+    std::wstring text_;
+    bool shown_ = false;
+};
+
+}  // namespace grid

@@ -1,0 +1,40 @@
+// DataSource: where a grid gets its rows from.
+//
+//   class Numbers : public grid::DataSource { ... };
+//   dataGrid.setDataSource(&numbers);
+//   numbers.append(1000); dataGrid.rowCountChanged();
+//
+// Every member is called on the grid's thread, most of them while it paints. The source tells the
+// grid of its changes through the grid's notifications (grid.h); it must outlive its being set.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace grid {
+
+enum class Alignment { left, center, right };
+
+class DataSource {
+public:
+    virtual ~DataSource() = default;
+
+    // The columns are fixed while the source is set.
+    virtual int columnCount() const = 0;
+    virtual std::wstring fieldName(int column) const = 0;
+    virtual Alignment alignment(int column) const = 0;
+
+    // How many rows there are by now.
+    virtual std::int64_t rowCount() const = 0;
+
+    // Replaces `text` by the text of a cell. Must be cheap: it is asked for every visible cell of
+    // every paint. A row that is gone gives an empty text.
+    virtual void cellText(std::int64_t row, int column, std::wstring& text) const = 0;
+
+    // The current row, counted from 0; -1 for none.
+    virtual std::int64_t currentRow() const = 0;
+    // The user moved to another row. The source may refuse by keeping its own.
+    virtual void setCurrentRow(std::int64_t row) = 0;
+};
+
+}  // namespace grid

@@ -1,0 +1,77 @@
+// How the grid's window comes to its picture.
+#include "toolkit/grid/drawing.h"
+#include "toolkit/grid/grid.h"
+
+namespace grid {
+namespace {
+
+// BeginPaint with its EndPaint, also when a data source throws in between.
+class PaintSession {
+public:
+    explicit PaintSession(HWND window) : window_(window), dc_(BeginPaint(window, &paint_)) {}
+    ~PaintSession() { EndPaint(window_, &paint_); }
+
+    PaintSession(const PaintSession&) = delete;
+    PaintSession& operator=(const PaintSession&) = delete;
+
+    HDC dc() const { return dc_; }
+    Rect dirty() const { return fromRect(paint_.rcPaint); }
+
+private:
+    HWND window_;
+    PAINTSTRUCT paint_{};
+    HDC dc_;
+};
+
+}  // namespace
+
+Scene Grid::scene() {
+    const bool pressed = drag_ == Drag::heading && dragInside_;
+    return {geometry_,  columns_,   styles_,
+            selection_, source_,    theme_,
+            fonts_,     cellText_,  Padding::forDpi(dpi()),
+            hasFocus(), hotColumn_, pressed ? dragColumn_ : kNoColumn};
+}
+
+void Grid::onPaint() {
+    PaintSession session(hwnd());
+    const Rect dirty = session.dirty();
+    if (!dirty.empty()) {
+        HDC canvas = buffer_.open(session.dc(), geometry_.viewWidth(), geometry_.viewHeight());
+        paintTo(canvas ? canvas : session.dc(), session.dc(), dirty);
+        if (canvas) {
+            buffer_.copyTo(session.dc(), dirty, {dirty.left, dirty.top});
+        }
+    }
+    paintedRows_ = geometry_.endRow() - geometry_.firstRow();
+}
+
+void Grid::paintTo(HDC target, HDC visible, const Rect& dirty) {
+    const Scene now = scene();
+    Painter painter(now, target, visible);
+    painter.paint(dirty);
+    paintedCells_ += painter.paintedCells();
+}
+
+// A thin edge in a quiet colour instead of the black one that Windows draws for WS_BORDER.
+void Grid::paintFrame() const {
+    HDC dc = GetWindowDC(hwnd());
+    RECT window{};
+    GetWindowRect(hwnd(), &window);
+    Rect edge{0, 0, static_cast<int>(window.right - window.left),
+              static_cast<int>(window.bottom - window.top)};
+    Color color = Color::tint(COLOR_WINDOWTEXT, 35, COLOR_WINDOWTEXT);
+    frame(dc, edge, GetSystemMetrics(SM_CXBORDER), color.resolve(highContrastOn()));
+    ReleaseDC(hwnd(), dc);
+}
+
+void Grid::invalidate(const Rect& rect) {
+    if (isCreated() && !rect.empty()) {
+        RECT area = toRect(rect);
+        InvalidateRect(hwnd(), &area, FALSE);
+    }
+}
+
+void Grid::invalidateAll() { invalidate({0, 0, geometry_.viewWidth(), geometry_.viewHeight()}); }
+
+}  // namespace grid

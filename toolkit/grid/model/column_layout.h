@@ -1,0 +1,62 @@
+// Where the columns lie beside each other.
+//
+//   ColumnLayout columns;
+//   columns.resize(3, 80);
+//   int column = columns.at(x);
+//
+// One thread. Positions are pixels from the left edge of the first column, unscrolled.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace grid {
+
+class ColumnLayout {
+public:
+    int count() const { return static_cast<int>(columns_.size()); }
+
+    // Makes `count` visible columns of `width` pixels, forgetting the former ones.
+    void resize(int count, int width);
+
+    // Requires: 0 <= column < count(). Negative widths count as 0.
+    void setWidth(int column, int width);
+    void setVisible(int column, bool visible);
+
+    // The width the column has while it is visible.
+    int width(int column) const { return columns_[index(column)].width; }
+    bool visible(int column) const { return columns_[index(column)].visible; }
+
+    // A hidden column has its left edge as its right edge.
+    int left(int column) const { return columns_[index(column)].left; }
+    int right(int column) const;
+    int totalWidth() const { return totalWidth_; }
+
+    // The visible column under `x`, or kNoColumn.
+    int at(int x) const;
+
+    // The column whose right border lies within `reach` pixels of `x`, or kNoColumn. Of two such
+    // borders the nearer wins; of two at one place the rightmost column, so that a column pulled
+    // to width 0 can be opened again.
+    int borderAt(int x, int reach) const;
+
+    // The next visible column in a direction (+1 or -1), not `from` itself; kNoColumn at the end.
+    int next(int from, int step) const;
+    int firstVisible() const { return next(-1, 1); }
+    int lastVisible() const { return next(count(), -1); }
+
+private:
+    struct Place {
+        int width = 0;
+        int left = 0;  // Sum of the visible widths before it.
+        bool visible = true;
+    };
+
+    static std::size_t index(int column) { return static_cast<std::size_t>(column); }
+    void place();
+
+    std::vector<Place> columns_;
+    int totalWidth_ = 0;
+};
+
+}  // namespace grid

@@ -1,0 +1,19 @@
+// Where a key takes the current cell.
+//
+//   Cell target = navigate(geometry, selection.current(), Motion::pageDown);
+//
+// Any thread that may read the geometry; no state of its own.
+#pragma once
+
+#include "toolkit/grid/model/geometry.h"
+
+namespace grid {
+
+enum class Motion { left, right, up, down, pageUp, pageDown, rowStart, rowEnd, firstRow, lastRow };
+
+// The cell that `motion` leads to; the current one when there is nowhere to go. Without a
+// current row every motion begins at a row in view. In a source without rows the answer has no
+// row.
+Cell navigate(const Geometry& geometry, Cell current, Motion motion);
+
+}  // namespace grid

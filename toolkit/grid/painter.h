@@ -1,0 +1,102 @@
+// Painter: draws headings, record selectors and cells into a device context.
+//
+//   Painter painter(scene, canvas, screenDc);
+//   painter.paint(dirty);
+//   count += painter.paintedCells();
+//
+// The grid's thread. A Painter lives for one paint. It decides nothing: the scene says what is
+// where and in which state.
+#pragma once
+
+#include "toolkit/forms/units.h"
+#include "toolkit/grid/cell_text.h"
+#include "toolkit/grid/column.h"
+#include "toolkit/grid/heading_theme.h"
+#include "toolkit/grid/model/geometry.h"
+#include "toolkit/grid/model/selection.h"
+#include "toolkit/grid/style.h"
+#include "toolkit/grid/text_font.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace grid {
+
+// The distances between a cell's edge and its text, in device pixels.
+struct Padding {
+    int side = 0;     // Left and right of the text.
+    int line = 1;     // The thickness of the grid lines.
+    int picture = 0;  // Height of a heading's picture and of the current row's marker.
+
+    static Padding forDpi(forms::Dpi dpi);
+};
+
+// Everything a paint shows. References are to the grid's own parts.
+struct Scene {
+    const Geometry& geometry;
+    const std::vector<std::unique_ptr<Column>>& columns;
+    const StyleSheet& styles;
+    const Selection& selection;
+    const DataSource* source;  // Null without one.
+    const HeadingTheme& theme;
+    TextFonts& fonts;
+    CellText& cell;  // Working space.
+    Padding padding;
+    bool focused;
+    int hotColumn;      // The heading under the mouse, or kNoColumn.
+    int pressedColumn;  // The heading held down, or kNoColumn.
+};
+
+class Painter {
+public:
+    // `visible` is asked which parts really need painting; it may be `canvas` itself.
+    Painter(const Scene& scene, HDC canvas, HDC visible);
+    ~Painter();
+
+    Painter(const Painter&) = delete;
+    Painter& operator=(const Painter&) = delete;
+
+    void paint(const Rect& dirty);
+
+    // How many cells of the data source were drawn.
+    std::int64_t paintedCells() const { return paintedCells_; }
+
+    // Where a cell's text goes, and on how many lines.
+    static TextBox textBox(const Scene& scene, const Column& column, const TextFont& font);
+
+private:
+    struct Colors {
+        COLORREF text;
+        COLORREF back;
+    };
+
+    void paintHeadings();
+    void paintHeading(const Column& column);
+    void paintRows();
+    void paintRow(RowIndex row);
+    void paintSelector(RowIndex row, const Style& style);
+    void paintCell(Cell position, const Style& style);
+    // The lines of the scene's cell text within `inner`. Smoothed letters may reach a pixel over
+    // their width, so that only `clip` cuts them.
+    void paintLines(const Rect& inner, const Rect& clip, Alignment alignment, const TextFont& font);
+    void paintRest();
+
+    bool needsPainting(const Rect& rect) const;
+    Colors colors(const Style& style) const;
+    const Style& rowStyle(RowIndex row) const;
+    Alignment alignment(const Column& column, const Style& style) const;
+
+    const Scene& scene_;
+    HDC canvas_;
+    HDC visible_;
+    int savedState_;
+    bool highContrast_;
+    COLORREF lineColor_;
+    Rect dirty_;
+    std::int64_t paintedCells_ = 0;
+};
+
+}  // namespace grid
