@@ -1,0 +1,15 @@
+// What a command line program asks of its system.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace plain {
+
+/// The arguments in UTF-8, without the program's name.
+std::vector<std::string> arguments(int count, char** values);
+
+/// Standard output passes on bytes as they are.
+void makeOutputBinary();
+
+}  // namespace plain

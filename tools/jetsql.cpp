@@ -1,0 +1,155 @@
+// jetsql: runs a SELECT on a database file and prints the result in the plain form.
+#include "engine/jet/text.h"
+#include "engine/sql/query.h"
+#include "tools/console.h"
+#include "tools/listing.h"
+#include "tools/plain_form.h"
+#include "tools/table_dump.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <optional>
+#include <thread>
+
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kWrongUsage = 2;
+
+constexpr const char* kUsage =
+    "usage: jetsql [--threads N] FILE SQL   print the result of a SELECT\n"
+    "       jetsql FILE                     list the tables and count their rows\n"
+    "       jetsql --schema FILE            print columns and indexes\n";
+
+struct Options {
+    std::string file;
+    std::optional<std::string> statement;
+    bool schema = false;
+    unsigned threads = std::max(1u, std::thread::hardware_concurrency());
+};
+
+/// Nothing if the arguments are not understood.
+std::optional<Options> parse(const std::vector<std::string>& arguments) {
+    Options options;
+    std::vector<std::string> plain;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& argument = arguments[i];
+        if (argument == "--schema") {
+            options.schema = true;
+        } else if (argument == "--threads" && i + 1 < arguments.size()) {
+            const std::string& count = arguments[++i];
+            const char* const end = count.data() + count.size();
+            const auto parsed = std::from_chars(count.data(), end, options.threads);
+            if (parsed.ec != std::errc{} || parsed.ptr != end) return std::nullopt;
+            if (options.threads < 1 || options.threads > 256) return std::nullopt;
+        } else if (argument.starts_with("--")) {
+            return std::nullopt;
+        } else {
+            plain.push_back(argument);
+        }
+    }
+    if (plain.empty() || plain.size() > 2 || (options.schema && plain.size() > 1)) {
+        return std::nullopt;
+    }
+    options.file = plain[0];
+    if (plain.size() == 2) options.statement = plain[1];
+    return options;
+}
+
+void printHeader(const sql::Query& query) {
+    std::string line;
+    plain::FieldWriter fields{line};
+    for (const sql::OutputColumn& column : query.columns()) {
+        if (!line.empty()) line += '\t';
+        fields.text(column.name);
+    }
+    plain::writeAll(line + "\n", stdout);
+}
+
+jet::Skipped printRows(sql::Cursor& cursor) {
+    constexpr std::size_t kFull = std::size_t{1} << 20;
+    std::string text;
+    plain::FieldWriter fields{text};
+    while (cursor.next()) {
+        const char* separator = "";
+        for (const jet::Value& value : cursor.row()) {
+            text += separator;
+            fields.value(value);
+            separator = "\t";
+        }
+        text += '\n';
+        if (text.size() < kFull) continue;
+        plain::writeAll(text, stdout);
+        text.clear();
+    }
+    plain::writeAll(text, stdout);
+    return cursor.skipped();
+}
+
+jet::Skipped runStatement(const std::shared_ptr<jet::Database>& database, const Options& options) {
+    const auto query = sql::Query::prepare(database, jet::toUtf16(*options.statement));
+    printHeader(*query);
+    if (query->scannedTable()) return plain::dumpRows(*query, options.threads, stdout);
+    return printRows(*query->execute());
+}
+
+void run(const Options& options) {
+    const std::u8string path{options.file.begin(), options.file.end()};
+    const auto database = jet::Database::open(std::filesystem::path{path});
+    jet::Skipped skipped;
+    if (options.schema) {
+        plain::listSchema(*database, stdout);
+    } else if (options.statement) {
+        skipped = runStatement(database, options);
+    } else {
+        skipped = plain::listTables(*database, stdout);
+    }
+    if (std::fflush(stdout) != 0) plain::writeAll("\n", stdout);
+    plain::flush(stdout);
+    if (skipped.rows + skipped.pages > 0) {
+        std::fprintf(stderr, "damage: %llu rows and %llu pages were left out\n",
+                     static_cast<unsigned long long>(skipped.rows),
+                     static_cast<unsigned long long>(skipped.pages));
+    }
+}
+
+/// Failures go by the numbers that a data provider gives them.
+constexpr std::uint32_t kProviderFailure = 0x80004005;
+
+std::uint32_t numberOf(sql::Fault fault) {
+    switch (fault) {
+        case sql::Fault::NoSuchTable:
+            return 0x80040E37;
+        case sql::Fault::UnknownColumn:
+            return 0x80040E10;
+        default:
+            return 0x80040E14;
+    }
+}
+
+int report(std::uint32_t number, const char* text) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "error %d (0x%08X): %s\n", static_cast<std::int32_t>(number), number,
+                 text);
+    return kFailed;
+}
+
+}  // namespace
+
+int main(int count, char** values) {
+    const auto options = parse(plain::arguments(count, values));
+    if (!options) {
+        std::fputs(kUsage, stderr);
+        return kWrongUsage;
+    }
+    plain::makeOutputBinary();
+    try {
+        run(*options);
+        return 0;
+    } catch (const sql::Error& error) {
+        return report(numberOf(error.fault()), error.what());
+    } catch (const std::exception& error) {
+        return report(kProviderFailure, error.what());
+    }
+}

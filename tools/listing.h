@@ -1,0 +1,18 @@
+// What a database holds, as text: its tables, their columns and indexes.
+//
+//   plain::listTables(*database, stdout);
+#pragma once
+
+#include "engine/jet/database.h"
+
+#include <cstdio>
+
+namespace plain {
+
+/// One line a user table: its name, a tab and the rows that it holds, counted.
+jet::Skipped listTables(jet::Database& database, std::FILE* out);
+
+/// Each user table with its columns, their types and sizes, and its indexes.
+void listSchema(jet::Database& database, std::FILE* out);
+
+}  // namespace plain

@@ -1,0 +1,193 @@
+#include "tools/table_dump.h"
+
+#include "tools/plain_form.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <condition_variable>
+#include <exception>
+#include <map>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
+namespace plain {
+
+namespace {
+
+/// Half a megabyte of the file: long enough that handing it over costs nothing.
+constexpr std::size_t kBlockPages = 128;
+
+struct Block {
+    std::string text;
+    jet::Skipped skipped;
+};
+
+/// Makes the text of blocks of a table's pages. Belongs to one thread.
+class BlockWriter {
+public:
+    explicit BlockWriter(const sql::Query& query)
+        : query_{query}, table_{query.scannedTable()}, filter_{query.rowFilter()} {}
+
+    Block write(std::span<const jet::PageNumber> pages) {
+        Block block;
+        block.text.reserve(2 * pages.size() * jet::kPageSize);
+        FieldWriter fields{block.text};
+        jet::TableScan scan{*table_, pages};
+        while (scan.next()) {
+            const std::size_t start = block.text.size();
+            try {
+                if (filter_ && !filter_->matches(scan.record(), scan.pages())) continue;
+                writeRow(scan, fields, block.text);
+            } catch (const jet::Error& error) {
+                if (error.fault() != jet::Fault::Damaged) throw;
+                block.text.resize(start);
+                scan.skipRow();
+            }
+        }
+        block.skipped = scan.skipped();
+        return block;
+    }
+
+private:
+    void writeRow(jet::TableScan& scan, FieldWriter& fields, std::string& text) const {
+        const jet::Record& record = scan.record();
+        bool first = true;
+        for (const sql::OutputColumn& column : query_.columns()) {
+            if (!first) text += '\t';
+            first = false;
+            fields.field(scan.pages(), *column.stored, record.field(*column.stored), record.page());
+        }
+        text += '\n';
+    }
+
+    const sql::Query& query_;
+    std::shared_ptr<const jet::Table> table_;
+    std::unique_ptr<sql::RowFilter> filter_;
+};
+
+/// Blocks made by several threads, taken in their order by one.
+class BlockQueue {
+public:
+    BlockQueue(const sql::Query& query, std::span<const jet::PageNumber> pages, unsigned threads)
+        : query_{query},
+          pages_{pages},
+          blocks_{(pages.size() + kBlockPages - 1) / kBlockPages},
+          ahead_{2 * std::size_t{threads}} {
+        for (unsigned i = 0; i < threads; ++i) workers_.emplace_back([this] { work(); });
+    }
+
+    ~BlockQueue() {
+        {
+            const std::lock_guard lock{mutex_};
+            nextToMake_ = blocks_;
+        }
+        changed_.notify_all();
+        for (std::thread& worker : workers_) worker.join();
+    }
+
+    BlockQueue(const BlockQueue&) = delete;
+    BlockQueue& operator=(const BlockQueue&) = delete;
+
+    /// The next block; false behind the last one. Throws what a worker met.
+    bool take(Block& block) {
+        std::unique_lock lock{mutex_};
+        if (nextToTake_ == blocks_) return false;
+        changed_.wait(lock, [this] { return failure_ || made_.contains(nextToTake_); });
+        if (failure_) std::rethrow_exception(failure_);
+        block = std::move(made_.extract(nextToTake_).mapped());
+        ++nextToTake_;
+        changed_.notify_all();
+        return true;
+    }
+
+private:
+    void work() {
+        try {
+            BlockWriter writer{query_};
+            for (std::size_t number = 0; nextNumber(number);) {
+                const std::size_t first = number * kBlockPages;
+                const std::size_t count = std::min(kBlockPages, pages_.size() - first);
+                deliver(number, writer.write(pages_.subspan(first, count)));
+            }
+        } catch (...) {
+            const std::lock_guard lock{mutex_};
+            if (!failure_) failure_ = std::current_exception();
+            nextToMake_ = blocks_;
+            changed_.notify_all();
+        }
+    }
+
+    /// Waits while the taker is too far behind, so that memory stays bounded.
+    bool nextNumber(std::size_t& number) {
+        std::unique_lock lock{mutex_};
+        changed_.wait(
+            lock, [this] { return nextToMake_ == blocks_ || nextToMake_ < nextToTake_ + ahead_; });
+        if (nextToMake_ == blocks_) return false;
+        number = nextToMake_++;
+        return true;
+    }
+
+    void deliver(std::size_t number, Block block) {
+        const std::lock_guard lock{mutex_};
+        made_.emplace(number, std::move(block));
+        changed_.notify_all();
+    }
+
+    const sql::Query& query_;
+    const std::span<const jet::PageNumber> pages_;
+    const std::size_t blocks_;
+    const std::size_t ahead_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    // Under mutex_: written by the workers and the taker, read by all.
+    std::map<std::size_t, Block> made_;
+    std::size_t nextToMake_ = 0;
+    std::size_t nextToTake_ = 0;
+    std::exception_ptr failure_;
+    std::vector<std::thread> workers_;
+};
+
+[[noreturn]] void throwWriteFailed() {
+    throw std::system_error{errno, std::generic_category(), "The output cannot be written"};
+}
+
+void addTo(jet::Skipped& sum, const jet::Skipped& part) {
+    sum.rows += part.rows;
+    sum.pages += part.pages;
+}
+
+}  // namespace
+
+void writeAll(std::string_view text, std::FILE* out) {
+    if (std::fwrite(text.data(), 1, text.size(), out) != text.size()) throwWriteFailed();
+}
+
+void flush(std::FILE* out) {
+    if (std::fflush(out) != 0) throwWriteFailed();
+}
+
+jet::Skipped dumpRows(const sql::Query& query, unsigned threads, std::FILE* out) {
+    jet::Skipped skipped;
+    if (query.alwaysEmpty()) return skipped;
+    const std::vector<jet::PageNumber> pages = query.scannedTable()->dataPages();
+    Block block;
+    if (threads > 1) {
+        for (BlockQueue queue{query, pages, threads}; queue.take(block);) {
+            writeAll(block.text, out);
+            addTo(skipped, block.skipped);
+        }
+        return skipped;
+    }
+    BlockWriter writer{query};
+    for (std::span<const jet::PageNumber> rest{pages}; !rest.empty();) {
+        const std::size_t count = std::min(kBlockPages, rest.size());
+        block = writer.write(rest.first(count));
+        writeAll(block.text, out);
+        addTo(skipped, block.skipped);
+        rest = rest.subspan(count);
+    }
+    return skipped;
+}
+
+}  // namespace plain

@@ -1,0 +1,23 @@
+// Whole tables in the plain form, by several threads, in storage order.
+//
+//   jet::Skipped skipped = plain::dump(*query, threads, stdout);
+#pragma once
+
+#include "engine/sql/query.h"
+
+#include <cstdio>
+
+namespace plain {
+
+/// Writes the rows of a query that scans a table, without the header row. The text is made by
+/// `threads` threads (at least 1); the calling one writes it.
+/// Requires: query.scannedTable() is not null. Throws jet::Error, sql::Error, std::system_error.
+jet::Skipped dumpRows(const sql::Query& query, unsigned threads, std::FILE* out);
+
+/// Throws std::system_error if not all of `text` could be written.
+void writeAll(std::string_view text, std::FILE* out);
+
+/// Throws std::system_error if what was written could not be handed to the system.
+void flush(std::FILE* out);
+
+}  // namespace plain
