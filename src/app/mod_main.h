@@ -1,0 +1,10 @@
+// Start-up: command line, database, main window. The viewer's own thread.
+#pragma once
+
+namespace modMain {
+
+/// Reads the command line, opens the database that it names or the user chooses, and shows the
+/// main window; that happens also when there is no database to show.
+void Main();
+
+}  // namespace modMain

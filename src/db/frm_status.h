@@ -1,0 +1,40 @@
+// The small window that long operations show while they run.
+//
+//   status.displayStatus(u"Sorting data please wait...", false);
+//   sort();
+//   status.hideStatus();
+//
+// The viewer's own thread.
+#pragma once
+
+#include "toolkit/forms/buttons.h"
+#include "toolkit/forms/form.h"
+#include "toolkit/forms/label.h"
+#include "toolkit/forms/progress_bar.h"
+
+#include <string>
+
+class frmStatus : public forms::Form {
+public:
+    frmStatus();
+    ~frmStatus() override { destroy(); }
+
+    /// Shows the window over `owner` with a text, with or without its progress bar, and lets
+    /// pending events run so that it is painted at once.
+    void displayStatus(const std::u16string& text, bool showProgress, const forms::Form* owner);
+
+    /// Changes the text and repaints it at once; no events run.
+    void setStatus(const std::u16string& text);
+
+    /// Hides the window; it stays loaded.
+    void hideStatus();
+
+    forms::Frame frameStatus;
+    forms::Label lblStatus{{.accessKeys = false}};
+    forms::ProgressBar pbarStatus;
+
+private:
+    void build() override;
+    void Form_Load() override;
+    void Form_Unload(bool& cancel) override;
+};

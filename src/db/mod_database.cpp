@@ -1,0 +1,159 @@
+#include "src/db/mod_database.h"
+
+#include "src/db/class_diags.h"
+#include "src/i18n/mod_localize.h"
+#include "src/log/procedure.h"
+
+using modLocalize::myLoadResString;
+
+namespace modDatabase {
+namespace {
+
+constexpr std::u16string_view kLoadingNotice =
+    u"Loading diagnostic, data is not sorted by date until completely loaded.";
+
+constexpr std::u16string_view kUniqueFiltersQuery =
+    u"SELECT Process, Source, Component, TraceLevel, qrxIndex From tblUniqueFilters "
+    u"ORDER BY Component, TraceLevel";
+
+constexpr std::u16string_view kTracesQuery =
+    u"SELECT tblTraces.Date, tblTraces.Process, tblTraces.Source, tblTraces.TraceNumber, "
+    u"tblTraces.Component, tblTraces.TraceLevel, tblTraces.Port, tblTraces.CallId, "
+    u"tblTraces.Trace  FROM tblTraces ";
+
+/// For the oldest files, which have no Port and no CallId.
+constexpr std::u16string_view kOldestTracesQuery =
+    u"SELECT tblTraces.Date, tblTraces.Process, tblTraces.Source, tblTraces.TraceNumber, "
+    u"tblTraces.Component, tblTraces.TraceLevel, tblTraces.Trace  FROM tblTraces ";
+
+constexpr std::u16string_view kMacroTracesQuery = u"SELECT * FROM tblMacroTraces";
+
+/// Rows of a page, of the cache and of the first delivery.
+constexpr int kPageSize = 100;
+
+LoadingDisplay* theDisplay = nullptr;
+
+ado::Connection& connection() {
+    static ado::Connection shared;
+    return shared;
+}
+
+ado::Recordset& uniqueFilters() {
+    static ado::Recordset shared;
+    return shared;
+}
+
+bool isOpen(const ado::Recordset& recordset) { return recordset.state() != ado::adStateClosed; }
+
+/// Fills `uniqueTraces` from the open unique-filter recordset.
+void createUniqueTracesArray(ado::Recordset& recordset) {
+    constexpr std::u16string_view kLabel = u"[modDatabase]createUniqueTracesArray";
+    runProcedure(kLabel, Limit::None, [&](Procedure& procedure) {
+        uniqueTraces().clear();
+        procedure.step([&] {
+            if (recordset.recordCount() < 1) {
+                throw RuntimeError{RuntimeError::kSubscript, u"Subscript out of range"};
+            }
+        });
+        procedure.step([&] {
+            ado::Fields fields = recordset.fields();
+            for (recordset.moveFirst(); !recordset.eof(); recordset.moveNext()) {
+                uniqueTraces().push_back({true, fields[u"Component"].value(),
+                                          fields[u"TraceLevel"].value(), fields[u"Process"].value(),
+                                          fields[u"Source"].value(), fields[u"qrxIndex"].value()});
+            }
+        });
+    });
+}
+
+void openTraces(ado::Recordset& recordset, const std::u16string& query) {
+    recordset.open(query, connection(), ado::adOpenForwardOnly, ado::adLockReadOnly,
+                   ado::adAsyncFetch);
+}
+
+}  // namespace
+
+void setDisplay(LoadingDisplay& display) { theDisplay = &display; }
+
+UniqueTraces& uniqueTraces() {
+    static UniqueTraces shared;
+    return shared;
+}
+
+void connectToDB(const std::u16string& path) {
+    runProcedure(u"[modDatabase]connectToDB", Limit::TenErrors, [&](Procedure& procedure) {
+        procedure.step([&] {
+            if (connection().state() != ado::adStateClosed) connection().close();
+        });
+        // The combinations belong to the database that was open until now.
+        uniqueTraces().clear();
+        procedure.step([&] {
+            connection().setConnectionString(u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" +
+                                             path + u";Persist Security Info=False");
+        });
+        procedure.step([&] { connection().open(); });
+    });
+}
+
+void openRecordsets() {
+    runProcedure(u"[modDatabase]openRecordsets", Limit::None, [&](Procedure& procedure) {
+        procedure.step([&] { theDisplay->displayStatus(myLoadResString(1032), false); });
+        procedure.step([] { openUniqueFilters(); });
+        procedure.step([] { openDiagRecordset(u""); });
+        procedure.step([] { openMacroTraces(); });
+        procedure.step([&] { theDisplay->hideStatus(); });
+    });
+}
+
+void openUniqueFilters() {
+    runProcedure(u"[modDatabase]openUniqueFilters", Limit::TenErrors, [&](Procedure& procedure) {
+        procedure.step([&] {
+            if (isOpen(uniqueFilters())) uniqueFilters().close();
+        });
+        const bool opened = procedure.step([&] {
+            uniqueFilters().open(kUniqueFiltersQuery, connection(), ado::adOpenStatic,
+                                 ado::adLockReadOnly, ado::adOptionUnspecified);
+        });
+        if (opened) createUniqueTracesArray(uniqueFilters());
+    });
+}
+
+void openDiagRecordset(const std::u16string& whereClause) {
+    runProcedure(u"[modDatabase]openDiagRecordset", Limit::TenErrors, [&](Procedure& procedure) {
+        ado::Recordset& recordset = diags()->rsDiags();
+        procedure.step([&] {
+            if (isOpen(recordset)) recordset.close();
+        });
+        procedure.step([&] { theDisplay->setNotice(std::u16string{kLoadingNotice}); });
+        std::u16string query = std::u16string{kTracesQuery} + whereClause;
+        procedure.step([&] { recordset.setCursorLocation(ado::adUseClient); });
+        procedure.step([&] { recordset.setPageSize(kPageSize); });
+        procedure.step([&] { recordset.setCacheSize(recordset.pageSize()); });
+        procedure.step(
+            [&] { recordset.properties()[u"Initial Fetch Size"].setValue(recordset.pageSize()); });
+        const bool opened = procedure.step([&] { openTraces(recordset, query); },
+                                           [&](const Failure& failure) {
+                                               if (failure.number != ado::kErrorParameter) {
+                                                   procedure.report(failure);
+                                                   return Resume::Next;
+                                               }
+                                               query =
+                                                   std::u16string{kOldestTracesQuery} + whereClause;
+                                               return Resume::SameStep;
+                                           });
+        // Nothing is being loaded: the notice would stand there for ever.
+        if (!opened) procedure.step([&] { theDisplay->setNotice(u""); });
+    });
+}
+
+void openMacroTraces() {
+    runProcedure(u"[modDatabase]openMacroTraces", Limit::None, [&](Procedure& procedure) {
+        ado::Recordset recordset;
+        procedure.step([&] {
+            recordset.open(kMacroTracesQuery, connection(), ado::adOpenStatic, ado::adLockReadOnly,
+                           ado::adOptionUnspecified);
+        });
+    });
+}
+
+}  // namespace modDatabase

@@ -1,0 +1,36 @@
+// The one connection to the open trace database and the recordsets read from it.
+//
+//   modDatabase::connectToDB(path);
+//   modDatabase::openRecordsets();
+//
+// The viewer's own thread. No procedure here throws: errors are reported as log/procedure.h says.
+#pragma once
+
+#include "src/db/loading_display.h"
+#include "src/db/unique_trace.h"
+
+#include <string>
+
+namespace modDatabase {
+
+/// Where loading shows itself. Set once at start-up, before anything is opened.
+void setDisplay(LoadingDisplay& display);
+
+/// Points the shared connection at another file.
+void connectToDB(const std::u16string& path);
+
+/// Opens everything for the current connection: unique traces, trace records, macro traces.
+void openRecordsets();
+
+void openUniqueFilters();
+
+/// Opens the trace records. `whereClause` follows the query as it stands: "" for all rows, else a
+/// clause that begins with WHERE. Returns when the first rows are there; the rest arrive later.
+void openDiagRecordset(const std::u16string& whereClause);
+
+void openMacroTraces();
+
+/// Rebuilt each time a database is opened; the filter's ticks live in it.
+UniqueTraces& uniqueTraces();
+
+}  // namespace modDatabase

@@ -1,0 +1,10 @@
+// Values as text in the form that the user's system settings give them. Any thread.
+#pragma once
+
+#include "engine/ado/value_formatter.h"
+
+class SystemFormatter : public ado::ValueFormatter {
+protected:
+    void appendDate(jet::Date date, std::u16string& out) const override;
+    void appendDecimal(const jet::Value& number, std::u16string& out) const override;
+};

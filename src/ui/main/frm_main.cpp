@@ -1,0 +1,271 @@
+#include "src/ui/main/frm_main.h"
+
+#include "resources/resource_ids.h"
+#include "src/db/class_diags.h"
+#include "src/db/mod_database.h"
+#include "src/i18n/mod_localize.h"
+#include "src/log/procedure.h"
+#include "src/platform/text.h"
+#include "toolkit/forms/application.h"
+#include "toolkit/forms/dialogs.h"
+
+#include <algorithm>
+
+using modLocalize::myLoadResString;
+using namespace forms::literals;
+using forms::Twips;
+
+namespace {
+
+constexpr Twips kSmallestSide = 5000_tw;
+constexpr Twips kMargin = 60_tw;
+constexpr double kPartOfScreen = 0.8;
+
+/// What caption bar, menu bar and status bar take of the window's height.
+constexpr Twips kBarsHeight = 937.5_tw;
+
+/// Lines of text in the box under the grid.
+constexpr int kTraceLines = 3;
+
+/// The trace column takes the room that the others leave, but never less than this.
+constexpr Twips kTraceWidth = 3000_tw;
+
+constexpr int kPositionPanel = 3;
+
+struct GridColumn {
+    const wchar_t* dataField;
+    unsigned caption;
+    bool isTrace;
+};
+
+/// The columns that the grid sets up; others of the recordset are shown as they are.
+constexpr GridColumn kGridColumns[] = {
+    {L"Date", 1052, false},        {L"Process", 1053, false},   {L"Source", 1054, false},
+    {L"TraceNumber", 1003, false}, {L"Component", 1055, false}, {L"TraceLevel", 1001, false},
+    {L"Trace", 1056, true},
+};
+
+std::wstring loadString(unsigned id) { return toWide(myLoadResString(id)); }
+
+/// The text box wants CR LF at the ends of lines, and ends a text at a zero character.
+std::wstring forTextBox(std::u16string_view text) {
+    std::wstring lines;
+    lines.reserve(text.size());
+    char16_t previous = 0;
+    for (const char16_t c : text) {
+        if (c == u'\n' && previous != u'\r') lines.push_back(L'\r');
+        lines.push_back(c == 0 ? L' ' : static_cast<wchar_t>(c));
+        previous = c;
+    }
+    return lines;
+}
+
+}  // namespace
+
+frmMain::frmMain()
+    : Form({.className = L"VorelleDiagnosticViewer.frmMain",
+            .caption = L"Vorelle Diagnostic Viewer",
+            .icon = IDI_VIEWER}) {}
+
+void frmMain::build() {
+    menu().build({
+        {0, mnuFileMenu, L"mnuFileMenu", L"&File"},
+        {1, mnuOpenTraceDatabase, L"mnuOpenTraceDatabase", L"&Open Trace Database",
+         [this] { mnuOpenTraceDatabase_Click(); }, L"Ctrl+O"},
+        {1, pFileSeperator, L"pFileSeperator", L"-"},
+        {1, mnuExit, L"mnuExit", L"E&xit", [this] { mnuExit_Click(); }},
+    });
+    createControls({
+        {sstabMain, {L"sstabMain", L"", kMargin, kMargin, 6000_tw, 4500_tw}},
+        {tdbgridData,
+         {L"tdbgridData", L"Diagnostic Data", 120_tw, 480_tw, 5760_tw, 3000_tw, 0, &sstabMain, 0}},
+        {txtTrace, {L"txtTrace", L"", 120_tw, 3540_tw, 5760_tw, 600_tw, 0, &sstabMain, 0}},
+        {statusbarMain, {L"statusbarMain", L"", 0_tw, 0_tw, 6000_tw, 300_tw}},
+    });
+    sstabMain.onTabClick = [this](int previousTab) { sstabMain_Click(previousTab); };
+    txtTrace.onClick = [this] { txtTrace_Click(); };
+    tdbgridData.onHeadClick = [this](int column) { tdbgridData_HeadClick(column); };
+    tdbgridData.onColResize = [this](int column, bool& cancel) {
+        tdbgridData_ColResize(column, cancel);
+    };
+    tdbgridData.onRowColChange = [this] { tdbgridData_RowColChange(); };
+    tdbgridData.onFetchCellTips = [this](int, std::int64_t row, std::wstring&, bool& wrap) {
+        tdbgridData_FetchCellTips(row, wrap);
+    };
+}
+
+void frmMain::Form_Load() {
+    localizeCaptions();
+    setCaption(loadString(1051));
+    centerDisplay();
+    setupTraceGrid();
+    sstabMain.setTab(0);
+    savedRowHeight_ = tdbgridData.rowHeight();
+    tdbgridData.setFocus();
+}
+
+void frmMain::localizeCaptions() {
+    sstabMain.setTabCaption(0, loadString(1046));
+    sstabMain.setTabCaption(1, loadString(1028));
+    mnuFileMenu.setCaption(loadString(1009));
+    mnuOpenTraceDatabase.setCaption(loadString(1012));
+    mnuExit.setCaption(loadString(1024));
+}
+
+void frmMain::centerDisplay() {
+    runProcedure(u"[frmMain]centerDisplay", Limit::None, [this](Procedure& procedure) {
+        procedure.step([this] {
+            const Twips width = screenWidth() * kPartOfScreen;
+            const Twips height = screenHeight() * kPartOfScreen;
+            move({(screenWidth() - width) / 2, (screenHeight() - height) / 2, width, height});
+        });
+    });
+}
+
+void frmMain::Form_Resize() {
+    if (windowState() == forms::WindowState::minimized) return;
+    if (width() < kSmallestSide) setWidth(kSmallestSide);
+    if (height() < kSmallestSide) setHeight(kSmallestSide);
+
+    // The reserve for the bars is exact for the classic frame; where the system's frame is taller
+    // the tabs end above the status bar all the same.
+    const Twips room = statusbarMain.top() - kMargin - kMargin;
+    const Twips tabHeight = std::min(height() - 120_tw - kBarsHeight, room);
+    sstabMain.move({kMargin, kMargin, width() - 240_tw, tabHeight});
+
+    // From here on places are relative to the tabs.
+    const Twips linesHeight = textHeight(L"TEST") * kTraceLines;
+    const Twips gridTop = sstabMain.tabHeight() + kMargin + kMargin;
+    const Twips gridWidth = sstabMain.width() - 240_tw;
+    const Twips gridHeight = tabHeight - gridTop - 120_tw - linesHeight;
+    tdbgridData.move({120_tw, gridTop, gridWidth, gridHeight});
+    txtTrace.move({120_tw, gridTop + gridHeight + kMargin, gridWidth, linesHeight});
+    setupTraceGrid();
+}
+
+void frmMain::Form_Unload(bool& /*cancel*/) { shutDown(); }
+
+void frmMain::mnuExit_Click() { shutDown(); }
+
+/// Nothing is closed or saved one by one: files, fetches and windows go with the process.
+void frmMain::shutDown() {
+    constexpr DWORD kPause = 500;
+    hide();
+    ::Sleep(kPause);
+    if (endProgram) endProgram();
+}
+
+std::u16string frmMain::selectDatabase() {
+    std::u16string path;
+    runProcedure(u"[frmMain]selectDatabase", Limit::None, [&](Procedure& procedure) {
+        procedure.step([&] {
+            load();
+            const auto chosen = forms::dialogs().openFile(
+                hwnd(), {.title = loadString(1040), .filter = L"Database (*.mdb)|*.mdb"});
+            if (!chosen) throw RuntimeError{RuntimeError::kCancelled, u"Cancel was selected."};
+            path = fromWide(chosen->path);
+        });
+    });
+    return path;
+}
+
+void frmMain::mnuOpenTraceDatabase_Click() {
+    const std::u16string path = selectDatabase();
+    forms::doEvents();
+    if (path.empty()) return;
+    runProcedure(u"[frmMain]mnuOpenTraceDatabase_Click", Limit::None, [&](Procedure& procedure) {
+        procedure.step([&] { modDatabase::connectToDB(path); });
+        procedure.step([&] {
+            ado::Recordset& recordset = diags()->rsDiags();
+            if (recordset.state() != ado::adStateClosed) recordset.setSort(u"");
+        });
+        procedure.step([&] { modDatabase::openRecordsets(); });
+        procedure.step([&] { reloadDBGrid(diags()->rsDiags()); });
+    });
+}
+
+void frmMain::reloadDBGrid(ado::Recordset& recordset) {
+    load();
+    tdbgridData.setDataSource(nullptr);
+    recordset_ = &recordset;
+    source_ = std::make_unique<TraceSource>(recordset);
+    recordset.moveComplete = [this] { tdbgridData.currentRowChanged(); };
+    recordset.orderChanged = [this] { tdbgridData.dataChanged(); };
+    tdbgridData.setDataSource(source_.get());
+    tdbgridData.setRowHeight(savedRowHeight_ * 2);
+    setupTraceGrid();
+    tdbgridData_RowColChange();
+}
+
+void frmMain::setupTraceGrid() {
+    if (tdbgridData.columnCount() < 2) return;
+    runProcedure(u"setupTraceGrid", Limit::None, [this](Procedure& procedure) {
+        procedure.step([] { forms::doEvents(); });
+        for (const GridColumn& wanted : kGridColumns) {
+            procedure.step([&] {
+                grid::Column& column = tdbgridData.column(wanted.dataField);
+                column.setCaption(loadString(wanted.caption));
+                column.setWrapText(wanted.isTrace);
+                column.setFillsRest(wanted.isTrace);
+                if (wanted.isTrace) {
+                    column.setWidth(kTraceWidth);
+                } else {
+                    column.autoSize();
+                }
+            });
+        }
+    });
+}
+
+void frmMain::tdbgridData_HeadClick(int ColIndex) {
+    runProcedure(u"tdbgridData_HeadClick", Limit::TenErrors, [&](Procedure& procedure) {
+        const std::wstring field = tdbgridData.column(ColIndex).dataField();
+        if (field != L"Trace") {
+            procedure.step([&] { status.displayStatus(myLoadResString(1042), false, this); });
+            procedure.step([&] {
+                for (int i = 0; i < tdbgridData.columnCount(); ++i) {
+                    tdbgridData.column(i).setHeadingStyle(L"Heading");
+                }
+            });
+            const std::u16string name = fromWide(field);
+            const std::u16string& current = recordset_->sort();
+            const bool reverse = current.find(name) != std::u16string::npos &&
+                                 current.find(u"ASC") != std::u16string::npos;
+            procedure.step([&] {
+                recordset_->setSort(name + (reverse ? u" DESC" : u" ASC"));
+                tdbgridData.column(ColIndex).setHeadingStyle(reverse ? L"Descending"
+                                                                     : L"Ascending");
+            });
+            procedure.step([&] { status.hideStatus(); });
+        }
+        procedure.step([&] { setupTraceGrid(); });
+    });
+}
+
+void frmMain::sstabMain_Click(int previousTab) {
+    const bool toGrid = previousTab != 0;
+    tdbgridData.setVisible(toGrid);
+    txtTrace.setVisible(toGrid);
+}
+
+/// The text box never keeps the focus: the keys belong to the grid.
+void frmMain::txtTrace_Click() { tdbgridData.setFocus(); }
+
+void frmMain::tdbgridData_ColResize(int column, bool& cancel) {
+    cancel = tdbgridData.column(column).dataField() == L"Trace";
+}
+
+void frmMain::tdbgridData_RowColChange() {
+    if (recordset_ == nullptr || recordset_->state() == ado::adStateClosed) {
+        txtTrace.setText(L"");
+        return;
+    }
+    statusbarMain.panel(kPositionPanel).setText(toWide(diags()->positionText()));
+    const bool empty = recordset_->bof() && recordset_->eof();
+    txtTrace.setText(empty ? L"" : forTextBox(recordset_->fields()[u"Trace"].text()));
+}
+
+void frmMain::tdbgridData_FetchCellTips(std::int64_t row, bool& wrap) {
+    runProcedure(u"tdbgridData_FetchCellTips", Limit::TenErrors,
+                 [&](Procedure& procedure) { procedure.step([&] { wrap = row >= 0; }); });
+}

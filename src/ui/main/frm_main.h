@@ -1,0 +1,82 @@
+// The main window: a tab with the trace grid and the full text of the current trace, a tab for the
+// filters, a menu and a status bar.
+//
+// The viewer's own thread.
+#pragma once
+
+#include "engine/ado/recordset.h"
+#include "src/db/frm_status.h"
+#include "src/ui/main/trace_source.h"
+#include "toolkit/forms/form.h"
+#include "toolkit/forms/menu.h"
+#include "toolkit/forms/status_bar.h"
+#include "toolkit/forms/tab_strip.h"
+#include "toolkit/forms/text_box.h"
+#include "toolkit/grid/grid.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+class frmMain : public forms::Form {
+public:
+    frmMain();
+    ~frmMain() override { destroy(); }
+
+    /// Asks for a trace database; empty if the user cancelled.
+    std::u16string selectDatabase();
+
+    /// Binds the grid to a trace recordset.
+    void reloadDBGrid(ado::Recordset& recordset);
+
+    /// Sorts by a column, and the other way round when it is clicked again.
+    void tdbgridData_HeadClick(int ColIndex);
+
+    /// Captions, wrapping and widths of the grid's columns.
+    void setupTraceGrid();
+
+    /// Ends the program. Set by start-up; tests put their own in its place.
+    std::function<void()> endProgram;
+
+    forms::TabStrip sstabMain{{L"Trace Data", L"Filters"}};
+    grid::Grid tdbgridData;
+    forms::TextBox txtTrace{{.multiLine = true, .readOnly = true, .verticalScroll = true}};
+    forms::StatusBar statusbarMain{{
+        {.key = L"keyPanel1", .width = forms::PanelWidth::spring},
+        {.key = L"keyPanel2", .twips = forms::Twips{720}},
+        {.key = L"", .width = forms::PanelWidth::content, .twips = forms::Twips{2400}},
+        {.key = L"keyPanel4", .twips = forms::Twips{720}},
+        {.key = L"keyPanel5",
+         .width = forms::PanelWidth::content,
+         .twips = forms::Twips{1080},
+         .kind = forms::PanelKind::clock},
+    }};
+    frmStatus status;
+
+    forms::MenuItem mnuFileMenu;
+    forms::MenuItem mnuOpenTraceDatabase;
+    forms::MenuItem pFileSeperator;
+    forms::MenuItem mnuExit;
+
+private:
+    void build() override;
+    void Form_Load() override;
+    void Form_Resize() override;
+    void Form_Unload(bool& cancel) override;
+
+    void localizeCaptions();
+    void centerDisplay();
+    void shutDown();
+
+    void mnuOpenTraceDatabase_Click();
+    void mnuExit_Click();
+    void sstabMain_Click(int previousTab);
+    void txtTrace_Click();
+    void tdbgridData_ColResize(int column, bool& cancel);
+    void tdbgridData_RowColChange();
+    void tdbgridData_FetchCellTips(std::int64_t row, bool& wrap);
+
+    ado::Recordset* recordset_ = nullptr;
+    std::unique_ptr<TraceSource> source_;
+    forms::Twips savedRowHeight_;
+};

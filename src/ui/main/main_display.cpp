@@ -1,0 +1,31 @@
+#include "src/ui/main/main_display.h"
+
+#include "src/platform/text.h"
+
+void MainDisplay::displayStatus(const std::u16string& text, bool showProgress) {
+    form_.status.displayStatus(text, showProgress, form_.isLoaded() ? &form_ : nullptr);
+}
+
+void MainDisplay::hideStatus() { form_.status.hideStatus(); }
+
+void MainDisplay::setNotice(const std::u16string& text) {
+    form_.load();
+    form_.statusbarMain.panel(1).setText(toWide(text));
+}
+
+void MainDisplay::setPosition(const std::u16string& text) {
+    form_.load();
+    form_.statusbarMain.panel(3).setText(toWide(text));
+}
+
+void MainDisplay::setMousePointer(MousePointer pointer) {
+    form_.setMousePointer(static_cast<forms::MousePointer>(pointer));
+}
+
+void MainDisplay::rowsArrived() { form_.tdbgridData.rowCountChanged(); }
+
+std::int64_t MainDisplay::gridRowCount() { return form_.tdbgridData.approxCount(); }
+
+void MainDisplay::sortByDate() {
+    form_.tdbgridData_HeadClick(form_.tdbgridData.columnIndex(L"Date"));
+}

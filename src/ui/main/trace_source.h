@@ -1,0 +1,25 @@
+// The trace recordset as the grid wants to see it. The viewer's own thread.
+#pragma once
+
+#include "engine/ado/recordset.h"
+#include "toolkit/grid/data_source.h"
+
+class TraceSource : public grid::DataSource {
+public:
+    /// `recordset` must outlive the source; it may be closed and opened again.
+    explicit TraceSource(ado::Recordset& recordset) : recordset_{recordset} {}
+
+    int columnCount() const override;
+    std::wstring fieldName(int column) const override;
+    grid::Alignment alignment(int column) const override;
+    std::int64_t rowCount() const override;
+    void cellText(std::int64_t row, int column, std::wstring& text) const override;
+    std::int64_t currentRow() const override;
+    void setCurrentRow(std::int64_t row) override;
+
+private:
+    bool isOpen() const;
+
+    ado::Recordset& recordset_;
+    mutable std::u16string cell_;  ///< kept so that painting a cell takes no new memory
+};
