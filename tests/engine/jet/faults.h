@@ -1,0 +1,67 @@
+// What the tests of this layer expect of failures.
+#pragma once
+
+#include "engine/jet/error.h"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <source_location>
+#include <string>
+#include <string_view>
+
+namespace jet {
+
+inline std::string_view nameOf(Fault fault) {
+    switch (fault) {
+        case Fault::FileNotFound:
+            return "FileNotFound";
+        case Fault::AccessDenied:
+            return "AccessDenied";
+        case Fault::InUse:
+            return "InUse";
+        case Fault::ReadFailed:
+            return "ReadFailed";
+        case Fault::NotADatabase:
+            return "NotADatabase";
+        case Fault::OlderFormat:
+            return "OlderFormat";
+        case Fault::NewerFormat:
+            return "NewerFormat";
+        case Fault::Encrypted:
+            return "Encrypted";
+        case Fault::PasswordProtected:
+            return "PasswordProtected";
+        case Fault::Truncated:
+            return "Truncated";
+        case Fault::Damaged:
+            return "Damaged";
+        case Fault::NoSuchTable:
+            return "NoSuchTable";
+        default:
+            return "another fault";
+    }
+}
+
+inline void PrintTo(Fault fault, std::ostream* out) { *out << nameOf(fault); }
+
+/// Expects that `action` throws an Error of that kind, and returns its message.
+template <typename Action>
+std::string expectFault(Fault expected, Action action,
+                        std::source_location where = std::source_location::current()) {
+    const auto line = static_cast<int>(where.line());
+    try {
+        action();
+    } catch (const Error& error) {
+        if (error.fault() != expected) {
+            ADD_FAILURE_AT(where.file_name(), line)
+                << "expected " << nameOf(expected) << ", got " << nameOf(error.fault()) << ": "
+                << error.what();
+        }
+        return error.what();
+    }
+    ADD_FAILURE_AT(where.file_name(), line) << "expected " << nameOf(expected) << ", got nothing";
+    return {};
+}
+
+}  // namespace jet

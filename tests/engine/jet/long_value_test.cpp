@@ -1,0 +1,206 @@
+#include "tests/engine/jet/faults.h"
+#include "tests/engine/jet/memory_pages.h"
+#include "tests/support/long_values.h"
+
+#include <gmock/gmock.h>
+
+#include <numeric>
+
+namespace jet {
+namespace {
+
+using fixture::ByteVector;
+using fixture::DataPageImage;
+using fixture::kLongValueOwner;
+using fixture::LongForm;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+constexpr PageNumber kPage{1};
+
+ByteVector content(std::size_t length) {
+    ByteVector bytes(length);
+    for (std::size_t i = 0; i < length; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 256);
+    return bytes;
+}
+
+/// What readLongValue finds in a file; its own copy.
+ByteVector read(const ByteVector& file, const ByteVector& header) {
+    MemoryPages pages{file};
+    PageReader reader = pages.reader();
+    Binary scratch;
+    const Bytes value = readLongValue(reader, header, kPage, scratch);
+    return {value.begin(), value.end()};
+}
+
+ByteVector header(std::uint32_t word, RowId row = {}, std::uint32_t stamp = 0) {
+    ByteVector bytes;
+    fixture::append(bytes, word);
+    fixture::append(bytes, row.packed());
+    fixture::append(bytes, stamp);
+    return bytes;
+}
+
+class StoredLongValue : public testing::TestWithParam<std::tuple<LongForm, std::size_t>> {};
+
+TEST_P(StoredLongValue, ComesBack) {
+    const auto [form, length] = GetParam();
+    fixture::PageFile file;
+    file.allocate();
+    fixture::LongValueWriter writer{file};
+    ByteVector before;
+    ByteVector field;
+    ByteVector behind;
+    writer.store(content(100), LongForm::Single, before);
+    writer.store(content(length), form, field);
+    writer.store(content(200), LongForm::Single, behind);
+    writer.finish();
+    EXPECT_EQ(read(file.bytes(), field), content(length));
+    EXPECT_EQ(read(file.bytes(), before), content(100));
+    EXPECT_EQ(read(file.bytes(), behind), content(200));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Forms, StoredLongValue,
+    testing::Values(std::tuple(LongForm::Inline, 0), std::tuple(LongForm::Inline, 1),
+                    std::tuple(LongForm::Inline, 64), std::tuple(LongForm::Inline, 1000),
+                    std::tuple(LongForm::Single, 1), std::tuple(LongForm::Single, 65),
+                    std::tuple(LongForm::Single, 4076), std::tuple(LongForm::Chain, 1),
+                    std::tuple(LongForm::Chain, 404), std::tuple(LongForm::Chain, 4072),
+                    std::tuple(LongForm::Chain, 4073), std::tuple(LongForm::Chain, 8144),
+                    std::tuple(LongForm::Chain, 70000), std::tuple(LongForm::Natural, 140000)));
+
+TEST(LongValue, AFieldWithoutHeaderIsEmpty) {
+    EXPECT_THAT(read(numberedPages(2), {}), IsEmpty());
+    EXPECT_THAT(read(numberedPages(2), header(0x80000000)), IsEmpty());
+    EXPECT_THAT(read(numberedPages(2), header(0x40000000)), IsEmpty());
+    EXPECT_THAT(read(numberedPages(2), header(0)), IsEmpty());
+}
+
+TEST(LongValue, TheHeaderItselfIsDamaged) {
+    for (std::size_t length = 1; length < 12; ++length) {
+        expectFault(Fault::Damaged, [=] { read(numberedPages(2), ByteVector(length)); });
+    }
+    expectFault(Fault::Damaged, [] { read(numberedPages(2), header(0x80000001)); });
+    expectFault(Fault::Damaged, [] { read(numberedPages(2), header(0xBFFFFFFF)); });
+}
+
+/// One page of long values at page 2, and a file around it.
+ByteVector fileWith(const DataPageImage& image) {
+    fixture::PageFile file;
+    for (int i = 0; i < 6; ++i) file.allocate();
+    file.write(PageNumber{2}, image.image());
+    return file.bytes();
+}
+
+constexpr RowId kFirst{PageNumber{2}, 0};
+
+/// A row of a chain.
+ByteVector piece(RowId next, std::size_t length) {
+    ByteVector row;
+    fixture::append(row, next.packed());
+    fixture::appendBytes(row, content(length));
+    return row;
+}
+
+TEST(LongValue, ASingleRowMustHoldTheLength) {
+    DataPageImage image{kLongValueOwner};
+    image.append(content(10), 0);
+    const ByteVector file = fileWith(image);
+    EXPECT_EQ(read(file, header(0x40000000 | 10, kFirst)), content(10));
+    EXPECT_EQ(read(file, header(0x40000000 | 4, kFirst)), content(4));
+    expectFault(Fault::Damaged, [&] { read(file, header(0x40000000 | 11, kFirst)); });
+    expectFault(Fault::Damaged, [&] { read(file, header(0x7FFFFFFF, kFirst)); });
+}
+
+TEST(LongValue, RowsThatAreNone) {
+    DataPageImage image{kLongValueOwner};
+    image.append(content(10), fixture::kSlotDeleted);
+    image.append(content(10), fixture::kSlotPointer);
+    for (const std::uint32_t kind : {0x40000000u, 0u}) {
+        const auto missing = [&](const ByteVector& file, RowId row) {
+            expectFault(Fault::Damaged, [&] { read(file, header(kind | 5, row)); });
+        };
+        missing(fileWith(image), kFirst);
+        missing(fileWith(image), {PageNumber{2}, 1});
+        missing(fileWith(image), {PageNumber{2}, 2});
+        missing(fileWith(image), {PageNumber{3}, 0});
+        missing(fileWith(image), {PageNumber{6}, 0});
+        missing(fileWith(image), {PageNumber{0xFFFFFF}, 255});
+        missing(fileWith(image), RowId{});
+        DataPageImage ofATable{42};
+        ofATable.append(content(10), 0);
+        missing(fileWith(ofATable), kFirst);
+    }
+}
+
+// All four bytes of the owner count: a table may stand on page 0x4C.
+TEST(LongValue, APageOfATableWhoseNumberBeginsLikeTheMark) {
+    DataPageImage image{0x4C};
+    image.append(content(10), 0);
+    expectFault(Fault::Damaged, [&] { read(fileWith(image), header(0x40000000 | 5, kFirst)); });
+}
+
+TEST(LongValue, AChainThatEndsEarly) {
+    DataPageImage image{kLongValueOwner};
+    image.append(piece({PageNumber{2}, 1}, 10), 0);
+    image.append(piece({}, 10), 0);
+    const ByteVector file = fileWith(image);
+    EXPECT_EQ(read(file, header(20, kFirst)).size(), 20u);
+    EXPECT_EQ(read(file, header(15, kFirst)).size(), 15u);
+    expectFault(Fault::Damaged, [&] { read(file, header(21, kFirst)); });
+    expectFault(Fault::Damaged, [&] { read(file, header(0x3FFFFFFF, kFirst)); });
+}
+
+TEST(LongValue, PiecesWithoutContent) {
+    for (std::size_t length = 0; length <= 4; ++length) {
+        DataPageImage image{kLongValueOwner};
+        image.append(ByteVector(length), 0);
+        expectFault(Fault::Damaged, [&] { read(fileWith(image), header(1, kFirst)); });
+    }
+}
+
+// A ring gave the same piece again and again until the length was reached.
+TEST(LongValue, AChainThatRunsInARing) {
+    DataPageImage image{kLongValueOwner};
+    image.append(piece(kFirst, 100), 0);
+    const ByteVector ofOne = fileWith(image);
+    EXPECT_EQ(read(ofOne, header(100, kFirst)), content(100));
+    expectFault(Fault::Damaged, [&] { read(ofOne, header(150, kFirst)); });
+    expectFault(Fault::Damaged, [&] { read(ofOne, header(0x3FFFFFFF, kFirst)); });
+
+    DataPageImage three{kLongValueOwner};
+    for (unsigned i = 0; i < 3; ++i) three.append(piece({PageNumber{2}, (i + 1) % 3}, 100), 0);
+    expectFault(Fault::Damaged, [&] { read(fileWith(three), header(301, kFirst)); });
+}
+
+// Rows may overlap on a damaged page, so even a chain without a ring can promise more than there is.
+TEST(LongValue, NeverMoreThanTheFileHolds) {
+    DataPageImage image{kLongValueOwner};
+    for (unsigned i = 0; i < 20; ++i) image.append(piece({PageNumber{2}, i + 1}, 100), 0);
+    ByteVector file = fileWith(image);
+    for (std::size_t slot = 1; slot < 20; slot += 2) {
+        fixture::put(std::span{file}, 2 * kPageSize + 14 + 2 * slot, std::uint16_t{4096});
+    }
+    expectFault(Fault::Damaged, [&] { read(file, header(0x3FFFFFFF, kFirst)); });
+}
+
+TEST(LongValue, ThePieceIsNotCopiedWhenThereIsOneOnly) {
+    DataPageImage image{kLongValueOwner};
+    image.append(content(10), 0);
+    MemoryPages pages{fileWith(image)};
+    PageReader reader = pages.reader();
+    Binary scratch;
+    const Bytes value = readLongValue(reader, header(0x40000000 | 10, kFirst), kPage, scratch);
+    EXPECT_THAT(value, ElementsAreArray(content(10)));
+    EXPECT_THAT(scratch, IsEmpty());
+    const ByteVector inlined = [] {
+        ByteVector bytes = header(0x80000003);
+        fixture::appendBytes(bytes, content(3));
+        return bytes;
+    }();
+    EXPECT_EQ(readLongValue(reader, inlined, kPage, scratch).data(), inlined.data() + 12);
+}
+
+}  // namespace
+}  // namespace jet

@@ -1,0 +1,109 @@
+#include "tests/layers/include_rules.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace layers {
+namespace {
+
+struct Rule {
+    std::string_view folder;
+    std::vector<std::string_view> mayInclude;
+    bool portable;  ///< no <windows.h> outside files named *_windows.cpp
+};
+
+/// The first rule whose folder holds a file is the file's; inner folders stand before outer ones.
+const std::vector<Rule>& rules() {
+    static const std::vector<Rule> table{
+        {"engine/jet/", {"engine/jet/"}, true},
+        {"engine/sql/", {"engine/sql/", "engine/jet/"}, true},
+        {"engine/ado/", {"engine/ado/", "engine/sql/", "engine/jet/"}, true},
+        {"toolkit/grid/model/", {"toolkit/grid/model/"}, true},
+        {"toolkit/grid/", {"toolkit/grid/", "toolkit/forms/"}, false},
+        {"toolkit/forms/", {"toolkit/forms/"}, false},
+        {"src/", {"src/", "engine/ado/", "toolkit/", "resources/"}, false},
+        {"tools/", {"tools/", "engine/"}, false},
+    };
+    return table;
+}
+
+const Rule* ruleOf(std::string_view path) {
+    const auto found = std::find_if(rules().begin(), rules().end(), [path](const Rule& rule) {
+        return path.starts_with(rule.folder);
+    });
+    return found == rules().end() ? nullptr : &*found;
+}
+
+std::string_view withoutLeadingBlanks(std::string_view line) {
+    const auto start = line.find_first_not_of(" \t");
+    return start == std::string_view::npos ? std::string_view{} : line.substr(start);
+}
+
+/// What stands after #include, delimiters and all; empty on any other line.
+std::string_view includedName(std::string_view line) {
+    line = withoutLeadingBlanks(line);
+    if (!line.starts_with('#')) return {};
+    line = withoutLeadingBlanks(line.substr(1));
+    constexpr std::string_view kInclude = "include";
+    if (!line.starts_with(kInclude)) return {};
+    line = withoutLeadingBlanks(line.substr(kInclude.size()));
+    if (line.empty()) return {};
+    const char closing = line.front() == '<' ? '>' : '"';
+    return line.substr(0, line.find(closing, 1) + 1);
+}
+
+std::string lowerCase(std::string_view text) {
+    std::string lower{text};
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](char letter) {
+        return static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+    });
+    return lower;
+}
+
+bool isWindowsHeader(std::string_view name) {
+    static const std::vector<std::string_view> headers{
+        "windows.h", "windef.h",   "winbase.h",  "winuser.h", "wingdi.h",
+        "winnt.h",   "winsock2.h", "commctrl.h", "oleauto.h", "shlobj.h"};
+    const std::string bare = lowerCase(name.substr(1, name.size() - 2));
+    return std::find(headers.begin(), headers.end(), bare) != headers.end();
+}
+
+bool isAllowed(const Rule& rule, std::string_view name) {
+    const std::string_view bare = name.substr(1, name.size() - 2);
+    return bare.find("..") == std::string_view::npos &&
+           std::any_of(rule.mayInclude.begin(), rule.mayInclude.end(),
+                       [bare](std::string_view folder) { return bare.starts_with(folder); });
+}
+
+/// Empty if the file may include `name`, else the reason why not.
+std::string objection(const Rule& rule, std::string_view path, std::string_view name) {
+    if (name.front() == '"' && !isAllowed(rule, name)) {
+        return "is not among the layers that " + std::string{rule.folder} + " may use";
+    }
+    if (rule.portable && isWindowsHeader(name) && !path.ends_with("_windows.cpp")) {
+        return "belongs to files named *_windows.cpp here";
+    }
+    return {};
+}
+
+}  // namespace
+
+std::vector<std::string> crossings(std::string_view path, std::string_view text) {
+    const Rule* rule = ruleOf(path);
+    if (rule == nullptr) return {std::string{path} + ": no layer is known for this folder"};
+
+    std::vector<std::string> found;
+    for (std::size_t line = 1; !text.empty(); ++line) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        const std::string_view name = includedName(text.substr(0, end));
+        const std::string reason = name.size() < 3 ? "" : objection(*rule, path, name);
+        if (!reason.empty()) {
+            found.push_back(std::string{path} + ":" + std::to_string(line) + ": " +
+                            std::string{name} + " " + reason);
+        }
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return found;
+}
+
+}  // namespace layers

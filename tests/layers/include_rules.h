@@ -1,0 +1,18 @@
+// Which folder may include what: the layers of the program as the sources show them.
+//
+//   for (const std::string& crossing : crossings("engine/jet/x.cpp", text)) report(crossing);
+//
+// Any thread may call.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace layers {
+
+/// One sentence for each #include of the file that its layer does not allow. `path` is relative to
+/// the root of the sources, with slashes.
+std::vector<std::string> crossings(std::string_view path, std::string_view text);
+
+}  // namespace layers

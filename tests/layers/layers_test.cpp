@@ -1,0 +1,126 @@
+// The layers of the program: what each folder may include, checked on the sources as they are.
+#include "tests/layers/include_rules.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace layers {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+std::string contentOf(const fs::path& file) {
+    std::ifstream stream{file, std::ios::binary};
+    return {std::istreambuf_iterator<char>{stream}, {}};
+}
+
+bool isSource(const fs::path& file) {
+    return file.extension() == ".h" || file.extension() == ".cpp" || file.extension() == ".inc";
+}
+
+std::vector<fs::path> sourcesUnder(const fs::path& folder) {
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::recursive_directory_iterator{folder}) {
+        if (entry.is_regular_file() && isSource(entry.path())) files.push_back(entry.path());
+    }
+    return files;
+}
+
+class Folder : public testing::TestWithParam<const char*> {};
+
+TEST_P(Folder, IncludesOnlyWhatItsLayersMayUse) {
+    const fs::path root{VORELLE_SOURCE_DIR};
+    for (const fs::path& file : sourcesUnder(root / GetParam())) {
+        const std::string path = file.lexically_relative(root).generic_string();
+        for (const std::string& crossing : crossings(path, contentOf(file))) {
+            ADD_FAILURE() << crossing;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Layers, Folder, testing::Values("engine", "toolkit", "src", "tools"),
+                         [](const auto& folder) { return std::string{folder.param}; });
+
+TEST(SourcesUnder, FindsTheFilesThatAreChecked) {
+    const auto files = sourcesUnder(fs::path{VORELLE_SOURCE_DIR} / "engine");
+    EXPECT_THAT(files, testing::Contains(fs::path{VORELLE_SOURCE_DIR} / "engine/jet/types.h"));
+}
+
+TEST(Crossings, NamesFileLineAndHeader) {
+    const char* text =
+        "#include \"engine/jet/x.h\"\n"
+        "\n"
+        "#include \"engine/sql/query.h\"\n";
+    EXPECT_THAT(crossings("engine/jet/x.cpp", text),
+                ElementsAre(HasSubstr("engine/jet/x.cpp:3: \"engine/sql/query.h\"")));
+}
+
+struct Example {
+    const char* path;
+    const char* include;
+};
+
+class Wrong : public testing::TestWithParam<Example> {};
+
+TEST_P(Wrong, IsReported) {
+    EXPECT_EQ(crossings(GetParam().path, GetParam().include).size(), 1U) << GetParam().include;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Crossings, Wrong,
+    testing::Values(Example{"engine/jet/a.cpp", "#include \"engine/ado/recordset.h\""},
+                    Example{"engine/sql/a.cpp", "#include \"engine/ado/recordset.h\""},
+                    Example{"engine/ado/a.cpp", "#include \"toolkit/forms/form.h\""},
+                    Example{"engine/ado/a.cpp", "#include \"src/db/modDatabase.h\""},
+                    Example{"toolkit/forms/a.h", "#include \"toolkit/grid/grid.h\""},
+                    Example{"toolkit/grid/model/a.h", "#include \"toolkit/forms/form.h\""},
+                    Example{"toolkit/grid/model/a.h", "#include \"toolkit/grid/grid.h\""},
+                    Example{"toolkit/grid/a.cpp", "#include \"engine/ado/recordset.h\""},
+                    Example{"src/db/a.cpp", "#include \"engine/sql/query.h\""},
+                    Example{"src/db/a.cpp", "#include \"engine/jet/types.h\""},
+                    Example{"tools/a.cpp", "#include \"toolkit/forms/form.h\""},
+                    Example{"src/a.cpp", "#include \"tests/support/page_file.h\""},
+                    // The layer must show in the name.
+                    Example{"engine/jet/a.cpp", "#include \"types.h\""},
+                    Example{"engine/jet/a.cpp", "#include \"engine/jet/../sql/query.h\""},
+                    // Other ways to write it.
+                    Example{"engine/jet/a.cpp", "  #  include\t\"engine/sql/query.h\"  // why"},
+                    Example{"engine/jet/a.cpp", "#include \"engine/sql/query.h\"\r\n"},
+                    // Windows in portable folders.
+                    Example{"engine/jet/a.cpp", "#include <windows.h>"},
+                    Example{"engine/jet/storage_windows.h", "#include <windows.h>"},
+                    Example{"engine/ado/a.cpp", "#include <Windows.h>"},
+                    Example{"toolkit/grid/model/a.cpp", "#include <commctrl.h>"},
+                    // A folder without a layer.
+                    Example{"engine/new/a.cpp", ""}));
+
+class Right : public testing::TestWithParam<Example> {};
+
+TEST_P(Right, IsNotReported) {
+    EXPECT_THAT(crossings(GetParam().path, GetParam().include), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Crossings, Right,
+    testing::Values(Example{"engine/jet/a.cpp", "#include \"engine/jet/types.h\"\n#include <map>"},
+                    Example{"engine/sql/a.cpp", "#include \"engine/jet/types.h\""},
+                    Example{"engine/ado/a.cpp", "#include \"engine/jet/types.h\""},
+                    Example{"engine/jet/storage_windows.cpp", "#include <windows.h>"},
+                    Example{"toolkit/grid/a.cpp", "#include \"toolkit/grid/model/rows.h\""},
+                    Example{"toolkit/grid/a.cpp", "#include \"toolkit/forms/form.h\""},
+                    Example{"toolkit/forms/a.cpp", "#include <windows.h>"},
+                    Example{"src/db/a.cpp", "#include \"engine/ado/recordset.h\""},
+                    Example{"src/ui/main/a.cpp", "#include \"toolkit/grid/grid.h\""},
+                    Example{"tools/a.cpp", "#include \"engine/jet/database.h\""},
+                    Example{"engine/jet/a.cpp", "// #include \"engine/sql/query.h\""},
+                    Example{"engine/jet/a.cpp", "#define include"}));
+
+}  // namespace
+}  // namespace layers

@@ -1,0 +1,256 @@
+// Opening databases as the program does, with a hand pump in place of the window's messages.
+#include "src/db/mod_database.h"
+#include "src/log/procedure.h"
+#include "src/platform/text.h"
+#include "tests/src/db/recording_display.h"
+#include "tests/support/expected.h"
+#include "tests/support/trace_database.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+
+namespace {
+
+constexpr std::chrono::seconds kPatience{60};
+constexpr std::u16string_view kLoadingNotice =
+    u"Loading diagnostic, data is not sorted by date until completely loaded.";
+
+class LoadingTest : public testing::Test {
+protected:
+    void SetUp() override {
+        setFailureReporter([this](std::u16string_view label, const std::u16string& message) {
+            reports_.push_back(std::u16string{label} + u": " + message);
+        });
+        modDatabase::setDisplay(display_);
+        diags() = std::make_unique<classDiags>(pump_, display_);
+    }
+
+    void TearDown() override {
+        diags().reset();
+        setFailureReporter({});
+    }
+
+    std::filesystem::path makeFile(const char* name, std::uint32_t rows,
+                                   fixture::TraceFormat format = fixture::TraceFormat::Newer) {
+        const std::filesystem::path path = folder_.path() / name;
+        fixture::writeTraceDatabase(path, {.rows = rows}, format);
+        return path;
+    }
+
+    void open(const std::filesystem::path& path) {
+        modDatabase::connectToDB(path.u16string());
+        modDatabase::openRecordsets();
+    }
+
+    bool loadToEnd() {
+        return pump_->runUntil([this] { return display_.count(u"sorted") != 0; }, kPatience);
+    }
+
+    bool reported(std::u16string_view text) const {
+        return std::any_of(reports_.begin(), reports_.end(), [&](const std::u16string& report) {
+            return report.find(text) != std::u16string::npos;
+        });
+    }
+
+    ado::Recordset& rows() { return diags()->rsDiags(); }
+
+    std::shared_ptr<ado::HandPump> pump_ = std::make_shared<ado::HandPump>();
+    RecordingDisplay display_;
+    std::vector<std::u16string> reports_;
+    fixture::TemporaryFolder folder_;
+};
+
+TEST_F(LoadingTest, FirstRowsAreThereWhenTheOpenReturns) {
+    open(makeFile("a.mdb", 5000));
+    EXPECT_GE(rows().recordCount(), 100);
+    EXPECT_EQ(display_.notice, kLoadingNotice);
+    EXPECT_EQ(rows().absolutePosition(), 1);
+    EXPECT_TRUE(reports_.empty());
+}
+
+TEST_F(LoadingTest, StatusWindowIsHiddenAsSoonAsTheFetchHasStarted) {
+    open(makeFile("a.mdb", 5000));
+    const std::vector<std::u16string> expected{
+        u"status Loading diagnostic data.  Please wait...",
+        u"notice " + std::u16string{kLoadingNotice},
+        u"status hidden",
+    };
+    EXPECT_EQ(display_.lines, expected);
+}
+
+TEST_F(LoadingTest, CompletionSortsByDateAndClearsTheNotice) {
+    open(makeFile("a.mdb", 2500));
+    ASSERT_TRUE(loadToEnd());
+    EXPECT_EQ(rows().recordCount(), 2500);
+    EXPECT_EQ(rows().sort(), u"Date ASC");
+    EXPECT_EQ(display_.notice, u"");
+    EXPECT_EQ(display_.position, u"  Line 1 of 2500  ");
+    EXPECT_EQ(display_.pointer, MousePointer::Default);
+    // The last steps in their order.
+    const std::size_t n = display_.lines.size();
+    ASSERT_GE(n, 5u);
+    EXPECT_EQ(display_.lines[n - 5], u"position   Line 1 of 2500  ");
+    EXPECT_EQ(display_.lines[n - 4], u"notice ");
+    EXPECT_EQ(display_.lines[n - 3], u"pointer hourglass");
+    EXPECT_EQ(display_.lines[n - 2], u"sorted");
+    EXPECT_EQ(display_.lines[n - 1], u"pointer default");
+}
+
+TEST_F(LoadingTest, RowsAreInDateOrderAfterwards) {
+    open(makeFile("a.mdb", 2500));
+    ASSERT_TRUE(loadToEnd());
+    double before = -1e9;
+    for (std::uint32_t row = 0; row < rows().rowCount(); ++row) {
+        const double days = std::get<jet::Date>(rows().valueAt(row, 0)).days;
+        ASSERT_LE(before, days) << row;
+        before = days;
+    }
+}
+
+TEST_F(LoadingTest, AFewRowsAreCountedAtCompletion) {
+    open(makeFile("a.mdb", 7));
+    ASSERT_TRUE(loadToEnd());
+    EXPECT_EQ(display_.position, u"  Line 1 of 7  ");
+    EXPECT_LE(display_.count(u"position"), 2u);
+}
+
+TEST_F(LoadingTest, ProgressShowsTheBusyPointerAndTellsTheGrid) {
+    open(makeFile("a.mdb", 60000));
+    ASSERT_TRUE(loadToEnd());
+    EXPECT_GE(display_.count(u"pointer arrow and hourglass"), 1u);
+    EXPECT_GE(display_.arrivals, 2);
+    // At most one rewrite in a thousand rows, and the one at the end.
+    EXPECT_LE(display_.count(u"position"), 61u);
+}
+
+TEST_F(LoadingTest, EmptyTableLoadsWithoutRows) {
+    open(makeFile("a.mdb", 0, fixture::TraceFormat::Older));
+    ASSERT_TRUE(loadToEnd());
+    EXPECT_EQ(rows().recordCount(), 0);
+    EXPECT_EQ(display_.notice, u"");
+    EXPECT_TRUE(display_.position.ends_with(u" of 0  ")) << display_.position.size();
+}
+
+TEST_F(LoadingTest, FileWithoutPortAndCallIdLoadsWithSevenColumns) {
+    open(makeFile("oldest.mdb", 300, fixture::TraceFormat::Oldest));
+    ASSERT_TRUE(loadToEnd());
+    EXPECT_EQ(rows().recordCount(), 300);
+    ASSERT_EQ(rows().fields().count(), 7u);
+    EXPECT_EQ(rows().fields()[6].name(), u"Trace");
+    EXPECT_FALSE(reported(u"openDiagRecordset"));
+}
+
+TEST_F(LoadingTest, UniqueTracesAreReadInOrderAndTicked) {
+    open(makeFile("a.mdb", 2000));
+    const UniqueTraces& traces = modDatabase::uniqueTraces();
+    ASSERT_GT(traces.size(), 10u);
+    for (const UniqueTrace& trace : traces) {
+        EXPECT_TRUE(trace.selected);
+        const std::u16string key = std::get<std::u16string>(trace.component) + u"_" +
+                                   std::get<std::u16string>(trace.process) + u"_" +
+                                   toText(std::get<std::int16_t>(trace.traceLevel)) + u"_" +
+                                   std::get<std::u16string>(trace.source);
+        EXPECT_EQ(std::get<std::u16string>(trace.qrxIndex), key);
+    }
+    for (std::size_t i = 1; i < traces.size(); ++i) {
+        if (traces[i - 1].component != traces[i].component) continue;
+        EXPECT_LE(std::get<std::int16_t>(traces[i - 1].traceLevel),
+                  std::get<std::int16_t>(traces[i].traceLevel));
+    }
+}
+
+TEST_F(LoadingTest, ASecondFileTakesThePlaceOfTheFirst) {
+    open(makeFile("a.mdb", 20000));
+    open(makeFile("b.mdb", 300));
+    ASSERT_TRUE(loadToEnd());
+    EXPECT_EQ(rows().recordCount(), 300);
+    EXPECT_EQ(display_.count(u"sorted"), 1u) << "an event of the first file's fetch arrived";
+    EXPECT_TRUE(reports_.empty());
+}
+
+TEST_F(LoadingTest, AFilterClauseReopensTheTraces) {
+    open(makeFile("a.mdb", 3000));
+    ASSERT_TRUE(loadToEnd());
+    const auto key = std::get<std::u16string>(modDatabase::uniqueTraces().front().qrxIndex);
+    display_.lines.clear();
+    modDatabase::openDiagRecordset(u"WHERE  ( qrxIndex = '" + key + u"' ) ");
+    ASSERT_TRUE(loadToEnd());
+    EXPECT_GT(rows().recordCount(), 0);
+    EXPECT_LT(rows().recordCount(), 3000);
+
+    display_.lines.clear();
+    modDatabase::openDiagRecordset(u"WHERE -1 = 1");
+    ASSERT_TRUE(loadToEnd());
+    EXPECT_EQ(rows().recordCount(), 0);
+
+    display_.lines.clear();
+    modDatabase::openDiagRecordset(u"WHERE -1");
+    ASSERT_TRUE(loadToEnd());
+    EXPECT_EQ(rows().recordCount(), 3000);
+}
+
+TEST_F(LoadingTest, AClauseThatIsNoSqlIsReportedAndLeavesNoNotice) {
+    open(makeFile("a.mdb", 300));
+    ASSERT_TRUE(loadToEnd());
+    modDatabase::openDiagRecordset(u"WHERE  ( qrxIndex = 'it's' ) ");
+    EXPECT_TRUE(reported(u"[modDatabase]openDiagRecordset: Err.Number = -2147217900"));
+    EXPECT_EQ(rows().state(), ado::adStateClosed);
+    EXPECT_EQ(display_.notice, u"");
+}
+
+TEST_F(LoadingTest, AnEmptyTableOfUniqueTracesIsASubscriptError) {
+    open(makeFile("a.mdb", 0));
+    EXPECT_TRUE(modDatabase::uniqueTraces().empty());
+    EXPECT_TRUE(reported(u"[modDatabase]createUniqueTracesArray: Err.Number = 9"));
+}
+
+TEST_F(LoadingTest, FilesThatAreNoDatabaseDoNoHarm) {
+    const std::vector<std::uint8_t> text(5000, 'x');
+    std::vector<std::filesystem::path> files{
+        folder_.write("empty.mdb", {}),
+        folder_.write("text.mdb", text),
+        folder_.path() / "missing.mdb",
+        folder_.path(),
+    };
+    auto whole = fixture::traceDatabase({.rows = 300});
+    whole.resize(whole.size() / 2);
+    files.push_back(folder_.write("half.mdb", whole));
+    for (const std::filesystem::path& file : files) {
+        reports_.clear();
+        display_.lines.clear();
+        open(file);
+        EXPECT_TRUE(reported(u"[modDatabase]connectToDB: Err.Number = -2147467259")) << file;
+        EXPECT_EQ(rows().state(), ado::adStateClosed) << file;
+        EXPECT_TRUE(modDatabase::uniqueTraces().empty()) << file;
+        EXPECT_EQ(display_.notice, u"") << file;
+        EXPECT_EQ(display_.lines.back(), u"status hidden") << file;
+    }
+    // The program is as usable as before.
+    reports_.clear();
+    open(makeFile("good.mdb", 300));
+    ASSERT_TRUE(loadToEnd());
+    EXPECT_EQ(rows().recordCount(), 300);
+}
+
+TEST_F(LoadingTest, SampleFilesLoadWhole) {
+    const auto folder = fixture::testDataFolder();
+    if (!folder) GTEST_SKIP() << fixture::kNoTestData;
+    int files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator{*folder}) {
+        if (entry.path().extension() != ".mdb") continue;
+        display_.lines.clear();
+        open(entry.path());
+        ASSERT_TRUE(loadToEnd()) << entry.path();
+        auto dump = entry.path();
+        dump.replace_extension(".traces.tsv");
+        EXPECT_EQ(static_cast<std::size_t>(rows().recordCount()),
+                  fixture::readPlainTable(dump).rows.size())
+            << entry.path();
+        ++files;
+    }
+    EXPECT_GT(files, 10);
+}
+
+}  // namespace

@@ -1,0 +1,152 @@
+#include "toolkit/forms/application.h"
+
+#include "tests/toolkit/forms/forms_fixture.h"
+
+#include <atomic>
+#include <stdexcept>
+#include <thread>
+
+using namespace forms_test;
+
+namespace {
+
+class ApplicationTest : public FormsTest {};
+
+TEST_F(ApplicationTest, PostedFunctionsRunInTheOrderOfThePosting) {
+    std::vector<int> order;
+    for (int i = 0; i < 100; ++i) {
+        forms::post([&order, i] { order.push_back(i); });
+    }
+    EXPECT_TRUE(order.empty());
+    forms::doEvents();
+    ASSERT_EQ(order.size(), 100u);
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
+}
+
+TEST_F(ApplicationTest, AllThatWaitsCostsOneMessage) {
+    for (int i = 0; i < 1000; ++i) forms::post([] {});
+    int messages = 0;
+    MSG message{};
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        ++messages;
+        DispatchMessageW(&message);
+    }
+    EXPECT_EQ(messages, 1);
+}
+
+TEST_F(ApplicationTest, AnotherThreadsFunctionsRunHere) {
+    constexpr int kCount = 10000;
+    const auto here = std::this_thread::get_id();
+    std::vector<int> order;
+    bool elsewhere = false;
+    std::thread worker([&] {
+        for (int i = 0; i < kCount; ++i) {
+            forms::post([&, i] {
+                elsewhere = elsewhere || std::this_thread::get_id() != here;
+                order.push_back(i);
+            });
+        }
+    });
+    EXPECT_TRUE(waitUntil([&] { return order.size() == kCount; }));
+    worker.join();
+    EXPECT_FALSE(elsewhere);
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST_F(ApplicationTest, TheOrderHoldsWhenAPostedFunctionLetsEventsRun) {
+    std::vector<int> order;
+    forms::post([&] {
+        order.push_back(1);
+        forms::doEvents();
+        order.push_back(4);
+    });
+    forms::post([&] { order.push_back(2); });
+    forms::post([&] { order.push_back(3); });
+    forms::doEvents();
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4}));
+}
+
+TEST_F(ApplicationTest, APostedFunctionThatFailsDoesNotHoldUpTheNext) {
+    bool ran = false;
+    forms::post([] { throw std::runtime_error("posted"); });
+    forms::post([&] { ran = true; });
+    forms::doEvents();
+    EXPECT_TRUE(ran);
+    EXPECT_EQ(errors, std::vector<std::string>{"posted"});
+}
+
+TEST_F(ApplicationTest, EventsThatKeepComingDoNotHoldDoEvents) {
+    std::atomic<bool> stop{false};
+    int count = 0;
+    std::function<void()> again = [&] {
+        ++count;
+        if (!stop) forms::post(again);
+    };
+    forms::post(again);
+    forms::doEvents();
+    EXPECT_GE(count, 1);
+    stop = true;
+    forms::doEvents();
+}
+
+TEST(ApplicationLifeTest, WhatIsPostedBeforeRunsWhenThereIsAnApplication) {
+    bool ran = false;
+    forms::post([&] { ran = true; });
+    forms::Application application;
+    EXPECT_TRUE(waitUntil([&] { return ran; }));
+}
+
+TEST(ApplicationLifeTest, WhatIsLeftAtTheEndIsDropped) {
+    bool ran = false;
+    {
+        forms::Application application;
+        forms::post([&] { ran = true; });
+    }
+    forms::Application application;
+    forms::doEvents();
+    EXPECT_FALSE(ran);
+}
+
+TEST_F(ApplicationTest, RunEndsWithTheLastForm) {
+    PlainForm form;
+    form.show();
+    forms::post([&] { form.unload(); });
+    EXPECT_EQ(forms::run(), 0);
+}
+
+TEST_F(ApplicationTest, RunReturnsTheExitCode) {
+    PlainForm form;
+    form.show();
+    forms::post([] { forms::quit(3); });
+    EXPECT_EQ(forms::run(), 3);
+}
+
+TEST_F(ApplicationTest, QuitEndsAModalFormAndThenRun) {
+    PlainForm main;
+    PlainForm modal;
+    main.show();
+    forms::post([&] {
+        forms::post([] { forms::quit(4); });
+        modal.showModal(&main);
+    });
+    EXPECT_EQ(forms::run(), 4);
+    EXPECT_TRUE(IsWindowEnabled(main.hwnd()));
+}
+
+TEST_F(ApplicationTest, DoEventsLeavesTheEndOfTheProgramToRun) {
+    PlainForm form;
+    form.show();
+    forms::quit(5);
+    forms::doEvents();
+    EXPECT_EQ(forms::run(), 5);
+}
+
+TEST_F(ApplicationTest, DoEventsPaints) {
+    PlainForm form;
+    form.show();
+    InvalidateRect(form.hwnd(), nullptr, TRUE);
+    forms::doEvents();
+    EXPECT_FALSE(GetUpdateRect(form.hwnd(), nullptr, FALSE));
+}
+
+}  // namespace

@@ -1,0 +1,126 @@
+// The program jetsql, started as a person would start it.
+#include "tests/support/expected.h"
+#include "tests/support/external_program.h"
+#include "tests/support/trace_database.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+fixture::ProgramResult jetsql(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), VORELLE_JETSQL);
+    return fixture::runProgram(arguments);
+}
+
+std::string contentOf(const std::filesystem::path& path) {
+    std::ifstream file{path, std::ios::binary};
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+class Jetsql : public testing::Test {
+protected:
+    void SetUp() override {
+        file_ =
+            folder_.write("traces.mdb", fixture::traceDatabase({.rows = 900, .seed = 8})).string();
+    }
+
+    fixture::TemporaryFolder folder_;
+    std::string file_;
+};
+
+TEST_F(Jetsql, ListsTables) {
+    const auto result = jetsql({file_});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.output, HasSubstr("tblTraces\t900\n"));
+    EXPECT_EQ(result.errors, "");
+}
+
+TEST_F(Jetsql, PrintsTheSchema) {
+    for (const auto& result : {jetsql({"--schema", file_}), jetsql({file_, "--schema"})}) {
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_THAT(result.output, HasSubstr("table tblTraces\n  column Date DateTime\n"));
+        EXPECT_THAT(result.output, HasSubstr("  column Trace Memo compressed\n"));
+    }
+}
+
+TEST_F(Jetsql, RunsStatements) {
+    const auto result =
+        jetsql({file_, "SELECT COUNT(*) AS n, 'a' & 1, Null FROM tblTraces WHERE TraceLevel >= 0"});
+    EXPECT_EQ(result.output, "n\tExpr1001\tExpr1002\n900\ta1\t\\N\n");
+    EXPECT_EQ(result.exitCode, 0);
+}
+
+/// A scan writes stored bytes, every other statement values; both must give the same text.
+TEST_F(Jetsql, WritesScansAsItWritesValues) {
+    const auto scanned = jetsql({"--threads", "1", file_, "SELECT * FROM tblTraces"});
+    const auto parallel = jetsql({"--threads", "4", file_, "SELECT * FROM tblTraces"});
+    const auto limited = jetsql({file_, "SELECT TOP 1000 * FROM tblTraces"});
+    EXPECT_GT(scanned.output.size(), 50000u);
+    EXPECT_EQ(parallel.output, scanned.output);
+    EXPECT_EQ(limited.output, scanned.output);
+    EXPECT_EQ(fixture::parsePlainTable(scanned.output).rows.size(), 900u);
+}
+
+TEST_F(Jetsql, ReportsFailuresByNumber) {
+    const auto failure = [](const std::vector<std::string>& arguments) {
+        const auto result = jetsql(arguments);
+        EXPECT_EQ(result.exitCode, 1);
+        return result.errors;
+    };
+    EXPECT_THAT(failure({file_, "SELECT * FROM tblUniqueFilters"}),
+                StartsWith("error -2147217865 (0x80040E37): "));
+    EXPECT_THAT(failure({file_, "SELECT qrxIndex FROM tblTraces"}),
+                StartsWith("error -2147217904 (0x80040E10): "));
+    EXPECT_THAT(failure({file_, "SELECT"}), StartsWith("error -2147217900 (0x80040E14): "));
+    EXPECT_THAT(failure({file_ + ".none"}), StartsWith("error -2147467259 (0x80004005): "));
+}
+
+TEST_F(Jetsql, ExplainsItsUsage) {
+    for (const auto& result : {jetsql({}), jetsql({"--threads", "0", file_, "SELECT"}),
+                               jetsql({"--unknown", file_}), jetsql({file_, "a", "b"})}) {
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_THAT(result.errors, StartsWith("usage: "));
+        EXPECT_EQ(result.output, "");
+    }
+}
+
+/// Every table of the sample files, byte by byte.
+TEST(JetsqlSamples, PrintsTheSampleFiles) {
+    const auto folder = fixture::testDataFolder();
+    if (!folder) GTEST_SKIP() << fixture::kNoTestData;
+    int tables = 0;
+    const auto check = [&](const std::filesystem::path& database, const std::string& table,
+                           const std::filesystem::path& expected) {
+        const auto result = jetsql({database.string(), "SELECT * FROM [" + table + "]"});
+        EXPECT_EQ(result.exitCode, 0) << result.errors;
+        EXPECT_TRUE(result.output == contentOf(expected)) << expected;
+        ++tables;
+    };
+    for (const auto& entry : std::filesystem::directory_iterator{*folder}) {
+        if (entry.path().extension() != ".mdb") continue;
+        auto expected = entry.path();
+        check(entry.path(), "tblTraces", expected.replace_extension(".traces.tsv"));
+        check(entry.path(), "tblMacroTraces",
+              expected.replace_extension("").replace_extension(".macros.txt"));
+    }
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator{*folder / "access-made"}) {
+        if (entry.path().extension() != ".tsv") continue;
+        auto database = entry.path().parent_path();
+        database += ".mdb";
+        check(database, entry.path().stem().string(), entry.path());
+    }
+    EXPECT_GT(tables, 10);
+}
+
+}  // namespace

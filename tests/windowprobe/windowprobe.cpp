@@ -1,0 +1,251 @@
+// Looks at the viewer's window from outside, for scripts and end-to-end tests.
+//
+//   windowprobe open PROGRAM [FILE]   starts the viewer, waits for its end, returns its exit code
+//   windowprobe wait-loaded SECONDS   waits until the traces are loaded: exit 0; 2 on time-out;
+//                                     3 when the window stays without records for 5 seconds
+//   windowprobe status                prints the status bar's panels, one a line, in UTF-8
+//   windowprobe click-tab N           selects a tab as the mouse would, counting from 0
+//   windowprobe resize WIDTH HEIGHT   sets the outer size in pixels
+//   windowprobe close                 asks the window to close, as its close button does
+//
+// Exit 1 when there is no such window or it does not answer, 64 on wrong use.
+#include <windows.h>
+#include <commctrl.h>
+#include <fcntl.h>
+#include <io.h>
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr const wchar_t* kMainWindowClass = L"VorelleDiagnosticViewer.frmMain";
+constexpr UINT kAnswerTime = 1000;  ///< milliseconds a living window may take for an answer
+
+enum ExitCode { kDone = 0, kNoWindow = 1, kTimeOut = 2, kNoRecords = 3, kWrongUse = 64 };
+
+std::optional<DWORD_PTR> ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+    DWORD_PTR answer = 0;
+    if (SendMessageTimeoutW(window, message, wParam, lParam, SMTO_ABORTIFHUNG, kAnswerTime,
+                            &answer) == 0) {
+        return std::nullopt;
+    }
+    return answer;
+}
+
+/// Memory inside the process of a window: control messages with pointers need it there.
+class RemoteMemory {
+public:
+    RemoteMemory(HWND window, std::size_t size) : size_{size} {
+        DWORD processId = 0;
+        GetWindowThreadProcessId(window, &processId);
+        process_ = OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_READ, FALSE, processId);
+        if (process_ != nullptr) {
+            address_ = VirtualAllocEx(process_, nullptr, size, MEM_COMMIT, PAGE_READWRITE);
+        }
+    }
+
+    ~RemoteMemory() {
+        if (address_ != nullptr && !lent_) VirtualFreeEx(process_, address_, 0, MEM_RELEASE);
+        if (process_ != nullptr) CloseHandle(process_);
+    }
+
+    RemoteMemory(const RemoteMemory&) = delete;
+    RemoteMemory& operator=(const RemoteMemory&) = delete;
+
+    /// Sends the message with this memory as its lParam and fetches what the control wrote.
+    bool fetch(HWND window, UINT message, WPARAM wParam, void* into) {
+        if (address_ == nullptr) return false;
+        if (!ask(window, message, wParam, reinterpret_cast<LPARAM>(address_))) {
+            lent_ = true;  // a late answer may still be written, so the memory stays
+            return false;
+        }
+        return ReadProcessMemory(process_, address_, into, size_, nullptr) != 0;
+    }
+
+private:
+    std::size_t size_;
+    HANDLE process_ = nullptr;
+    void* address_ = nullptr;
+    bool lent_ = false;
+};
+
+HWND mainWindow() { return FindWindowW(kMainWindowClass, nullptr); }
+
+struct ClassSearch {
+    const wchar_t* name;
+    HWND found;
+};
+
+BOOL CALLBACK compareClass(HWND window, LPARAM search) {
+    auto& wanted = *reinterpret_cast<ClassSearch*>(search);
+    std::array<wchar_t, 256> name{};
+    GetClassNameW(window, name.data(), static_cast<int>(name.size()));
+    if (_wcsicmp(name.data(), wanted.name) != 0) return TRUE;
+    wanted.found = window;
+    return FALSE;
+}
+
+HWND descendant(HWND window, const wchar_t* className) {
+    ClassSearch search{className, nullptr};
+    EnumChildWindows(window, compareClass, reinterpret_cast<LPARAM>(&search));
+    return search.found;
+}
+
+std::optional<std::wstring> panelText(HWND statusBar, WPARAM panel) {
+    const auto length = ask(statusBar, SB_GETTEXTLENGTHW, panel);
+    if (!length) return std::nullopt;
+    // The text may grow between the two questions.
+    std::vector<wchar_t> text(LOWORD(*length) + std::size_t{1024});
+    RemoteMemory memory{statusBar, text.size() * sizeof(wchar_t)};
+    if (!memory.fetch(statusBar, SB_GETTEXTW, panel, text.data())) return std::nullopt;
+    text.back() = L'\0';
+    return std::wstring{text.data()};
+}
+
+using Panels = std::vector<std::wstring>;
+
+/// Nothing when there is no window, no status bar or no answer.
+std::optional<Panels> readPanels(HWND window) {
+    const HWND statusBar = descendant(window, STATUSCLASSNAMEW);
+    if (statusBar == nullptr) return std::nullopt;
+    const auto count = ask(statusBar, SB_GETPARTS);
+    if (!count) return std::nullopt;
+    Panels panels;
+    for (WPARAM panel = 0; panel < *count; ++panel) {
+        auto text = panelText(statusBar, panel);
+        if (!text) return std::nullopt;
+        panels.push_back(std::move(*text));
+    }
+    return panels;
+}
+
+std::string utf8(std::wstring_view text) {
+    const int length = static_cast<int>(text.size());
+    std::string bytes(text.size() * 3, '\0');
+    const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), length, bytes.data(),
+                                         static_cast<int>(bytes.size()), nullptr, nullptr);
+    bytes.resize(static_cast<std::size_t>(size));
+    return bytes;
+}
+
+int printStatus() {
+    const auto panels = readPanels(mainWindow());
+    if (!panels) return kNoWindow;
+    for (const auto& panel : *panels) std::puts(utf8(panel).c_str());
+    return kDone;
+}
+
+enum class Stage { Absent, NoRecords, Loading, Loaded };
+
+/// Before the viewer shows its window, the window says nothing about the load.
+Stage stageOf(HWND window) {
+    if (window == nullptr || !IsWindowVisible(window) || !ask(window, WM_NULL)) {
+        return Stage::Absent;
+    }
+    const auto panels = readPanels(window);
+    if (!panels || panels->size() < 3) return Stage::Absent;
+    const bool notice = !(*panels)[0].empty();
+    const bool position = !(*panels)[2].empty();
+    if (notice) return Stage::Loading;
+    return position ? Stage::Loaded : Stage::NoRecords;
+}
+
+int waitLoaded(std::chrono::seconds patience) {
+    using namespace std::chrono_literals;
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + patience;
+    Stage last = Stage::Absent;
+    auto since = Clock::now();
+    while (Clock::now() < deadline) {
+        const Stage stage = stageOf(mainWindow());
+        if (stage == Stage::Loaded && last == Stage::Loaded) return kDone;
+        if (stage != last) since = Clock::now();
+        if (stage == Stage::NoRecords && Clock::now() - since >= 5s) return kNoRecords;
+        last = stage;
+        std::this_thread::sleep_for(100ms);
+    }
+    return kTimeOut;
+}
+
+/// The viewer's own parser ends an unquoted path at a hyphen, so the path is always in quotes.
+int open(const std::wstring& program, const wchar_t* file) {
+    std::wstring line = L'"' + program + L'"';
+    if (file != nullptr) line += std::wstring{L" -db \""} + file + L'"';
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+                       &process) == 0) {
+        std::fprintf(stderr, "cannot start %s\n", utf8(program).c_str());
+        return kNoWindow;
+    }
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD exitCode = 0;
+    GetExitCodeProcess(process.hProcess, &exitCode);
+    return static_cast<int>(exitCode);
+}
+
+int resize(int width, int height) {
+    const HWND window = mainWindow();
+    const bool done = window != nullptr && SetWindowPos(window, nullptr, 0, 0, width, height,
+                                                        SWP_NOMOVE | SWP_NOZORDER) != 0;
+    return done ? kDone : kNoWindow;
+}
+
+int clickTab(WPARAM index) {
+    const HWND tabs = descendant(mainWindow(), WC_TABCONTROLW);
+    if (tabs == nullptr) return kNoWindow;
+    RECT area{};
+    RemoteMemory memory{tabs, sizeof area};
+    if (!memory.fetch(tabs, TCM_GETITEMRECT, index, &area)) return kNoWindow;
+    const LPARAM middle = MAKELPARAM((area.left + area.right) / 2, (area.top + area.bottom) / 2);
+    // The control follows the mouse in a loop of its own, which the second message ends.
+    PostMessageW(tabs, WM_LBUTTONDOWN, MK_LBUTTON, middle);
+    PostMessageW(tabs, WM_LBUTTONUP, 0, middle);
+    return kDone;
+}
+
+int close() {
+    const HWND window = mainWindow();
+    return window != nullptr && PostMessageW(window, WM_CLOSE, 0, 0) != 0 ? kDone : kNoWindow;
+}
+
+int number(const std::wstring& text) {
+    return static_cast<int>(std::wcstol(text.c_str(), nullptr, 10));
+}
+
+int run(const std::vector<std::wstring>& words) {
+    const std::size_t count = words.size();
+    const std::wstring command = count == 0 ? L"" : words[0];
+    if (command == L"open" && count == 2) return open(words[1], nullptr);
+    if (command == L"open" && count == 3) return open(words[1], words[2].c_str());
+    if (command == L"status" && count == 1) return printStatus();
+    if (command == L"close" && count == 1) return close();
+    if (command == L"wait-loaded" && count == 2) {
+        return waitLoaded(std::chrono::seconds{number(words[1])});
+    }
+    if (command == L"click-tab" && count == 2)
+        return clickTab(static_cast<WPARAM>(number(words[1])));
+    if (command == L"resize" && count == 3) return resize(number(words[1]), number(words[2]));
+    std::fputs(
+        "usage: windowprobe open PROGRAM [FILE] | wait-loaded SECONDS | status |\n"
+        "       click-tab N | resize WIDTH HEIGHT | close\n",
+        stderr);
+    return kWrongUse;
+}
+
+}  // namespace
+
+int wmain(int count, wchar_t** arguments) {
+    _setmode(_fileno(stdout), _O_BINARY);  // lines end as the calling shell expects them
+    return run({arguments + 1, arguments + count});
+}
