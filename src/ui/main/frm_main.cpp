@@ -10,6 +10,7 @@
 #include "toolkit/forms/dialogs.h"
 
 #include <algorithm>
+#include <initializer_list>
 
 using modLocalize::myLoadResString;
 using namespace forms::literals;
@@ -80,9 +81,29 @@ void frmMain::build() {
         {tdbgridData,
          {L"tdbgridData", L"Diagnostic Data", 120_tw, 480_tw, 5760_tw, 3000_tw, 0, &sstabMain, 0}},
         {txtTrace, {L"txtTrace", L"", 120_tw, 3540_tw, 5760_tw, 600_tw, 0, &sstabMain, 0}},
+        {cmdApplyFilter,
+         {L"cmdApplyFilter", L"Apply Filter", 180_tw, 480_tw, 1800_tw, 345_tw, 0, &sstabMain, 1}},
+        {tvUniqueTraces,
+         {L"tvUniqueTraces", L"", 120_tw, 900_tw, 5760_tw, 3000_tw, 0, &sstabMain, 1}},
+        {cmdExpandAll, {L"cmdExpandAll", L"+", 180_tw, 3960_tw, 315_tw, 315_tw, 0, &sstabMain, 1}},
+        {cmdCollapseAll,
+         {L"cmdCollapseAll", L"-", 540_tw, 3960_tw, 315_tw, 315_tw, 0, &sstabMain, 1}},
+        {cmdClearAllUniqueTraces,
+         {L"cmdClearAllUniqueTraces", L"Clear All", 960_tw, 3960_tw, 1500_tw, 315_tw, 0, &sstabMain,
+          1}},
+        {cmdSelectAllUniqueTraces,
+         {L"cmdSelectAllUniqueTraces", L"Select All", 2520_tw, 3960_tw, 1500_tw, 315_tw, 0,
+          &sstabMain, 1}},
         {statusbarMain, {L"statusbarMain", L"", 0_tw, 0_tw, 6000_tw, 300_tw}},
     });
     sstabMain.onTabClick = [this](int previousTab) { sstabMain_Click(previousTab); };
+    tvUniqueTraces.setFont({.name = L"Courier New", .points = 9, .fixedPitch = true});
+    tvUniqueTraces.onNodeCheck = [this](forms::TreeNode& node) { tvUniqueTraces_NodeCheck(node); };
+    cmdApplyFilter.onClick = [this] { cmdApplyFilter_Click(); };
+    cmdExpandAll.onClick = [this] { cmdExpandAll_Click(); };
+    cmdCollapseAll.onClick = [this] { cmdCollapseAll_Click(); };
+    cmdClearAllUniqueTraces.onClick = [this] { cmdClearAllUniqueTraces_Click(); };
+    cmdSelectAllUniqueTraces.onClick = [this] { cmdSelectAllUniqueTraces_Click(); };
     txtTrace.onClick = [this] { txtTrace_Click(); };
     tdbgridData.onHeadClick = [this](int column) { tdbgridData_HeadClick(column); };
     tdbgridData.onColResize = [this](int column, bool& cancel) {
@@ -107,6 +128,9 @@ void frmMain::Form_Load() {
 void frmMain::localizeCaptions() {
     sstabMain.setTabCaption(0, loadString(1046));
     sstabMain.setTabCaption(1, loadString(1028));
+    cmdClearAllUniqueTraces.setCaption(loadString(1021));
+    cmdSelectAllUniqueTraces.setCaption(loadString(1039));
+    cmdApplyFilter.setCaption(loadString(1017));
     mnuFileMenu.setCaption(loadString(1009));
     mnuOpenTraceDatabase.setCaption(loadString(1012));
     mnuExit.setCaption(loadString(1024));
@@ -140,7 +164,20 @@ void frmMain::Form_Resize() {
     const Twips gridHeight = tabHeight - gridTop - 120_tw - linesHeight;
     tdbgridData.move({120_tw, gridTop, gridWidth, gridHeight});
     txtTrace.move({120_tw, gridTop + gridHeight + kMargin, gridWidth, linesHeight});
+    layOutFilters();
     setupTraceGrid();
+}
+
+/// The tree's top and the places across of the buttons stay as designed.
+void frmMain::layOutFilters() {
+    const Twips treeTop = tvUniqueTraces.top();
+    const Twips treeHeight = sstabMain.height() - treeTop - cmdExpandAll.height() - 180_tw;
+    tvUniqueTraces.move({tvUniqueTraces.left(), treeTop, sstabMain.width() - 240_tw, treeHeight});
+    const Twips buttonTop = treeTop + treeHeight + kMargin;
+    for (forms::Button* const button :
+         {&cmdExpandAll, &cmdCollapseAll, &cmdClearAllUniqueTraces, &cmdSelectAllUniqueTraces}) {
+        button->setTop(buttonTop);
+    }
 }
 
 void frmMain::Form_Unload(bool& /*cancel*/) { shutDown(); }
@@ -195,6 +232,7 @@ void frmMain::reloadDBGrid(ado::Recordset& recordset) {
     tdbgridData.setRowHeight(savedRowHeight_ * 2);
     setupTraceGrid();
     tdbgridData_RowColChange();
+    populateUniqueTracesTree();
 }
 
 void frmMain::setupTraceGrid() {

@@ -7,11 +7,13 @@
 #include "engine/ado/recordset.h"
 #include "src/db/frm_status.h"
 #include "src/ui/main/trace_source.h"
+#include "toolkit/forms/buttons.h"
 #include "toolkit/forms/form.h"
 #include "toolkit/forms/menu.h"
 #include "toolkit/forms/status_bar.h"
 #include "toolkit/forms/tab_strip.h"
 #include "toolkit/forms/text_box.h"
+#include "toolkit/forms/tree_view.h"
 #include "toolkit/grid/grid.h"
 
 #include <functional>
@@ -41,6 +43,12 @@ public:
     forms::TabStrip sstabMain{{L"Trace Data", L"Filters"}};
     grid::Grid tdbgridData;
     forms::TextBox txtTrace{{.multiLine = true, .readOnly = true, .verticalScroll = true}};
+    forms::Button cmdApplyFilter;
+    forms::TreeView tvUniqueTraces{{.checkBoxes = true}};
+    forms::Button cmdExpandAll;
+    forms::Button cmdCollapseAll;
+    forms::Button cmdClearAllUniqueTraces;
+    forms::Button cmdSelectAllUniqueTraces;
     forms::StatusBar statusbarMain{{
         {.key = L"keyPanel1", .width = forms::PanelWidth::spring},
         {.key = L"keyPanel2", .twips = forms::Twips{720}},
@@ -75,6 +83,18 @@ private:
     void tdbgridData_ColResize(int column, bool& cancel);
     void tdbgridData_RowColChange();
     void tdbgridData_FetchCellTips(std::int64_t row, bool& wrap);
+
+    void layOutFilters();
+    void populateUniqueTracesTree();
+    void tvUniqueTraces_NodeCheck(forms::TreeNode& node);
+    void cmdSelectAllUniqueTraces_Click();
+    void cmdClearAllUniqueTraces_Click();
+    void cmdExpandAll_Click();
+    void cmdCollapseAll_Click();
+    void cmdApplyFilter_Click();
+    std::u16string constructFilters();
+    void setAllSelected(bool selected);
+    void setAllExpanded(bool expanded);
 
     ado::Recordset* recordset_ = nullptr;
     std::unique_ptr<TraceSource> source_;
