@@ -81,7 +81,7 @@ bool hasPassword(Bytes header) {
 /// The number of the last page from `from` on whose bit is clear; 0 if all are set.
 /// `firstPage` is the page of the first bit.
 std::uint64_t lastClearBit(Bytes bitmap, std::uint64_t firstPage, std::uint64_t from) {
-    for (std::uint64_t bit = bitmap.size() * 8; bit-- > 0 && firstPage + bit >= from;) {
+    for (std::size_t bit = bitmap.size() * 8; bit-- > 0 && firstPage + bit >= from;) {
         if (((bitmap[bit / 8] >> (bit % 8)) & 1u) == 0) return firstPage + bit;
     }
     return 0;

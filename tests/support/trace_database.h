@@ -3,7 +3,7 @@
 //   fixture::writeTraceDatabase("big.mdb", {.rows = 1'000'000}, fixture::TraceFormat::Older);
 //
 // What they hold is what a TraceGenerator with the same options gives. A file takes 2 GB, about
-// eleven million lines of usual length.
+// eight and a half million lines of usual length.
 #pragma once
 
 #include "tests/support/fixture_builder.h"
