@@ -69,7 +69,7 @@ bool ComboBox::reflected(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& re
 LRESULT ComboBox::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     // The focus goes straight on to the line inside; the notifications tell of it once.
     if (message == WM_SETFOCUS || message == WM_KILLFOCUS) {
-        return Window::handleMessage(message, wParam, lParam);
+        return defaultProcedure(message, wParam, lParam);
     }
     return Control::handleMessage(message, wParam, lParam);
 }

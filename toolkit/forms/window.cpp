@@ -21,7 +21,7 @@ UnexpectedErrorHandler& currentErrorHandler() {
     return handler;
 }
 
-void writeToDebugger(std::exception_ptr error) {
+void writeToDebugger(const std::exception_ptr& error) {
     try {
         std::rethrow_exception(error);
     } catch (const std::exception& e) {
@@ -61,7 +61,7 @@ UnexpectedErrorHandler setUnexpectedErrorHandler(UnexpectedErrorHandler handler)
     return std::exchange(currentErrorHandler(), std::move(handler));
 }
 
-void reportUnexpectedError(std::exception_ptr error) noexcept {
+void reportUnexpectedError(const std::exception_ptr& error) noexcept {
     try {
         // A copy, since the handler may set another one.
         const UnexpectedErrorHandler handler = currentErrorHandler();
@@ -215,8 +215,8 @@ LRESULT Window::defaultProcedure(UINT message, WPARAM wParam, LPARAM lParam) {
                              : DefWindowProcW(hwnd_, message, wParam, lParam);
 }
 
-void Window::unexpectedError(std::exception_ptr error) noexcept {
-    reportUnexpectedError(std::move(error));
+void Window::unexpectedError(const std::exception_ptr& error) noexcept {
+    reportUnexpectedError(error);
 }
 
 LRESULT Window::send(UINT message, WPARAM wParam, LPARAM lParam) const {

@@ -33,7 +33,7 @@ using UnexpectedErrorHandler = std::function<void(std::exception_ptr)>;
 
 // Returns the handler in force before. Without one the error is written to the debugger's output.
 UnexpectedErrorHandler setUnexpectedErrorHandler(UnexpectedErrorHandler handler);
-void reportUnexpectedError(std::exception_ptr error) noexcept;
+void reportUnexpectedError(const std::exception_ptr& error) noexcept;
 
 // Throws std::system_error with the code of GetLastError. `call` names what failed.
 [[noreturn]] void throwLastError(const char* call);
@@ -93,7 +93,7 @@ protected:
     virtual bool reflected(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);
 
     // An exception that left handleMessage.
-    virtual void unexpectedError(std::exception_ptr error) noexcept;
+    virtual void unexpectedError(const std::exception_ptr& error) noexcept;
 
     // Sends a message to the window itself; the shorthand that wrappers of controls live on.
     LRESULT send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;

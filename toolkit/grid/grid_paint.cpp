@@ -6,13 +6,13 @@ namespace grid {
 namespace {
 
 // BeginPaint with its EndPaint, also when a data source throws in between.
-class PaintSession {
+class PaintScope {
 public:
-    explicit PaintSession(HWND window) : window_(window), dc_(BeginPaint(window, &paint_)) {}
-    ~PaintSession() { EndPaint(window_, &paint_); }
+    explicit PaintScope(HWND window) : window_(window), dc_(BeginPaint(window, &paint_)) {}
+    ~PaintScope() { EndPaint(window_, &paint_); }
 
-    PaintSession(const PaintSession&) = delete;
-    PaintSession& operator=(const PaintSession&) = delete;
+    PaintScope(const PaintScope&) = delete;
+    PaintScope& operator=(const PaintScope&) = delete;
 
     HDC dc() const { return dc_; }
     Rect dirty() const { return fromRect(paint_.rcPaint); }
@@ -34,13 +34,13 @@ Scene Grid::scene() {
 }
 
 void Grid::onPaint() {
-    PaintSession session(hwnd());
-    const Rect dirty = session.dirty();
+    PaintScope scope(hwnd());
+    const Rect dirty = scope.dirty();
     if (!dirty.empty()) {
-        HDC canvas = buffer_.open(session.dc(), geometry_.viewWidth(), geometry_.viewHeight());
-        paintTo(canvas ? canvas : session.dc(), session.dc(), dirty);
+        HDC canvas = buffer_.open(scope.dc(), geometry_.viewWidth(), geometry_.viewHeight());
+        paintTo(canvas ? canvas : scope.dc(), scope.dc(), dirty);
         if (canvas) {
-            buffer_.copyTo(session.dc(), dirty, {dirty.left, dirty.top});
+            buffer_.copyTo(scope.dc(), dirty, {dirty.left, dirty.top});
         }
     }
     paintedRows_ = geometry_.endRow() - geometry_.firstRow();
