@@ -1,7 +1,7 @@
 #!/bin/bash
 # Opens a database of 418 traces with ./run on a virtual screen, as somebody without a display
 # would, and looks at what it says and shows. Exit 77: the database is not here.
-set -eu
+set -eu -o pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 original=${VORELLE_TESTDATA:-$root/../shared/testdata}/old-basic.mdb
 [ -f "$original" ] || exit 77
@@ -19,8 +19,7 @@ complain() {
 
 unset DISPLAY WAYLAND_DISPLAY
 code=0
-"$root/run" "$database" >"$folder/output" 2>&1 || code=$?
-cat "$folder/output"
+"$root/run" "$database" 2>&1 | tee "$folder/output" || code=$?
 [ "$code" -eq 0 ] || complain "./run ended with $code"
 grep -q '^Status bar: .* of 418 ' "$folder/output" || complain "the status bar is not as expected"
 
