@@ -1,6 +1,7 @@
 #include "engine/ado/dictionary.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 namespace ado {
@@ -16,30 +17,67 @@ constexpr std::size_t kAlwaysAllowed = 8 * 1024;
 /// After so many distinct texts it is clear whether texts repeat at all.
 constexpr std::uint32_t kJudgedAt = 4096;
 
-std::uint64_t loadWord(const std::uint8_t* at) {
-    std::uint64_t word;
+template <typename Word>
+std::uint64_t load(const std::uint8_t* at) {
+    Word word;
     std::memcpy(&word, at, sizeof word);
     return word;
 }
 
-std::uint64_t loadUpTo8(const std::uint8_t* at, std::size_t length) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, at, length);
-    return word;
+/// Up to 8 bytes as one number, by two reads that overlap.
+std::uint64_t loadShort(const std::uint8_t* at, std::size_t length) {
+    if (length >= 4) return load<std::uint32_t>(at) << 32 | load<std::uint32_t>(at + length - 4);
+    if (length >= 2) return load<std::uint16_t>(at) << 16 | load<std::uint16_t>(at + length - 2);
+    return length == 1 ? at[0] : 0;
 }
 
-std::uint64_t mix(std::uint64_t hash, std::uint64_t word) {
-    hash = (hash ^ word) * 0x9E37'79B9'7F4A'7C15u;  // 2^64 / golden ratio
-    return hash ^ (hash >> 32);
+// Odd numbers without a pattern.
+constexpr std::uint64_t kFirstFactor = 0x9E37'79B9'7F4A'7C15u;
+constexpr std::uint64_t kSecondFactor = 0xC2B2'AE3D'27D4'EB4Fu;
+constexpr std::uint64_t kThirdFactor = 0x1656'67B1'9E37'79F9u;
+
+/// Three words that overlap cover a text of this length; most are no longer.
+constexpr std::size_t kThreeWords = 24;
+
+std::uint64_t firstWord(const std::uint8_t* at) { return load<std::uint64_t>(at); }
+std::uint64_t middleWord(const std::uint8_t* at, std::size_t length) {
+    return load<std::uint64_t>(at + (length - 8) / 2);
+}
+std::uint64_t lastWord(const std::uint8_t* at, std::size_t length) {
+    return load<std::uint64_t>(at + length - 8);
 }
 
 std::uint64_t hashOf(jet::Bytes bytes) {
-    std::uint64_t hash = bytes.size();
     const std::uint8_t* at = bytes.data();
-    std::size_t left = bytes.size();
-    for (; left > 8; left -= 8, at += 8) hash = mix(hash, loadWord(at));
-    return left == 0 ? mix(hash, 0) : mix(hash, loadUpTo8(at, left));
+    const std::size_t length = bytes.size();
+    std::uint64_t hash = length * kThirdFactor;
+    if (length < 8) {
+        hash ^= loadShort(at, length) * kFirstFactor;
+    } else {
+        // Products that do not wait for each other.
+        hash ^= firstWord(at) * kFirstFactor;
+        hash += std::rotl(middleWord(at, length) * kThirdFactor, 42);
+        hash ^= std::rotl(lastWord(at, length) * kSecondFactor, 21);
+        for (std::size_t i = 8; length > kThreeWords && i + 8 < length; i += 8) {
+            hash = (hash ^ load<std::uint64_t>(at + i)) * kFirstFactor;
+            hash ^= hash >> 29;
+        }
+    }
+    hash = (hash ^ (hash >> 32)) * kFirstFactor;
+    return hash ^ (hash >> 32);
 }
+
+/// Texts are short: a call of memcmp would cost more than the comparison.
+bool sameBytes(const std::uint8_t* left, const std::uint8_t* right, std::size_t length) {
+    if (length < 8) return loadShort(left, length) == loadShort(right, length);
+    if (length > kThreeWords) return std::memcmp(left, right, length) == 0;
+    return firstWord(left) == firstWord(right) &&
+           middleWord(left, length) == middleWord(right, length) &&
+           lastWord(left, length) == lastWord(right, length);
+}
+
+/// Small dictionaries have room enough that hardly any text stands in another one's slot.
+std::size_t slotsFor(std::uint32_t texts) { return std::size_t{texts} * (texts < 1024 ? 8 : 2); }
 
 std::uint32_t tagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 48) << 16; }
 
@@ -47,14 +85,13 @@ std::uint32_t tagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash
 
 Dictionary::Dictionary() : slots_(kFirstSlots) {}
 
-std::optional<std::uint32_t> Dictionary::code(jet::Bytes stored, std::uint64_t rows,
-                                              std::uint64_t seen) {
+std::uint32_t Dictionary::code(jet::Bytes stored, std::uint64_t rows, std::uint64_t seen) {
     const std::uint64_t hash = hashOf(stored);
     std::uint32_t* slot = &slotFor(stored, hash);
     if (*slot != 0) return (*slot & 0xFFFF) - 1;
-    if (!worthAdding(stored, rows, seen)) return std::nullopt;
+    if (!worthAdding(stored, rows, seen)) return kNoCode;
     const std::uint32_t code = size_.load(std::memory_order_relaxed);
-    if (2 * (code + 1) > slots_.size()) {
+    if (slotsFor(code + 1) > slots_.size()) {
         grow();
         slot = &slotFor(stored, hash);
     }
@@ -68,12 +105,12 @@ std::optional<std::uint32_t> Dictionary::code(jet::Bytes stored, std::uint64_t r
 /// The slot that holds `stored`, or the empty one that it belongs into.
 std::uint32_t& Dictionary::slotFor(jet::Bytes bytes, std::uint64_t hash) {
     const std::size_t mask = slots_.size() - 1;
-    for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
+    for (std::size_t i = static_cast<std::size_t>(hash) & mask;; i = (i + 1) & mask) {
         std::uint32_t& slot = slots_[i];
         if (slot == 0) return slot;
         if ((slot & 0xFFFF'0000) != tagOf(hash)) continue;
         const Entry& entry = entries_[(slot & 0xFFFF) - 1];
-        if (entry.length == bytes.size() && std::equal(bytes.begin(), bytes.end(), entry.bytes)) {
+        if (entry.length == bytes.size() && sameBytes(entry.bytes, bytes.data(), bytes.size())) {
             return slot;
         }
     }
@@ -103,8 +140,8 @@ const std::uint8_t* Dictionary::keep(jet::Bytes bytes) {
 }
 
 void Dictionary::grow() {
-    slots_.assign(slots_.size() * 2, 0);
     const std::uint32_t size = size_.load(std::memory_order_relaxed);
+    slots_.assign(std::bit_ceil(slotsFor(size + 1)), 0);
     for (std::uint32_t code = 0; code < size; ++code) {
         const std::uint64_t hash = hashOf(stored(code));
         slotFor(stored(code), hash) = tagOf(hash) | (code + 1);

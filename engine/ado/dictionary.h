@@ -1,7 +1,7 @@
 // The distinct texts of a column, each with a small number.
 //
-//   if (auto code = dictionary.code(field.bytes, rows)) keep(*code);
-//   jet::appendUtf16(dictionary.stored(code), text);
+//   const auto code = dictionary.code(field.bytes, rows, seen);
+//   if (code != ado::Dictionary::kNoCode) jet::appendUtf16(dictionary.stored(code), text);
 //
 // Texts are kept as they are stored in the file, so that a known one is recognised without being
 // decoded. One text in two stored forms has two codes. One thread adds; any thread may read the
@@ -14,7 +14,6 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <vector>
 
 namespace ado {
@@ -26,10 +25,12 @@ public:
 
     Dictionary();
 
-    /// The code of `stored`, which is added if need be. Nothing if the dictionary would not pay: it
+    static constexpr std::uint32_t kNoCode = 0xFFFF'FFFF;
+
+    /// The code of `stored`, which is added if need be. kNoCode if the dictionary would not pay: it
     /// is full, takes more than a byte for each of `rows`, or nearly every text is another one.
     /// `rows` is the number of rows that the table is known to have, `seen` those added already.
-    std::optional<std::uint32_t> code(jet::Bytes stored, std::uint64_t rows, std::uint64_t seen);
+    std::uint32_t code(jet::Bytes stored, std::uint64_t rows, std::uint64_t seen);
 
     /// Codes are 0 to size() - 1.
     std::uint32_t size() const { return size_.load(std::memory_order_acquire); }

@@ -7,25 +7,41 @@
 namespace ado {
 namespace {
 
+/// The first bytes of a key as two numbers.
 struct Item {
-    std::uint64_t prefix = 0;
+    std::uint64_t high = 0;
+    std::uint64_t low = 0;
     std::uint32_t index = 0;
-    bool null = false;
-    bool whole = false;  ///< the prefix is the whole key
+    bool present = false;     ///< not Null
+    std::uint8_t length = 0;  ///< of the key, kPrefix + 1 if it is longer than that
 };
 
-constexpr std::size_t kPrefix = 8;
+constexpr std::size_t kPrefix = 16;
 
-Item makeItem(std::uint32_t index, bool null, const sql::OrderKey& key) {
-    Item item{0, index, null, key.size() <= kPrefix};
-    for (std::size_t i = 0; i < kPrefix; ++i) {
-        item.prefix = (item.prefix << 8) | (i < key.size() ? key[i] : 0u);
+std::uint64_t bigEndian(const sql::OrderKey& key, std::size_t start) {
+    std::uint64_t number = 0;
+    for (std::size_t i = start; i < start + 8; ++i) {
+        number = (number << 8) | (i < key.size() ? key[i] : 0u);
     }
-    return item;
+    return number;
+}
+
+Item makeItem(std::uint32_t index, bool present, const sql::OrderKey& key) {
+    const auto length = static_cast<std::uint8_t>(std::min(key.size(), kPrefix + 1));
+    return {bigEndian(key, 0), bigEndian(key, 8), index, present, length};
 }
 
 bool sameStart(const Item& left, const Item& right) {
-    return left.null == right.null && left.prefix == right.prefix;
+    return left.present == right.present && left.high == right.high && left.low == right.low &&
+           left.length == right.length;
+}
+
+bool before(const Item& left, const Item& right) {
+    if (left.present != right.present) return right.present;
+    if (left.high != right.high) return left.high < right.high;
+    if (left.low != right.low) return left.low < right.low;
+    if (left.length != right.length) return left.length < right.length;
+    return left.index < right.index;
 }
 
 /// Ranks items whose keys begin alike, from `rank` on; gives the first rank above theirs.
@@ -54,24 +70,18 @@ std::vector<std::uint64_t> ranksOf(std::uint32_t count, const KeySource& keyOf) 
     for (std::uint32_t i = 0; i < count; ++i) {
         key.clear();
         const bool present = keyOf(i, key);
-        items.push_back(makeItem(i, !present, key));
+        items.push_back(makeItem(i, present, key));
     }
-    std::sort(items.begin(), items.end(), [](const Item& left, const Item& right) {
-        if (left.null != right.null) return left.null;
-        if (left.prefix != right.prefix) return left.prefix < right.prefix;
-        return left.index < right.index;
-    });
+    std::sort(items.begin(), items.end(), before);
 
     std::vector<std::uint64_t> ranks(count);
     std::uint64_t rank = 1;
     for (std::size_t start = 0, end = 0; start < items.size(); start = end) {
-        bool whole = true;
         for (end = start; end < items.size() && sameStart(items[start], items[end]); ++end) {
-            whole = whole && items[end].whole;
         }
-        if (items[start].null) continue;  // rank 0
+        if (!items[start].present) continue;  // rank 0
         const auto ties = std::span{items}.subspan(start, end - start);
-        if (ties.size() > 1 && !whole) {
+        if (ties.size() > 1 && items[start].length > kPrefix) {
             rank = rankTies(ties, keyOf, rank, ranks);
             continue;
         }

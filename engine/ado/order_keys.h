@@ -18,8 +18,8 @@ namespace ado {
 using KeySource = std::function<bool(std::uint32_t i, sql::OrderKey& key)>;
 
 /// For each of `count` items its rank among them: 0 for Null, then 1, 2, ... in the order of the
-/// keys, equal exactly for equal keys. Memory: 24 bytes an item, and the keys of as many items as
-/// begin with the same 8 bytes.
+/// keys, equal exactly for equal keys. Memory: 32 bytes an item, and the keys of as many items as
+/// begin with the same 16 bytes.
 std::vector<std::uint64_t> ranksOf(std::uint32_t count, const KeySource& keyOf);
 
 /// Bits that compare as unsigned numbers as the doubles do.

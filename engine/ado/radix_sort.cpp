@@ -32,16 +32,18 @@ constexpr unsigned kMostDigitBits = 12;
 template <typename Item>
 void sortDigit(const std::vector<Item>& from, std::vector<Item>& to, unsigned shift,
                unsigned bits) {
-    const std::uint64_t mask = (std::uint64_t{1} << bits) - 1;
+    const auto digit = [mask = (std::uint64_t{1} << bits) - 1, shift](const Item& item) {
+        return static_cast<std::size_t>((item.key() >> shift) & mask);
+    };
     std::vector<std::uint32_t> start(std::size_t{1} << bits);
-    for (const Item& item : from) ++start[(item.key() >> shift) & mask];
+    for (const Item& item : from) ++start[digit(item)];
     std::uint32_t sum = 0;
     for (std::uint32_t& place : start) {
         const std::uint32_t count = place;
         place = sum;
         sum += count;
     }
-    for (const Item& item : from) to[start[(item.key() >> shift) & mask]++] = item;
+    for (const Item& item : from) to[start[digit(item)]++] = item;
 }
 
 /// Digit by digit, the lowest first.

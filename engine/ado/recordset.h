@@ -33,9 +33,11 @@ public:
     Recordset(const Recordset&) = delete;
     Recordset& operator=(const Recordset&) = delete;
 
-    // ---- Settings. The setters throw Error: 3705 while it is open, 3001 for a wrong value. ----
+    // ---- Settings. The setters throw Error{3001} for a wrong value. ----
 
     int cursorLocation() const { return cursorLocation_; }
+
+    /// Throws Error{3705} while it is open.
     void setCursorLocation(int location);
     int pageSize() const { return pageSize_; }
     void setPageSize(int rows);

@@ -93,6 +93,7 @@ void Recordset::find(std::u16string_view criterion, int skipRecords, int directi
     const std::int64_t count = rowCount();
     std::int64_t position = std::int64_t{position_} + std::int64_t{skipRecords} * direction;
     translated(connection_->path(), [&] {
+        const Pass pass{*set_->rows};
         while (position >= 0 && position < count &&
                !wanted.matches(*set_->rows, order_.rowAt(static_cast<std::uint32_t>(position)))) {
             position += direction;

@@ -98,11 +98,9 @@ void RowStore::stage(StoreColumn& column, const jet::Record& record) {
 
 /// From the first text on that the dictionary refuses, the column's texts stay in the file.
 void RowStore::stageText(StoreColumn& column, jet::Bytes stored) {
-    if (const auto code = column.dictionary->code(stored, expectedRows_, appended())) {
-        column.staged.values[staged_] = *code;
-    } else {
-        column.kept = false;
-    }
+    const std::uint32_t code = column.dictionary->code(stored, expectedRows_, appended());
+    column.staged.values[staged_] = code;
+    column.kept = code != Dictionary::kNoCode;
 }
 
 void RowStore::publish() {

@@ -37,8 +37,24 @@ public:
     /// A small number that all rows with the same stored text share; negative if there is none.
     virtual std::int64_t code(std::uint32_t row, std::size_t column) const = 0;
 
+    /// Between these calls many rows will be read, mostly in the order of the fetch.
+    virtual void startPass() {}
+    virtual void endPass() {}
+
     /// Memory that the rows take.
     virtual std::size_t byteCount() const = 0;
+};
+
+/// A pass over the rows, for as long as it lives. Passes do not nest.
+class Pass {
+public:
+    explicit Pass(Rows& rows) : rows_{rows} { rows_.startPass(); }
+    ~Pass() { rows_.endPass(); }
+    Pass(const Pass&) = delete;
+    Pass& operator=(const Pass&) = delete;
+
+private:
+    Rows& rows_;
 };
 
 }  // namespace ado

@@ -37,25 +37,17 @@ jet::Value numberValue(ColumnType type, const PackedColumn& packed, std::size_t 
     }
 }
 
-/// The value that a damaged field has: none. Other failures are the storage's.
-template <typename Read>
-auto unlessDamaged(Read read) -> decltype(read()) {
-    try {
-        return read();
-    } catch (const jet::Error& error) {
-        if (error.fault() != jet::Fault::Damaged && error.fault() != jet::Fault::Truncated) throw;
-        return {};
-    }
-}
-
 }  // namespace
 
 ScannedRows::ScannedRows(std::shared_ptr<const sql::Query> query)
     : query_{std::move(query)},
       table_{query_->scannedTable()},
       store_{storedColumns(*query_), table_->definition().rowCount},
-      records_{table_->pageReader()},
-      longValues_{table_->pageReader()} {}
+      anyRow_{table_, FieldReader::Reading::AnyRow} {}
+
+void ScannedRows::startPass() { inOrder_.emplace(table_, FieldReader::Reading::InOrder); }
+
+void ScannedRows::endPass() { inOrder_.reset(); }
 
 jet::Value ScannedRows::value(std::uint32_t row, std::size_t column) {
     const std::size_t place = row % RowStore::kGroupRows;
@@ -75,11 +67,7 @@ bool ScannedRows::appendText(std::uint32_t row, std::size_t column, const ValueF
     const std::size_t place = row % RowStore::kGroupRows;
     const PackedColumn& packed = store_.packed(row, column);
     if (packed.unit() == Unit::None) {
-        if (store_.stored(column).isText()) return appendFileText(row, column, out);
-        jet::StoredField field;
-        if (!readField(row, column, field)) return false;
-        formatter.append(readValue(row, column), out);
-        return true;
+        return appendFromFile(row, column, formatter, out);
     }
     if (packed.isNull(place)) return true;
     if (const Dictionary* dictionary = store_.dictionary(column)) {
@@ -98,35 +86,21 @@ std::int64_t ScannedRows::code(std::uint32_t row, std::size_t column) const {
     return packed.whole(place);
 }
 
-/// Reads a field from the file; false if the row is gone.
-bool ScannedRows::readField(std::uint32_t row, std::size_t column, jet::StoredField& field) {
-    return unlessDamaged([&] {
-        if (!table_->find(records_, store_.rowId(row), record_)) return false;
-        field = record_.field(store_.stored(column));
-        return true;
-    });
-}
-
 jet::Value ScannedRows::readValue(std::uint32_t row, std::size_t column) {
     jet::StoredField field;
-    if (!readField(row, column, field)) return {};
-    return unlessDamaged([&] {
-        return jet::decodeField(longValues_, store_.stored(column), field, record_.page());
-    });
+    const jet::Column& stored = store_.stored(column);
+    if (!reader().read(store_.rowId(row), stored, field)) return {};
+    return reader().value(field, stored);
 }
 
-bool ScannedRows::appendFileText(std::uint32_t row, std::size_t column, std::u16string& out) {
+bool ScannedRows::appendFromFile(std::uint32_t row, std::size_t column,
+                                 const ValueFormatter& formatter, std::u16string& out) {
     jet::StoredField field;
-    if (!readField(row, column, field)) return false;
-    if (field.null) return true;
-    return unlessDamaged([&] {
-        const bool isLong = store_.stored(column).isLongValue();
-        const jet::Bytes bytes =
-            isLong ? jet::readLongValue(longValues_, field.bytes, record_.page(), scratch_)
-                   : field.bytes;
-        jet::appendUtf16(bytes, out);
-        return true;
-    });
+    const jet::Column& stored = store_.stored(column);
+    if (!reader().read(store_.rowId(row), stored, field)) return false;
+    if (stored.isText()) return reader().appendText(field, stored, out);
+    formatter.append(reader().value(field, stored), out);
+    return true;
 }
 
 std::vector<std::uint64_t> ScannedRows::orderKeys(std::size_t column, std::uint32_t count) {
@@ -206,10 +180,20 @@ std::vector<std::uint64_t> ScannedRows::codeKeys(std::size_t column, std::uint32
 /// Keys of what stands in the file, for some rows at least.
 std::vector<std::uint64_t> ScannedRows::fileKeys(std::size_t column, std::uint32_t count) {
     const ColumnType type = store_.stored(column).type;
+    if (type != ColumnType::Text && type != ColumnType::Memo) {
+        return ranksOf(count, [&](std::uint32_t row, sql::OrderKey& key) {
+            const jet::Value found = value(row, column);
+            if (jet::isNull(found)) return false;
+            sql::appendOrderKey(found, type, true, key);
+            return true;
+        });
+    }
+    std::u16string text;
     return ranksOf(count, [&](std::uint32_t row, sql::OrderKey& key) {
-        const jet::Value found = value(row, column);
-        if (jet::isNull(found)) return false;
-        sql::appendOrderKey(found, type, true, key);
+        text.clear();
+        appendText(row, column, ValueFormatter{}, text);
+        if (text.empty() && jet::isNull(value(row, column))) return false;
+        jet::appendTextKey(text, true, key);
         return true;
     });
 }

@@ -2,6 +2,7 @@
 // file when it is asked for.
 #pragma once
 
+#include "engine/ado/field_reader.h"
 #include "engine/ado/row_store.h"
 #include "engine/ado/rows.h"
 
@@ -22,12 +23,15 @@ public:
                     std::u16string& out) override;
     std::vector<std::uint64_t> orderKeys(std::size_t column, std::uint32_t count) override;
     std::int64_t code(std::uint32_t row, std::size_t column) const override;
+    void startPass() override;
+    void endPass() override;
     std::size_t byteCount() const override { return sizeof *this + store_.byteCount(); }
 
 private:
-    bool readField(std::uint32_t row, std::size_t column, jet::StoredField& field);
+    FieldReader& reader() { return inOrder_ ? *inOrder_ : anyRow_; }
     jet::Value readValue(std::uint32_t row, std::size_t column);
-    bool appendFileText(std::uint32_t row, std::size_t column, std::u16string& out);
+    bool appendFromFile(std::uint32_t row, std::size_t column, const ValueFormatter& formatter,
+                        std::u16string& out);
     std::optional<Unit> commonUnit(std::size_t column, std::uint32_t count) const;
     std::vector<std::uint64_t> numberKeys(std::size_t column, std::uint32_t count) const;
     std::vector<std::uint64_t> codeKeys(std::size_t column, std::uint32_t count) const;
@@ -37,11 +41,8 @@ private:
     std::shared_ptr<const jet::Table> table_;
     RowStore store_;
 
-    // The record read last stays valid while its long values are read by other hands.
-    jet::PageReader records_;
-    jet::PageReader longValues_;
-    jet::Record record_;
-    jet::Binary scratch_;
+    FieldReader anyRow_;
+    std::optional<FieldReader> inOrder_;  ///< during a pass
 };
 
 /// Rows of any other query, their values in memory.

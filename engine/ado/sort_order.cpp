@@ -63,6 +63,7 @@ std::vector<SortColumn> parseSort(std::u16string_view text,
 
 Permutation::Permutation(Rows& rows, std::vector<SortColumn> columns)
     : columns_{std::move(columns)}, count_{rows.count()}, rows_(count_) {
+    const Pass pass{rows};
     std::iota(rows_.begin(), rows_.end(), 0u);
     // From the last column to the first: a stable sort keeps what the later columns decided.
     for (auto sort = columns_.rbegin(); sort != columns_.rend(); ++sort) {

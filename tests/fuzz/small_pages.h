@@ -27,7 +27,7 @@ public:
     T next() {
         T value{};
         const std::size_t size = std::min(sizeof value, rest_.size());
-        std::memcpy(&value, rest_.data(), size);
+        if (size != 0) std::memcpy(&value, rest_.data(), size);
         rest_ = rest_.subspan(size);
         return value;
     }

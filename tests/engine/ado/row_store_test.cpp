@@ -140,7 +140,7 @@ TEST(Dictionary, RefusesWhatWouldNotPay) {
         for (; count < 100'000; ++count) {
             std::string text = std::to_string(count);
             text.resize(length, '.');
-            if (!dictionary.code(bytesOf(text), rows, count * every)) break;
+            if (dictionary.code(bytesOf(text), rows, count * every) == Dictionary::kNoCode) break;
         }
         EXPECT_EQ(dictionary.size(), count);
         return count;

@@ -194,7 +194,7 @@ TEST(RandomDamage, OneBlowEach) {
     const Survey whole = *survive(file);
     EXPECT_EQ(whole.skipped.rows + whole.skipped.pages + whole.refused, 0u);
     Random random{1923};
-    for (int round = 0; round < 1500; ++round) {
+    for (int round = 0; round < 800; ++round) {
         ByteVector damaged = file;
         damaged[kPageSize + random.below(static_cast<std::uint32_t>(file.size() - kPageSize))] ^=
             static_cast<std::uint8_t>(random.between(1, 255));
@@ -215,7 +215,7 @@ TEST(RandomDamage, CostsNoMoreThanThePage) {
     const std::size_t all = survive(file)->rows;
     Random random{2000};
     for (const auto& [page, rows] : rowsOf) {
-        for (int round = 0; round < 20; ++round) {
+        for (int round = 0; round < 8; ++round) {
             ByteVector damaged = file;
             const std::size_t offset =
                 random.oneIn(2) ? random.below(200) : random.below(kPageSize);

@@ -95,6 +95,7 @@ inline std::optional<std::string> plain(const Value& value) {
 /// The values of the row a scan stands on. Throws Error{Damaged}.
 inline std::vector<Value> valuesOf(TableScan& scan, const TableDefinition& definition) {
     std::vector<Value> values;
+    values.reserve(definition.columns.size());
     for (const Column& column : definition.columns) {
         values.push_back(
             decodeField(scan.pages(), column, scan.record().field(column), scan.record().page()));

@@ -137,24 +137,30 @@ TEST(OpenFile, NamesOfAllScripts) {
     EXPECT_THAT(message, HasSubstr("fehlt ß.mdb"));
 }
 
+/// The spelling with which the system's own calls take a path of any length.
+std::filesystem::path unlimited(const std::filesystem::path& path) {
+#ifdef _WIN32
+    return LR"(\\?\)" + std::filesystem::path{path}.make_preferred().wstring();
+#else
+    return path;
+#endif
+}
+
 TEST(OpenFile, PathsOfMoreThan260Characters) {
     const TemporaryFolder folder;
-    std::filesystem::path deep = folder.path();
-    for (int i = 0; i < 5; ++i) deep /= std::string(90, static_cast<char>('a' + i));
-#ifdef _WIN32
-    const std::filesystem::path spelled{LR"(\\?\)" +
-                                        std::filesystem::path{deep}.make_preferred().wstring()};
-#else
-    const std::filesystem::path spelled = deep;
-#endif
-    std::filesystem::create_directories(spelled);
-    const std::vector<std::uint8_t> content = numberedPages(2);
-    std::ofstream{spelled / "deep.mdb", std::ios::binary}.write(
-        reinterpret_cast<const char*>(content.data()),
-        static_cast<std::streamsize>(content.size()));
-    EXPECT_EQ(openFile(deep / "deep.mdb")->pageCount(), 2u);
-    expectFault(Fault::FileNotFound, [&] { openFile(deep / "missing.mdb"); });
-    std::filesystem::remove_all(spelled);
+    std::vector<std::filesystem::path> made{folder.path()};
+    for (char name = 'a'; name < 'f'; ++name) {
+        made.push_back(made.back() / std::string(90, name));
+        ASSERT_TRUE(std::filesystem::create_directory(unlimited(made.back())));
+    }
+    const auto deep = made.back() / "deep.mdb";
+    const auto plain = folder.write("plain.mdb", numberedPages(2));
+    std::filesystem::rename(plain, unlimited(deep));
+    EXPECT_EQ(openFile(deep)->pageCount(), 2u);
+    expectFault(Fault::FileNotFound, [&] { openFile(made.back() / "missing.mdb"); });
+
+    std::filesystem::remove(unlimited(deep));
+    for (; made.size() > 1; made.pop_back()) std::filesystem::remove(unlimited(made.back()));
 }
 
 TEST(OpenFile, ANameThatNoFileCanHave) {

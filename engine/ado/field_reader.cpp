@@ -1,0 +1,82 @@
+#include "engine/ado/field_reader.h"
+
+#include "engine/jet/database.h"
+#include "engine/jet/text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ado {
+namespace {
+
+/// 256 KiB, as scans read.
+constexpr std::uint32_t kBlockPages = 64;
+
+/// Two reads so close together are taken for a walk through the file.
+constexpr std::uint32_t kNear = 8;
+
+/// What a damaged field gives: nothing. Other failures are the storage's.
+template <typename Read>
+auto unlessDamaged(Read read) -> decltype(read()) {
+    try {
+        return read();
+    } catch (const jet::Error& error) {
+        if (error.fault() != jet::Fault::Damaged && error.fault() != jet::Fault::Truncated) throw;
+        return {};
+    }
+}
+
+}  // namespace
+
+FieldReader::FieldReader(std::shared_ptr<const jet::Table> table, Reading reading)
+    : table_{std::move(table)},
+      reading_{reading},
+      records_{table_->pageReader()},
+      longValues_{table_->pageReader()} {}
+
+bool FieldReader::read(jet::RowId row, const jet::Column& column, jet::StoredField& field) {
+    return unlessDamaged([&] {
+        if (reading_ == Reading::InOrder) loadAround(row.page());
+        if (!table_->find(records_, row, record_)) return false;
+        field = record_.field(column);
+        return true;
+    });
+}
+
+/// Loads the block that begins with the page, or ends with it on the way back, if the page before
+/// was near.
+void FieldReader::loadAround(jet::PageNumber page) {
+    const std::uint32_t number = raw(page);
+    if (number - blockFirst_ < blockCount_) return;
+    const std::uint32_t last = std::exchange(lastPage_, number);
+    const bool onward = number >= last && number - last <= kNear + blockCount_;
+    const bool back = number < last && last - number <= kNear + blockCount_;
+    if (!onward && !back) return;
+    const std::uint32_t pages = records_.storage().pageCount();
+    if (number >= pages) return;
+    blockCount_ = 0;
+    const std::uint32_t first = back && number >= kBlockPages ? number - kBlockPages + 1 : number;
+    const std::uint32_t count = std::min(kBlockPages, pages - first);
+    records_.loadBlock(jet::PageNumber{first}, count);
+    blockFirst_ = first;
+    blockCount_ = count;
+}
+
+jet::Value FieldReader::value(const jet::StoredField& field, const jet::Column& column) {
+    return unlessDamaged(
+        [&] { return jet::decodeField(longValues_, column, field, record_.page()); });
+}
+
+bool FieldReader::appendText(const jet::StoredField& field, const jet::Column& column,
+                             std::u16string& out) {
+    if (field.null) return true;
+    return unlessDamaged([&] {
+        const jet::Bytes bytes = column.isLongValue() ? jet::readLongValue(longValues_, field.bytes,
+                                                                           record_.page(), scratch_)
+                                                      : field.bytes;
+        jet::appendUtf16(bytes, out);
+        return true;
+    });
+}
+
+}  // namespace ado

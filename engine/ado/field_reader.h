@@ -1,0 +1,53 @@
+// Fields of rows by their row ids, out of the file.
+//
+//   ado::FieldReader reader{*table, ado::FieldReader::Reading::InOrder};
+//   jet::StoredField field;
+//   if (reader.read(rowId, column, field)) use(reader.text(field, column));
+//
+// Belongs to one thread.
+#pragma once
+
+#include "engine/jet/table.h"
+
+#include <string>
+
+namespace ado {
+
+class FieldReader {
+public:
+    enum class Reading {
+        AnyRow,   ///< a page at a time, as the cache has it
+        InOrder,  ///< many rows, mostly in the order of the file: in large blocks
+    };
+
+    FieldReader(std::shared_ptr<const jet::Table> table, Reading reading);
+
+    /// False if the row is gone or damaged. The field's bytes hold until the next read().
+    /// Throws jet::Error for failures of the storage.
+    bool read(jet::RowId row, const jet::Column& column, jet::StoredField& field);
+
+    /// The value of a field just read; Null if it is damaged. Throws as read().
+    jet::Value value(const jet::StoredField& field, const jet::Column& column);
+
+    /// Appends the characters of a text; false if it is damaged. Throws as read().
+    bool appendText(const jet::StoredField& field, const jet::Column& column, std::u16string& out);
+
+private:
+    void loadAround(jet::PageNumber page);
+
+    std::shared_ptr<const jet::Table> table_;
+    Reading reading_;
+
+    // The record read last stays valid while its long values are read by other hands.
+    jet::PageReader records_;
+    jet::PageReader longValues_;
+    jet::Record record_;
+    jet::Binary scratch_;
+
+    // The block of pages that records_ holds, when reading in order.
+    std::uint32_t blockFirst_ = 0;
+    std::uint32_t blockCount_ = 0;
+    std::uint32_t lastPage_ = 0;
+};
+
+}  // namespace ado
