@@ -61,7 +61,7 @@ std::wstring unlimited(const std::filesystem::path& path) {
     std::error_code ignored;
     std::filesystem::path absolute = std::filesystem::absolute(path, ignored);
     if (ignored) return path.wstring();
-    const std::wstring text = absolute.lexically_normal().make_preferred().wstring();
+    std::wstring text = absolute.lexically_normal().make_preferred().wstring();
     if (text.size() < MAX_PATH || text.starts_with(L"\\\\?\\")) return text;
     if (text.starts_with(L"\\\\")) return L"\\\\?\\UNC" + text.substr(1);
     return L"\\\\?\\" + text;

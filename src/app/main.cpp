@@ -18,7 +18,7 @@ void writeToDebugger(std::u16string_view label, const std::u16string& message) {
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
     setFailureReporter(writeToDebugger);
-    forms::setUnexpectedErrorHandler([](std::exception_ptr error) {
+    forms::setUnexpectedErrorHandler([](const std::exception_ptr& error) {
         writeToDebugger(u"[frmMain]", describe(toFailure(error)));
     });
     const forms::Application application;

@@ -5,6 +5,7 @@
 #include "src/db/mod_database.h"
 #include "src/i18n/mod_localize.h"
 #include "src/log/procedure.h"
+#include "src/macros/mdl_traces.h"
 #include "src/platform/system_formatter.h"
 #include "src/platform/text.h"
 #include "src/ui/main/main_display.h"
@@ -59,6 +60,7 @@ CommandLine parseProcessArguments() {
 void createDiags() {
     static MainDisplay display{mainForm()};
     modDatabase::setDisplay(display);
+    modDatabase::setMacroTraceReader(mdlTraces::initMacroTraces);
     diags() = std::make_unique<classDiags>(std::make_shared<WindowScheduler>(), display);
     diags()->rsDiags().setFormatter(std::make_shared<SystemFormatter>());
 }

@@ -33,6 +33,11 @@ constexpr int kPageSize = 100;
 
 LoadingDisplay* theDisplay = nullptr;
 
+std::function<void(ado::Recordset&)>& macroTraceReader() {
+    static std::function<void(ado::Recordset&)> reader;
+    return reader;
+}
+
 ado::Connection& connection() {
     static ado::Connection shared;
     return shared;
@@ -75,6 +80,10 @@ void openTraces(ado::Recordset& recordset, const std::u16string& query) {
 
 void setDisplay(LoadingDisplay& display) { theDisplay = &display; }
 
+void setMacroTraceReader(std::function<void(ado::Recordset&)> reader) {
+    macroTraceReader() = std::move(reader);
+}
+
 UniqueTraces& uniqueTraces() {
     static UniqueTraces shared;
     return shared;
@@ -94,6 +103,8 @@ void connectToDB(const std::u16string& path) {
         procedure.step([&] { connection().open(); });
     });
 }
+
+std::filesystem::path databasePath() { return connection().path(); }
 
 void openRecordsets() {
     runProcedure(u"[modDatabase]openRecordsets", Limit::None, [&](Procedure& procedure) {
@@ -152,6 +163,10 @@ void openMacroTraces() {
         procedure.step([&] {
             recordset.open(kMacroTracesQuery, connection(), ado::adOpenStatic, ado::adLockReadOnly,
                            ado::adOptionUnspecified);
+        });
+        // Called for a closed recordset too: the definitions of the database before must go.
+        procedure.step([&] {
+            if (macroTraceReader()) macroTraceReader()(recordset);
         });
     });
 }

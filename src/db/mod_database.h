@@ -9,6 +9,8 @@
 #include "src/db/loading_display.h"
 #include "src/db/unique_trace.h"
 
+#include <filesystem>
+#include <functional>
 #include <string>
 
 namespace modDatabase {
@@ -16,8 +18,14 @@ namespace modDatabase {
 /// Where loading shows itself. Set once at start-up, before anything is opened.
 void setDisplay(LoadingDisplay& display);
 
+/// Who reads the macro traces. Set once at start-up; without one they are not read.
+void setMacroTraceReader(std::function<void(ado::Recordset&)> reader);
+
 /// Points the shared connection at another file.
 void connectToDB(const std::u16string& path);
+
+/// The file that was opened last; empty before.
+std::filesystem::path databasePath();
 
 /// Opens everything for the current connection: unique traces, trace records, macro traces.
 void openRecordsets();

@@ -20,7 +20,7 @@ void reportLine(std::u16string_view label, const std::u16string& message) {
 
 }  // namespace
 
-Failure toFailure(std::exception_ptr error) {
+Failure toFailure(const std::exception_ptr& error) {
     try {
         std::rethrow_exception(error);
     } catch (const ado::Error& failure) {

@@ -25,7 +25,7 @@ struct Failure {
 
 /// The failure behind an exception: a provider's or the run-time's own number and description; a
 /// number of 0 for an exception of another kind.
-Failure toFailure(std::exception_ptr error);
+Failure toFailure(const std::exception_ptr& error);
 
 /// "Err.Number = N Err.Description = TEXT".
 std::u16string describe(const Failure& failure);

@@ -73,8 +73,13 @@ void frmMain::build() {
         {0, mnuFileMenu, L"mnuFileMenu", L"&File"},
         {1, mnuOpenTraceDatabase, L"mnuOpenTraceDatabase", L"&Open Trace Database",
          [this] { mnuOpenTraceDatabase_Click(); }, L"Ctrl+O"},
+        {1, mnuExportData, L"mnuExportData", L"Export &Data", [this] { mnuExportData_Click(); },
+         L"Ctrl+E"},
         {1, pFileSeperator, L"pFileSeperator", L"-"},
         {1, mnuExit, L"mnuExit", L"E&xit", [this] { mnuExit_Click(); }},
+        {0, mnuEdit, L"mnuEdit", L"&Edit"},
+        {1, mnuFind, L"mnuFind", L"&Find", [this] { mnuFind_Click(); }, L"Ctrl+F"},
+        {1, mnuFindNext, L"mnuFindNext", L"Find &Next", [this] { mnuFindNext_Click(); }, L"F3"},
     });
     createControls({
         {sstabMain, {L"sstabMain", L"", kMargin, kMargin, 6000_tw, 4500_tw}},
@@ -83,6 +88,9 @@ void frmMain::build() {
         {txtTrace, {L"txtTrace", L"", 120_tw, 3540_tw, 5760_tw, 600_tw, 0, &sstabMain, 0}},
         {cmdApplyFilter,
          {L"cmdApplyFilter", L"Apply Filter", 180_tw, 480_tw, 1800_tw, 345_tw, 0, &sstabMain, 1}},
+        {cmdAddMacroTraceToFilter,
+         {L"cmdAddMacroTraceToFilter", L"Add Macro Trace to Filter", 2040_tw, 480_tw, 2640_tw,
+          345_tw, 0, &sstabMain, 1}},
         {tvUniqueTraces,
          {L"tvUniqueTraces", L"", 120_tw, 900_tw, 5760_tw, 3000_tw, 0, &sstabMain, 1}},
         {cmdExpandAll, {L"cmdExpandAll", L"+", 180_tw, 3960_tw, 315_tw, 315_tw, 0, &sstabMain, 1}},
@@ -96,10 +104,12 @@ void frmMain::build() {
           &sstabMain, 1}},
         {statusbarMain, {L"statusbarMain", L"", 0_tw, 0_tw, 6000_tw, 300_tw}},
     });
+    findDialog.setNotice = [this](const std::u16string& text) { setNotice(text); };
     sstabMain.onTabClick = [this](int previousTab) { sstabMain_Click(previousTab); };
     tvUniqueTraces.setFont({.name = L"Courier New", .points = 9, .fixedPitch = true});
     tvUniqueTraces.onNodeCheck = [this](forms::TreeNode& node) { tvUniqueTraces_NodeCheck(node); };
     cmdApplyFilter.onClick = [this] { cmdApplyFilter_Click(); };
+    cmdAddMacroTraceToFilter.onClick = [this] { cmdAddMacroTraceToFilter_Click(); };
     cmdExpandAll.onClick = [this] { cmdExpandAll_Click(); };
     cmdCollapseAll.onClick = [this] { cmdCollapseAll_Click(); };
     cmdClearAllUniqueTraces.onClick = [this] { cmdClearAllUniqueTraces_Click(); };
@@ -131,9 +141,14 @@ void frmMain::localizeCaptions() {
     cmdClearAllUniqueTraces.setCaption(loadString(1021));
     cmdSelectAllUniqueTraces.setCaption(loadString(1039));
     cmdApplyFilter.setCaption(loadString(1017));
+    cmdAddMacroTraceToFilter.setCaption(loadString(1014));
     mnuFileMenu.setCaption(loadString(1009));
     mnuOpenTraceDatabase.setCaption(loadString(1012));
+    mnuExportData.setCaption(loadString(1025));
     mnuExit.setCaption(loadString(1024));
+    mnuEdit.setCaption(loadString(1008));
+    mnuFind.setCaption(loadString(1010));
+    mnuFindNext.setCaption(loadString(1029));
 }
 
 void frmMain::centerDisplay() {

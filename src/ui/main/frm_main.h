@@ -6,6 +6,7 @@
 
 #include "engine/ado/recordset.h"
 #include "src/db/frm_status.h"
+#include "src/search/dlg_find.h"
 #include "src/ui/main/trace_source.h"
 #include "toolkit/forms/buttons.h"
 #include "toolkit/forms/form.h"
@@ -24,6 +25,10 @@ class frmMain : public forms::Form {
 public:
     frmMain();
     ~frmMain() override { destroy(); }
+
+    /// Searches on for the last text of the find dialog, downwards; shows that dialog if `findNext`
+    /// is false.
+    void myfindText(bool findNext);
 
     /// Asks for a trace database; empty if the user cancelled.
     std::u16string selectDatabase();
@@ -44,6 +49,7 @@ public:
     grid::Grid tdbgridData;
     forms::TextBox txtTrace{{.multiLine = true, .readOnly = true, .verticalScroll = true}};
     forms::Button cmdApplyFilter;
+    forms::Button cmdAddMacroTraceToFilter;
     forms::TreeView tvUniqueTraces{{.checkBoxes = true}};
     forms::Button cmdExpandAll;
     forms::Button cmdCollapseAll;
@@ -60,11 +66,16 @@ public:
          .kind = forms::PanelKind::clock},
     }};
     frmStatus status;
+    dlgFind findDialog;
 
     forms::MenuItem mnuFileMenu;
     forms::MenuItem mnuOpenTraceDatabase;
+    forms::MenuItem mnuExportData;
     forms::MenuItem pFileSeperator;
     forms::MenuItem mnuExit;
+    forms::MenuItem mnuEdit;
+    forms::MenuItem mnuFind;
+    forms::MenuItem mnuFindNext;
 
 private:
     void build() override;
@@ -92,9 +103,17 @@ private:
     void cmdExpandAll_Click();
     void cmdCollapseAll_Click();
     void cmdApplyFilter_Click();
+    void cmdAddMacroTraceToFilter_Click();
     std::u16string constructFilters();
     void setAllSelected(bool selected);
     void setAllExpanded(bool expanded);
+
+    void mnuFind_Click();
+    void mnuFindNext_Click();
+    void mnuExportData_Click();
+    void setNotice(const std::u16string& text);
+    std::wstring askExportPath();
+    bool exportTo(const std::wstring& path);
 
     ado::Recordset* recordset_ = nullptr;
     std::unique_ptr<TraceSource> source_;

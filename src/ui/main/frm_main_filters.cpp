@@ -2,6 +2,7 @@
 #include "src/db/class_diags.h"
 #include "src/db/mod_database.h"
 #include "src/log/procedure.h"
+#include "src/macros/frm_macro_traces.h"
 #include "src/platform/text.h"
 #include "src/ui/main/frm_main.h"
 #include "src/ui/main/trace_filter.h"
@@ -105,4 +106,9 @@ std::u16string frmMain::constructFilters() {
 void frmMain::cmdApplyFilter_Click() {
     modDatabase::openDiagRecordset(whereClause(constructFilters()));
     reloadDBGrid(diags()->rsDiags());
+}
+
+void frmMain::cmdAddMacroTraceToFilter_Click() {
+    frmMacroTraces dialog{tvUniqueTraces};
+    dialog.showModal();
 }

@@ -1,5 +1,6 @@
 #include "tests/src/ui/main_window.h"
 
+#include "src/macros/mdl_traces.h"
 #include "src/platform/text.h"
 
 #include <chrono>
@@ -41,6 +42,7 @@ MainWindowTest::MainWindowTest() {
         reports.push_back(std::u16string{label} + u": " + message);
     });
     modDatabase::setDisplay(display);
+    modDatabase::setMacroTraceReader(mdlTraces::initMacroTraces);
     diags() = std::make_unique<classDiags>(std::make_shared<PostingScheduler>(), display);
 }
 

@@ -1,0 +1,31 @@
+// A text file in the system's ANSI code page, written from beginning to end.
+//
+//   AnsiFile file{path};
+//   file.write(u"one\r\n");
+//
+// Characters that the code page lacks become the ones that look most like them, else "?". Other
+// programs may read the file meanwhile. Errors are RuntimeError with the numbers customary for
+// files. The viewer's own thread.
+#pragma once
+
+#include "src/search/export.h"
+
+#include <windows.h>
+
+#include <string>
+
+class AnsiFile : public ExportTarget {
+public:
+    /// Creates the file or empties the one that is there.
+    explicit AnsiFile(const std::wstring& path);
+    ~AnsiFile() override;
+    AnsiFile(const AnsiFile&) = delete;
+    AnsiFile& operator=(const AnsiFile&) = delete;
+
+    void write(std::u16string_view text) override;
+    void restart() override;
+
+private:
+    HANDLE file_;
+    std::string bytes_;  ///< kept so that writing a block takes no new memory
+};

@@ -1,0 +1,27 @@
+// The texts searched for, the newest first, as the find dialog lists them.
+//
+//   const FindHistory::Use use = history.use(text);
+//   if (use.added) comboFindWhat.addItem(toWide(text), use.index);
+//   comboFindWhat.setListIndex(use.index);
+//
+// The viewer's own thread.
+#pragma once
+
+#include <string>
+#include <vector>
+
+class FindHistory {
+public:
+    struct Use {
+        int index = 0;       ///< the text's place in the list
+        bool added = false;  ///< it is new, and stands first
+    };
+
+    /// Called for every search. A known text keeps its place; upper and lower case differ.
+    Use use(const std::u16string& text);
+
+    const std::vector<std::u16string>& texts() const { return texts_; }
+
+private:
+    std::vector<std::u16string> texts_;
+};

@@ -1,0 +1,250 @@
+#include "src/platform/text.h"
+#include "src/search/trace_search.h"
+#include "tests/src/ui/main_window.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+void pressKey(int key) {
+    MSG message{};
+    message.hwnd = ::GetFocus();
+    message.message = WM_KEYDOWN;
+    message.wParam = static_cast<WPARAM>(key);
+    message.lParam = 1;
+    forms::dispatchMessage(message);
+    forms::doEvents();
+}
+
+class FindTest : public MainWindowTest {
+protected:
+    void SetUp() override {
+        lastFindText().clear();
+        openTexts({u"first error", u"x", u"ERROR two", u"y", u"it's z"});
+    }
+    void TearDown() override { lastFindText().clear(); }
+
+    /// One record a text, each a second later.
+    void openTexts(const std::vector<std::u16string>& texts) {
+        fixture::FixtureBuilder builder;
+        auto& table = builder.addTable(
+            {.name = u"tblTraces", .columns = fixture::traceColumns(fixture::TraceFormat::Oldest)});
+        double seconds = 0;
+        for (const std::u16string& text : texts) {
+            fixture::Row row(7);
+            row[0] = jet::Date{38000.5 + ++seconds / 86400};
+            row[6] = text;
+            table.insert(row);
+        }
+        open(folder.write("lines.mdb", builder.bytes()));
+        ASSERT_TRUE(waitUntil([&] {
+            return panel(1).empty() && rows().sort() == u"Date ASC" &&
+                   rows().rowCount() == texts.size();
+        }));
+        reports.clear();  // this file has no unique traces
+    }
+
+    void type(const wchar_t* text) {
+        form.findDialog.comboFindWhat.setText(text);
+        form.findDialog.comboFindWhat.onChange();
+    }
+
+    /// As the user does it in the dialog; the line that is current then.
+    int search(const wchar_t* text) {
+        type(text);
+        return searchAgain();
+    }
+    int searchAgain() {
+        form.findDialog.cmdFindNext.click();
+        return rows().absolutePosition();
+    }
+
+    std::vector<std::wstring> history() {
+        std::vector<std::wstring> texts;
+        for (int i = 0; i < form.findDialog.comboFindWhat.listCount(); ++i) {
+            texts.push_back(form.findDialog.comboFindWhat.list(i));
+        }
+        return texts;
+    }
+
+    void show() {
+        form.mnuFind.onClick();
+        forms::doEvents();
+    }
+};
+
+using Texts = std::vector<std::wstring>;
+
+TEST_F(FindTest, MenusHaveTheirTextsAndKeys) {
+    EXPECT_EQ(form.mnuEdit.caption(), L"&Edit");
+    EXPECT_EQ(form.mnuFind.caption(), L"&Find");
+    EXPECT_EQ(form.mnuFind.shortcut(), L"Ctrl+F");
+    EXPECT_EQ(form.mnuFindNext.caption(), L"Find &Next");
+    EXPECT_EQ(form.mnuFindNext.shortcut(), L"F3");
+}
+
+TEST_F(FindTest, TheDialogComesUpWithoutAnOwner) {
+    EXPECT_FALSE(form.findDialog.isLoaded());
+    show();
+    const dlgFind& dialog = form.findDialog;
+    EXPECT_TRUE(dialog.visible());
+    EXPECT_FALSE(dialog.isModal());
+    EXPECT_EQ(::GetWindow(dialog.hwnd(), GW_OWNER), nullptr);
+    EXPECT_TRUE(::IsWindowEnabled(form.hwnd()));
+    EXPECT_EQ(dialog.caption(), L"Find");
+    EXPECT_EQ(dialog.lblFindWhat.caption(), L"Find What:");
+    EXPECT_EQ(dialog.frmDirection.caption(), L"Direction");
+    EXPECT_EQ(dialog.optionDirection[0].caption(), L"&Up");
+    EXPECT_EQ(dialog.optionDirection[1].caption(), L"&Down");
+    EXPECT_EQ(dialog.cmdFindNext.caption(), L"Find &Next");
+    EXPECT_EQ(dialog.CancelButton.caption(), L"Cancel");
+    EXPECT_TRUE(dialog.optionDirection[1].value());
+}
+
+TEST_F(FindTest, AnEmptyTextDoesNothingAtAll) {
+    show();
+    form.statusbarMain.panel(1).setText(L"as it was");
+    EXPECT_EQ(search(L""), 1);
+    EXPECT_TRUE(history().empty());
+    EXPECT_EQ(panel(1), L"as it was");
+}
+
+TEST_F(FindTest, TheSecondSearchFindsTheNextMatch) {
+    show();
+    EXPECT_EQ(search(L"error"), 1) << "the current record counts";
+    EXPECT_EQ(searchAgain(), 3);
+    EXPECT_EQ(panel(1), L"");
+    EXPECT_EQ(form.tdbgridData.row(), 2);
+    EXPECT_EQ(form.txtTrace.text(), L"ERROR two");
+    EXPECT_EQ(panel(3), L"  Line 3 of 5  ");
+    EXPECT_EQ(searchAgain(), 3);
+    EXPECT_EQ(panel(1), L"error not found.");
+    EXPECT_EQ(history(), (Texts{L"error"}));
+}
+
+TEST_F(FindTest, ANewTextIncludesTheCurrentRecordAgain) {
+    show();
+    EXPECT_EQ(search(L"error"), 1);
+    EXPECT_EQ(searchAgain(), 3);
+    EXPECT_EQ(search(L"two"), 3);
+    EXPECT_EQ(history(), (Texts{L"two", L"error"}));
+    EXPECT_EQ(search(L"error"), 3) << "a known text steps over the current record";
+    EXPECT_EQ(panel(1), L"error not found.");
+    EXPECT_EQ(history(), (Texts{L"two", L"error"}));
+}
+
+TEST_F(FindTest, ATextChosenFromTheHistoryIsNotAddedAgain) {
+    show();
+    search(L"error");
+    search(L"y");
+    rows().setAbsolutePosition(1);
+    form.findDialog.comboFindWhat.setListIndex(1);
+    form.findDialog.comboFindWhat.onClick();
+    EXPECT_EQ(lastFindText(), u"error");
+    EXPECT_EQ(searchAgain(), 3);
+    EXPECT_EQ(history(), (Texts{L"y", L"error"}));
+    EXPECT_EQ(form.findDialog.comboFindWhat.listIndex(), 1);
+}
+
+TEST_F(FindTest, CancelHidesAndForgetsTheStepOnly) {
+    show();
+    search(L"error");
+    form.findDialog.optionDirection[0].setValue(true);
+    form.findDialog.CancelButton.click();
+    EXPECT_FALSE(form.findDialog.visible());
+    EXPECT_TRUE(form.findDialog.isLoaded());
+    show();
+    EXPECT_EQ(history(), (Texts{L"error"}));
+    EXPECT_TRUE(form.findDialog.optionDirection[0].value());
+    EXPECT_EQ(searchAgain(), 1) << "the current record counts again";
+    EXPECT_EQ(panel(1), L"");
+}
+
+TEST_F(FindTest, ClosingByTheCaptionBarHidesToo) {
+    show();
+    search(L"error");
+    ::SendMessageW(form.findDialog.hwnd(), WM_CLOSE, 0, 0);
+    EXPECT_FALSE(form.findDialog.visible());
+    EXPECT_TRUE(form.findDialog.isLoaded());
+}
+
+TEST_F(FindTest, UpFromTheFirstRecordFindsNothing) {
+    show();
+    form.findDialog.optionDirection[0].setValue(true);
+    EXPECT_EQ(search(L"error"), 1);
+    EXPECT_EQ(searchAgain(), 1);
+    EXPECT_EQ(panel(1), L"error not found.");
+    rows().setAbsolutePosition(5);
+    EXPECT_EQ(searchAgain(), 3);
+}
+
+TEST_F(FindTest, EnterSearchesAndEscapeHides) {
+    show();
+    type(L"two");
+    pressKey(VK_RETURN);
+    EXPECT_EQ(rows().absolutePosition(), 3);
+    pressKey(VK_ESCAPE);
+    EXPECT_FALSE(form.findDialog.visible());
+}
+
+TEST_F(FindTest, FindNextOfTheMainWindowSearchesDownwards) {
+    form.mnuFindNext.onClick();
+    EXPECT_EQ(rows().absolutePosition(), 1) << "nothing was ever typed";
+    show();
+    type(L"error");
+    form.findDialog.optionDirection[0].setValue(true);
+    form.mnuFindNext.onClick();
+    EXPECT_EQ(rows().absolutePosition(), 3) << "without a search from the dialog, and downwards";
+    EXPECT_TRUE(history().empty());
+    form.mnuFindNext.onClick();
+    EXPECT_EQ(rows().absolutePosition(), 3);
+    EXPECT_EQ(panel(1), L"error not found.");
+    EXPECT_EQ(form.mousePointer(), forms::MousePointer::standard);
+}
+
+TEST_F(FindTest, FindNextWithoutItsArgumentShowsTheDialog) {
+    form.myfindText(false);
+    EXPECT_TRUE(form.findDialog.visible());
+}
+
+TEST_F(FindTest, AnApostropheIsSurvived) {
+    show();
+    EXPECT_EQ(search(L"it's"), 1);
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_TRUE(reports[0].starts_with(u"[dlgFind]myfindText: Err.Number = 3001 "));
+    EXPECT_EQ(form.findDialog.mousePointer(), forms::MousePointer::standard);
+    form.mnuFindNext.onClick();
+    ASSERT_EQ(reports.size(), 2u);
+    EXPECT_TRUE(reports[1].starts_with(u"[frmMain]myfindText: Err.Number = 3001 "));
+    EXPECT_EQ(form.mousePointer(), forms::MousePointer::standard);
+    EXPECT_EQ(search(L"it?s"), 5);
+}
+
+TEST_F(FindTest, SearchesInTheOrderOfTheGrid) {
+    form.tdbgridData_HeadClick(form.tdbgridData.columnIndex(L"Date"));
+    ASSERT_EQ(rows().sort(), u"Date DESC");
+    show();
+    EXPECT_EQ(search(L"error"), 3);
+    EXPECT_EQ(searchAgain(), 5);
+    EXPECT_EQ(form.txtTrace.text(), L"first error");
+}
+
+TEST_F(FindTest, AnotherDatabaseIsSearchedByTheSameDialog) {
+    show();
+    EXPECT_EQ(search(L"two"), 3);
+    modDatabase::connectToDB((folder.path() / "none.mdb").u16string());
+    modDatabase::openRecordsets();
+    reports.clear();
+    form.findDialog.cmdFindNext.click();
+    EXPECT_FALSE(reports.empty()) << "there is nothing to search";
+    EXPECT_EQ(form.findDialog.mousePointer(), forms::MousePointer::standard);
+    fixture::writeTraceDatabase(folder.path() / "b.mdb", {.rows = 300});
+    open(folder.path() / "b.mdb");
+    ASSERT_TRUE(waitLoaded());
+    EXPECT_EQ(search(L"two"), 1);
+    EXPECT_EQ(panel(1), L"two not found.");
+    EXPECT_GT(search(L"Retry"), 0);
+    EXPECT_EQ(panel(1), L"");
+}
+
+}  // namespace
