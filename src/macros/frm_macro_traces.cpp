@@ -6,8 +6,6 @@
 #include "src/macros/mdl_traces.h"
 #include "src/platform/text.h"
 
-#include <source_location>
-
 using modLocalize::myLoadResString;
 using namespace forms::literals;
 using forms::TreeNode;
@@ -25,7 +23,7 @@ std::wstring loadString(unsigned id) { return toWide(myLoadResString(id)); }
 
 /// A step whose report ends with the line of the source where it stands.
 bool lineStep(Procedure& procedure, const std::function<void()>& action,
-              const std::source_location& place = std::source_location::current()) {
+              int line = __builtin_LINE()) {
     const auto numbered = [&] {
         try {
             action();
@@ -33,9 +31,8 @@ bool lineStep(Procedure& procedure, const std::function<void()>& action,
             throw RuntimeError{error.number(), fromAscii(error.what())};
         }
     };
-    return procedure.step(numbered, [&](Failure failure) {
-        failure.description += u" Line: " + toText(place.line());
-        procedure.report(failure);
+    return procedure.step(numbered, [&](const Failure& failure) {
+        procedure.report({failure.number, failure.description + u" Line: " + toText(line)});
         return Resume::Next;
     });
 }

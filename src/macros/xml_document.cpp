@@ -144,7 +144,7 @@ Node Document::addRoot(const wchar_t* name) {
     ComPtr<IXMLDOMElement> element;
     require(document_->createElement(toString(name).get(), &element),
             u"The element could not be made");
-    const Node root{element};
+    Node root{element};
     asNode().append(root);
     return root;
 }
