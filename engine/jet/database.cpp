@@ -4,6 +4,10 @@
 #include "engine/jet/header.h"
 #include "engine/jet/text.h"
 #include "engine/jet/usage_map.h"
+#include "engine/jet/write/write_context.h"
+
+#include <chrono>
+#include <ctime>
 
 namespace jet {
 namespace {
@@ -23,16 +27,53 @@ const Column& requireColumn(const TableDefinition& definition, std::u16string_vi
     return *column;
 }
 
+/// Local time to the second, as the catalog's dates have it.
+Date localTime() {
+    constexpr double kUnixEpoch = 25569;  // 1970-01-01
+    constexpr double kSecondsADay = 86400;
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+#ifdef _WIN32
+    localtime_s(&local, &now);
+#else
+    localtime_r(&now, &local);
+#endif
+    const std::chrono::year_month_day day{
+        std::chrono::year{local.tm_year + 1900},
+        std::chrono::month{static_cast<unsigned>(local.tm_mon + 1)},
+        std::chrono::day{static_cast<unsigned>(local.tm_mday)}};
+    const auto days = std::chrono::sys_days{day}.time_since_epoch().count();
+    const int seconds = (local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec;
+    return Date{kUnixEpoch + static_cast<double>(days) + seconds / kSecondsADay};
+}
+
 }  // namespace
 
 Database::Database(std::unique_ptr<Storage> storage)
-    : storage_{std::move(storage)}, cache_{*storage_} {}
+    : pager_{std::move(storage)}, cache_{pager_}, clock_{localTime} {
+    pager_.setListener([this](PageNumber number) {
+        if (number == kNoPage) {
+            cache_.clear();
+        } else {
+            cache_.forget(number);
+        }
+    });
+}
+
+Database::~Database() {
+    try {
+        commit();
+    } catch (const std::exception&) {
+        // Taken back by then; whoever wants to know commits before.
+    }
+}
 
 std::shared_ptr<Database> Database::open(const std::filesystem::path& path) {
     return open(openFile(path));
 }
 
 std::shared_ptr<Database> Database::open(std::unique_ptr<Storage> storage) {
+    recover(*storage);
     checkHeader(*storage);
     std::shared_ptr<Database> database{new Database{std::move(storage)}};
     PageReader reader{database->storage(), database->cache()};
@@ -46,8 +87,36 @@ const std::vector<CatalogEntry>& Database::catalog() {
     return *catalog_;
 }
 
+void Database::write(const std::function<void(WriteContext&)>& change) {
+    pager_.begin();
+    try {
+        WriteContext context{*this, pager_, PageAllocator{pager_}, clock_()};
+        change(context);
+    } catch (...) {
+        pager_.undo();
+        forgetCatalog();
+        throw;
+    }
+    pager_.end();
+    forgetCatalog();
+}
+
+void Database::commit() {
+    try {
+        pager_.commit();
+    } catch (...) {
+        forgetCatalog();
+        throw;
+    }
+}
+
+void Database::forgetCatalog() {
+    const std::lock_guard lock{catalogMutex_};
+    catalog_.reset();
+}
+
 std::vector<CatalogEntry> Database::readCatalog() {
-    PageReader reader{*storage_, cache_};
+    PageReader reader{pager_, cache_};
     const Table objects{shared_from_this(),
                         TableDefinition::read(reader, kCatalogPage, u"MSysObjects")};
     const TableDefinition& definition = objects.definition();
@@ -89,7 +158,7 @@ std::shared_ptr<const Table> Database::table(std::u16string_view name) {
     for (const CatalogEntry& entry : catalog()) {
         if (!entry.isTable() || compareText(entry.name, name) != std::strong_ordering::equal)
             continue;
-        PageReader reader{*storage_, cache_};
+        PageReader reader{pager_, cache_};
         const PageNumber page{entry.id & kObjectPageMask};
         return std::make_shared<Table>(shared_from_this(),
                                        TableDefinition::read(reader, page, entry.name));

@@ -3,14 +3,17 @@
 //   auto database = jet::Database::open("traces.mdb");
 //   auto table = database->table(u"tblTraces");
 //
-// Opening reads the header and nothing else; the catalog is read when first asked for. Any thread
-// may call an open database.
+// Opening reads the header and nothing else; the catalog is read when first asked for. A change
+// that a crash cut short is taken back first. Any thread may read an open database; changes are for
+// one.
 #pragma once
 
 #include "engine/jet/page_cache.h"
+#include "engine/jet/pager.h"
 #include "engine/jet/storage.h"
 #include "engine/jet/table.h"
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -29,12 +32,19 @@ struct CatalogEntry {
     bool isUserTable() const { return isTable() && (flags & 0x80000002u) == 0; }
 };
 
+struct WriteContext;
+
 class Database : public std::enable_shared_from_this<Database> {
 public:
     /// Throws Error: what openFile throws; NotADatabase, OlderFormat, NewerFormat, Encrypted,
-    /// PasswordProtected, Truncated.
+    /// PasswordProtected, Truncated; ReadOnly or InUse if a change has to be taken back and cannot
+    /// be.
     static std::shared_ptr<Database> open(const std::filesystem::path& path);
     static std::shared_ptr<Database> open(std::unique_ptr<Storage> storage);
+
+    /// Makes what has been written durable, as far as that can be done. A caller who wants to know
+    /// calls commit().
+    ~Database();
 
     /// All objects that can be read, in storage order. Throws Error{Damaged} if the catalog as a
     /// whole cannot.
@@ -44,15 +54,33 @@ public:
     /// Throws Error: NoSuchTable, Damaged.
     std::shared_ptr<const Table> table(std::u16string_view name);
 
-    const Storage& storage() const { return *storage_; }
+    // ---- Changes ----
+
+    /// Runs `change` as one statement: all of it happens, or nothing. What it wrote can be read
+    /// from here at once, and becomes durable with commit(); until then nobody else can open the
+    /// file. Throws Error: ReadOnly, InUse, WriteFailed, DiskFull; what `change` throws.
+    void write(const std::function<void(WriteContext&)>& change);
+
+    /// Makes the statements since the last commit durable, all together, and lets others open the
+    /// file again. Throws Error: WriteFailed, DiskFull, ReadFailed; none of them has happened then.
+    void commit();
+
+    bool hasUncommittedChanges() const { return pager_.hasChanges(); }
+
+    /// Where the catalog's dates come from; local time, unless a test or a tool says otherwise.
+    void setClock(std::function<Date()> clock) { clock_ = std::move(clock); }
+
+    const Storage& storage() const { return pager_; }
     PageCache& cache() { return cache_; }
 
 private:
     explicit Database(std::unique_ptr<Storage> storage);
     std::vector<CatalogEntry> readCatalog();
+    void forgetCatalog();
 
-    std::unique_ptr<Storage> storage_;
+    Pager pager_;
     PageCache cache_;
+    std::function<Date()> clock_;
     std::mutex catalogMutex_;
     std::optional<std::vector<CatalogEntry>> catalog_;
 };

@@ -24,10 +24,23 @@ enum class Fault {
     Truncated,          ///< the file ends in the middle of what it promises
     Damaged,            ///< a structure in the file contradicts the format
     NoSuchTable,
+    ReadOnly,         ///< the file or its folder may not be written
+    WriteFailed,      ///< the storage failed while it was written to
+    DiskFull,         ///< no room for the change
+    FileFull,         ///< the change would take the file beyond the format's 2 GB
+    TableExists,      ///< an object of that name is in the catalog
+    AlreadyExists,    ///< the table has a column or an index of that name
+    NoSuchColumn,     ///< the table has no such column
+    TooMany,          ///< the format has no room for more columns or indexes, or for a longer name
+    ValueTooLarge,    ///< a value or a record is longer than its column or a page
+    WrongType,        ///< a value is not of its column's type, or the type cannot be used so
+    DuplicateKey,     ///< a unique index holds the key already
+    NullKey,          ///< an index that requires values was given Null
+    IndexNotWritable  ///< an index in a text order that is not this project's
 };
 
-/// A failure to read the file. what() is one UTF-8 sentence for a person: it says what is wrong
-/// and, for damage, in which table and on which page.
+/// A failure to read or write the file. what() is one UTF-8 sentence for a person: it says what is
+/// wrong and, for damage, in which table and on which page.
 class Error : public std::runtime_error {
 public:
     Error(Fault fault, const std::string& message, PageNumber page = kNoPage)

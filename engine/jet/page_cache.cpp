@@ -3,12 +3,14 @@
 namespace jet {
 
 PagePtr PageCache::get(PageNumber number) {
+    std::uint64_t forgottenBefore = 0;
     {
         const std::lock_guard lock{mutex_};
         if (const auto found = byNumber_.find(raw(number)); found != byNumber_.end()) {
             byUse_.splice(byUse_.begin(), byUse_, found->second);
             return found->second->page;
         }
+        forgottenBefore = forgotten_;
     }
     if (number == kNoPage || raw(number) >= storage_.pageCount()) {
         throwDamaged(number, "a link leads outside the file");
@@ -17,7 +19,8 @@ PagePtr PageCache::get(PageNumber number) {
     storage_.readPages(number, *page);
 
     const std::lock_guard lock{mutex_};
-    if (!byNumber_.contains(raw(number))) {
+    // What was read while pages changed may be old already.
+    if (forgotten_ == forgottenBefore && !byNumber_.contains(raw(number))) {
         byUse_.push_front({number, page});
         byNumber_[raw(number)] = byUse_.begin();
         if (byUse_.size() > capacity_) {
@@ -30,8 +33,18 @@ PagePtr PageCache::get(PageNumber number) {
 
 void PageCache::clear() {
     const std::lock_guard lock{mutex_};
+    ++forgotten_;
     byNumber_.clear();
     byUse_.clear();
+}
+
+void PageCache::forget(PageNumber number) {
+    const std::lock_guard lock{mutex_};
+    ++forgotten_;
+    const auto found = byNumber_.find(raw(number));
+    if (found == byNumber_.end()) return;
+    byUse_.erase(found->second);
+    byNumber_.erase(found);
 }
 
 Bytes PageReader::page(PageNumber number) {

@@ -30,6 +30,9 @@ public:
     /// Forgets all pages, so that what another program wrote since is seen.
     void clear();
 
+    /// Forgets one page, which is about to change.
+    void forget(PageNumber number);
+
 private:
     struct Entry {
         PageNumber number;
@@ -39,6 +42,7 @@ private:
     const Storage& storage_;
     const std::size_t capacity_;
     std::mutex mutex_;
+    std::uint64_t forgotten_ = 0;  ///< how often pages have been forgotten
     std::list<Entry> byUse_;  ///< latest first
     std::unordered_map<std::uint32_t, std::list<Entry>::iterator> byNumber_;
 };

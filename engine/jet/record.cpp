@@ -7,8 +7,8 @@ namespace {
 
 constexpr std::size_t kCountSize = 2;
 
-/// Bytes that a value of a fixed-size type takes wherever it is stored; 0 for the other types.
-/// Descriptors found in the wild hold rubbish here, so the type decides.
+}  // namespace
+
 std::size_t sizeOfType(ColumnType type) {
     switch (type) {
         case ColumnType::Byte:
@@ -31,7 +31,10 @@ std::size_t sizeOfType(ColumnType type) {
     }
 }
 
-}  // namespace
+std::size_t storedSize(const Column& column) {
+    const std::size_t ownSize = sizeOfType(column.type);
+    return ownSize != 0 ? ownSize : column.size;
+}
 
 Record::Record(Bytes bytes, PageNumber page) : bytes_{bytes}, page_{page} {
     if (bytes.size() < kCountSize) throwDamaged(page, "a record is cut short");
@@ -57,8 +60,7 @@ StoredField Record::field(const Column& column) const {
     if (!bit) return field;
     if (!column.fixed) return variableField(column);
 
-    const std::size_t ownSize = sizeOfType(column.type);
-    const std::size_t size = ownSize != 0 ? ownSize : column.size;
+    const std::size_t size = storedSize(column);
     const std::size_t begin = kCountSize + column.fixedOffset;
     if (begin + size > maskOffset_) throwDamaged(page_, "a record is too short for its columns");
     field.null = false;

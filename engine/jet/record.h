@@ -14,6 +14,13 @@
 
 namespace jet {
 
+/// Bytes that a value of a fixed-size type takes wherever it is stored; 0 for the other types.
+/// Descriptors found in the wild hold rubbish here, so the type decides.
+std::size_t sizeOfType(ColumnType type);
+
+/// Bytes of a value in the fixed part of a record.
+std::size_t storedSize(const Column& column);
+
 /// The stored bytes of one field.
 struct StoredField {
     bool null = true;

@@ -3,7 +3,8 @@
 //   std::unique_ptr<jet::Storage> storage = jet::openFile(path);
 //   storage->readPages(jet::PageNumber{0}, buffer);
 //
-// Implementations are safe to read from several threads at once.
+// Reading is safe from several threads at once; whoever writes must be alone (jet::Pager sees to
+// it).
 #pragma once
 
 #include "engine/jet/error.h"
@@ -32,23 +33,72 @@ public:
     /// Fills `buffer`, a whole number of pages long, from page `first` on.
     /// Throws Error: Truncated if the file ends before the buffer does, else ReadFailed.
     void readPages(PageNumber first, std::span<std::uint8_t> buffer) const;
+
+    // ---- Writing. What follows lock() is for its holder. A storage that can only be read leaves
+    // ---- all of this as it is here.
+
+    /// Makes this the only one that has the file open. Throws Error: ReadOnly, InUse; the storage
+    /// then is as it was.
+    virtual void lock();
+
+    /// Back to shared reading. Throws Error{ReadFailed} if the file cannot be opened again.
+    virtual void unlock() {}
+
+    /// Throws Error: WriteFailed, DiskFull. What is written beyond the end extends the storage.
+    virtual void writeAt(std::uint64_t offset, Bytes bytes);
+
+    /// Cuts the storage to `size` bytes. Throws Error{WriteFailed}.
+    virtual void truncate(std::uint64_t size);
+
+    /// Returns when all that was written is safe from a power failure. Throws Error{WriteFailed}.
+    virtual void sync();
+
+    /// The journal beside this storage, if there is one; it may be read without lock().
+    virtual std::unique_ptr<Storage> openJournal() { return nullptr; }
+
+    /// A new, empty journal in place of any other. Throws Error: ReadOnly, WriteFailed, DiskFull.
+    virtual std::unique_ptr<Storage> createJournal();
+
+    /// Removes the journal, which nobody has open any more. Throws Error{WriteFailed}.
+    virtual void removeJournal() {}
 };
 
-/// Opens a file for reading, shared with every other program that has it open.
+/// Opens a file for reading, shared with every other program that has it open; to be written it
+/// has to be locked. Its journal stands beside it, with "-journal" behind its name.
 /// Throws Error: FileNotFound, AccessDenied, InUse or ReadFailed.
 /// Paths of more than 260 characters are accepted on Windows too.
 std::unique_ptr<Storage> openFile(const std::filesystem::path& path);
 
-/// A database held in memory.
+/// Makes a new, empty file and opens it. Throws Error{AccessDenied} if there is one already or none
+/// can be made.
+std::unique_ptr<Storage> createFile(const std::filesystem::path& path);
+
+/// A database held in memory. It can be written; its journal is held in memory too.
 class MemoryStorage : public Storage {
 public:
-    explicit MemoryStorage(std::vector<std::uint8_t> content) : content_{std::move(content)} {}
+    using Content = std::vector<std::uint8_t>;
 
-    std::uint64_t size() const override { return content_.size(); }
+    explicit MemoryStorage(Content content)
+        : content_{std::make_shared<Content>(std::move(content))} {}
+
+    std::uint64_t size() const override { return content_->size(); }
     std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) const override;
 
+    void lock() override {}
+    void writeAt(std::uint64_t offset, Bytes bytes) override;
+    void truncate(std::uint64_t size) override { content_->resize(size); }
+    void sync() override {}
+    std::unique_ptr<Storage> openJournal() override;
+    std::unique_ptr<Storage> createJournal() override;
+    void removeJournal() override { journal_.reset(); }
+
+    const Content& content() const { return *content_; }
+
 private:
-    std::vector<std::uint8_t> content_;
+    explicit MemoryStorage(std::shared_ptr<Content> shared) : content_{std::move(shared)} {}
+
+    std::shared_ptr<Content> content_;
+    std::shared_ptr<Content> journal_;  ///< null if there is none
 };
 
 }  // namespace jet

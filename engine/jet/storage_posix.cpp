@@ -4,11 +4,13 @@
 #include "engine/jet/storage.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 namespace jet {
 namespace {
@@ -25,34 +27,88 @@ Fault faultOf(int code) {
             return Fault::FileNotFound;
         case EACCES:
         case EPERM:
+        case EEXIST:
             return Fault::AccessDenied;
         case EBUSY:
         case ETXTBSY:
+        case EWOULDBLOCK:
             return Fault::InUse;
         default:
             return Fault::ReadFailed;
     }
 }
 
+/// What a refusal to open or make a file for writing means.
+Fault writingFaultOf(int code) {
+    switch (code) {
+        case EACCES:
+        case EPERM:
+        case EROFS:
+            return Fault::ReadOnly;
+        case ENOSPC:
+        case EDQUOT:
+        case EFBIG:
+            return Fault::DiskFull;
+        case ETXTBSY:
+        case EWOULDBLOCK:
+            return Fault::InUse;
+        default:
+            return Fault::WriteFailed;
+    }
+}
+
+/// An open file, closed at the end.
+class Descriptor {
+public:
+    Descriptor() = default;
+    explicit Descriptor(int number) : number_{number} {}
+    ~Descriptor() { reset(); }
+    Descriptor(Descriptor&& other) noexcept : number_{std::exchange(other.number_, -1)} {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        reset();
+        number_ = std::exchange(other.number_, -1);
+        return *this;
+    }
+
+    int get() const { return number_; }
+    explicit operator bool() const { return number_ >= 0; }
+    void reset() {
+        if (number_ >= 0) ::close(number_);
+        number_ = -1;
+    }
+
+private:
+    int number_ = -1;
+};
+
+struct stat statusOf(int descriptor) {
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0) {
+        throwSystem(Fault::ReadFailed, "The size of the file cannot be read", errno);
+    }
+    return status;
+}
+
+/// A name that was made or removed is safe only when its folder is.
+void syncFolder(const std::filesystem::path& path) {
+    const auto folder = path.has_parent_path() ? path.parent_path() : std::filesystem::path{"."};
+    const Descriptor descriptor{::open(folder.c_str(), O_RDONLY | O_CLOEXEC)};
+    if (descriptor) ::fsync(descriptor.get());
+}
+
 class PosixStorage : public Storage {
 public:
-    explicit PosixStorage(int descriptor) : descriptor_{descriptor} {}
-    ~PosixStorage() override { ::close(descriptor_); }
-    PosixStorage(const PosixStorage&) = delete;
-    PosixStorage& operator=(const PosixStorage&) = delete;
+    PosixStorage(Descriptor file, std::filesystem::path path)
+        : file_{std::move(file)}, path_{std::move(path)} {}
 
     std::uint64_t size() const override {
-        struct stat status {};
-        if (::fstat(descriptor_, &status) != 0) {
-            throwSystem(Fault::ReadFailed, "The size of the file cannot be read", errno);
-        }
-        return static_cast<std::uint64_t>(status.st_size);
+        return static_cast<std::uint64_t>(statusOf(file_.get()).st_size);
     }
 
     std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) const override {
         std::size_t done = 0;
         while (done < buffer.size()) {
-            const ssize_t count = ::pread(descriptor_, buffer.data() + done, buffer.size() - done,
+            const ssize_t count = ::pread(file_.get(), buffer.data() + done, buffer.size() - done,
                                           static_cast<off_t>(offset + done));
             if (count == 0) break;
             if (count > 0) {
@@ -64,24 +120,128 @@ public:
         return done;
     }
 
+    void lock() override {
+        if (writable_) return;
+        Descriptor writable{::open(path_.c_str(), O_RDWR | O_CLOEXEC)};
+        if (!writable) {
+            throwSystem(writingFaultOf(errno), "The file " + path_.string() + " cannot be written",
+                        errno);
+        }
+        if (statusOf(writable.get()).st_ino != statusOf(file_.get()).st_ino) {
+            throw Error{Fault::WriteFailed, "The file " + path_.string() + " has been replaced."};
+        }
+        if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
+            const int code = errno;
+            ::flock(file_.get(), LOCK_SH | LOCK_NB);  // a conversion that fails may lose the lock
+            throwSystem(Fault::InUse, "The file " + path_.string() + " is in use", code);
+        }
+        writable_ = std::move(writable);
+    }
+
+    void unlock() override {
+        writable_.reset();
+        ::flock(file_.get(), LOCK_SH);
+    }
+
+    void writeAt(std::uint64_t offset, Bytes bytes) override {
+        while (!bytes.empty()) {
+            const ssize_t count = ::pwrite(writable_.get(), bytes.data(), bytes.size(),
+                                           static_cast<off_t>(offset));
+            if (count >= 0) {
+                offset += static_cast<std::uint64_t>(count);
+                bytes = bytes.subspan(static_cast<std::size_t>(count));
+            } else if (errno != EINTR) {
+                const Fault fault = writingFaultOf(errno);
+                throwSystem(fault == Fault::DiskFull ? fault : Fault::WriteFailed,
+                            "The file " + path_.string() + " cannot be written", errno);
+            }
+        }
+    }
+
+    void truncate(std::uint64_t size) override {
+        if (::ftruncate(writable_.get(), static_cast<off_t>(size)) != 0) failToWrite();
+    }
+
+    void sync() override {
+        if (::fdatasync(writable_.get()) != 0) failToWrite();
+    }
+
+    std::unique_ptr<Storage> openJournal() override {
+        Descriptor file{::open(journalPath().c_str(), O_RDONLY | O_CLOEXEC)};
+        if (!file && errno == ENOENT) return nullptr;
+        if (!file) {
+            throwSystem(faultOf(errno),
+                        "The file " + journalPath().string() +
+                            ", which is needed to complete the database, cannot be opened",
+                        errno);
+        }
+        return std::make_unique<PosixStorage>(std::move(file), journalPath());
+    }
+
+    std::unique_ptr<Storage> createJournal() override {
+        const auto name = journalPath();
+        Descriptor file{::open(name.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)};
+        if (!file) {
+            throwSystem(writingFaultOf(errno), "The file " + name.string() + " cannot be made",
+                        errno);
+        }
+        syncFolder(name);
+        auto journal = std::make_unique<PosixStorage>(std::move(file), name);
+        journal->writable_ = Descriptor{::dup(journal->file_.get())};
+        return journal;
+    }
+
+    void removeJournal() override {
+        std::error_code failure;
+        std::filesystem::remove(journalPath(), failure);
+        if (failure) throw Error{Fault::WriteFailed, "The journal cannot be removed."};
+    }
+
+    /// Takes part in the game of locks. Throws Error{InUse} while somebody writes.
+    void share() {
+        if (::flock(file_.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+            throwSystem(Fault::InUse, "The file " + path_.string() + " cannot be opened",
+                        EWOULDBLOCK);
+        }
+    }
+
 private:
-    int descriptor_;
+    std::filesystem::path journalPath() const {
+        auto path = path_;
+        path += "-journal";
+        return path;
+    }
+
+    [[noreturn]] void failToWrite() const {
+        throwSystem(Fault::WriteFailed, "The file " + path_.string() + " cannot be written", errno);
+    }
+
+    Descriptor file_;
+    Descriptor writable_;  ///< open while locked
+    std::filesystem::path path_;
 };
+
+std::unique_ptr<Storage> openDescriptor(const std::filesystem::path& path, int flags) {
+    Descriptor file{::open(path.c_str(), flags | O_CLOEXEC, 0666)};
+    const int code = file && S_ISDIR(statusOf(file.get()).st_mode) ? EISDIR : errno;
+    if (!file || code == EISDIR) {
+        throwSystem(code == EISDIR ? Fault::AccessDenied : faultOf(code),
+                    "The file " + path.string() + " cannot be opened", code);
+    }
+    auto storage =
+        std::make_unique<PosixStorage>(std::move(file), std::filesystem::absolute(path));
+    storage->share();
+    return storage;
+}
 
 }  // namespace
 
 std::unique_ptr<Storage> openFile(const std::filesystem::path& path) {
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) {
-        const int code = errno;
-        throwSystem(faultOf(code), "The file " + path.string() + " cannot be opened", code);
-    }
-    auto storage = std::make_unique<PosixStorage>(descriptor);
-    struct stat status {};
-    if (::fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode)) {
-        throwSystem(Fault::AccessDenied, "The file " + path.string() + " cannot be opened", EISDIR);
-    }
-    return storage;
+    return openDescriptor(path, O_RDONLY);
+}
+
+std::unique_ptr<Storage> createFile(const std::filesystem::path& path) {
+    return openDescriptor(path, O_RDWR | O_CREAT | O_EXCL);
 }
 
 }  // namespace jet

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace jet {
 namespace {
@@ -56,27 +57,96 @@ Fault faultOf(DWORD code) {
     }
 }
 
+/// What a refusal to open or make a file for writing means.
+Fault writingFaultOf(DWORD code) {
+    switch (code) {
+        case ERROR_ACCESS_DENIED:
+        case ERROR_WRITE_PROTECT:
+            return Fault::ReadOnly;
+        case ERROR_SHARING_VIOLATION:
+        case ERROR_LOCK_VIOLATION:
+            return Fault::InUse;
+        case ERROR_DISK_FULL:
+        case ERROR_HANDLE_DISK_FULL:
+        case ERROR_FILE_TOO_LARGE:
+            return Fault::DiskFull;
+        default:
+            return Fault::WriteFailed;
+    }
+}
+
 /// The path in the form that has no limit of 260 characters.
 std::wstring unlimited(const std::filesystem::path& path) {
     std::error_code ignored;
     std::filesystem::path absolute = std::filesystem::absolute(path, ignored);
     if (ignored) return path.wstring();
     std::wstring text = absolute.lexically_normal().make_preferred().wstring();
-    if (text.size() < MAX_PATH || text.starts_with(L"\\\\?\\")) return text;
+    // Names that are derived from this one may be some characters longer.
+    constexpr std::size_t kDerived = 10;
+    if (text.size() + kDerived < MAX_PATH || text.starts_with(L"\\\\?\\")) return text;
     if (text.starts_with(L"\\\\")) return L"\\\\?\\UNC" + text.substr(1);
     return L"\\\\?\\" + text;
 }
 
+/// An open file, closed at the end.
+class Handle {
+public:
+    Handle() = default;
+    Handle(const std::wstring& name, DWORD access, DWORD sharing, DWORD disposition)
+        : handle_{::CreateFileW(name.c_str(), access, sharing, nullptr, disposition,
+                                FILE_ATTRIBUTE_NORMAL, nullptr)} {}
+    ~Handle() { reset(); }
+    Handle(Handle&& other) noexcept
+        : handle_{std::exchange(other.handle_, INVALID_HANDLE_VALUE)} {}
+    Handle& operator=(Handle&& other) noexcept {
+        reset();
+        handle_ = std::exchange(other.handle_, INVALID_HANDLE_VALUE);
+        return *this;
+    }
+
+    HANDLE get() const { return handle_; }
+    explicit operator bool() const { return handle_ != INVALID_HANDLE_VALUE; }
+    void reset() {
+        if (*this) ::CloseHandle(handle_);
+        handle_ = INVALID_HANDLE_VALUE;
+    }
+
+private:
+    HANDLE handle_ = INVALID_HANDLE_VALUE;
+};
+
+Handle openShared(const std::wstring& name) {
+    return {name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+            OPEN_EXISTING};
+}
+
+Handle openAlone(const std::wstring& name) {
+    return {name, GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING};
+}
+
+/// Tells one file from another, whatever their names.
+struct Identity {
+    DWORD volume = 0;
+    DWORD high = 0;
+    DWORD low = 0;
+    friend bool operator==(const Identity&, const Identity&) = default;
+};
+
+Identity identityOf(const Handle& file) {
+    BY_HANDLE_FILE_INFORMATION information{};
+    ::GetFileInformationByHandle(file.get(), &information);
+    return {information.dwVolumeSerialNumber, information.nFileIndexHigh,
+            information.nFileIndexLow};
+}
+
 class WindowsStorage : public Storage {
 public:
-    explicit WindowsStorage(HANDLE file) : file_{file} {}
-    ~WindowsStorage() override { ::CloseHandle(file_); }
-    WindowsStorage(const WindowsStorage&) = delete;
-    WindowsStorage& operator=(const WindowsStorage&) = delete;
+    WindowsStorage(Handle file, std::wstring name)
+        : file_{std::move(file)}, name_{std::move(name)} {}
 
     std::uint64_t size() const override {
         LARGE_INTEGER size{};
-        if (!::GetFileSizeEx(file_, &size)) {
+        if (!::GetFileSizeEx(file_.get(), &size)) {
             throwSystem(Fault::ReadFailed, "The size of the file cannot be read", ::GetLastError());
         }
         return static_cast<std::uint64_t>(size.QuadPart);
@@ -92,15 +162,106 @@ public:
         return done;
     }
 
+    /// A file can only be had alone while nobody has it open, this object included.
+    void lock() override {
+        if (locked_) return;
+        refuseWhileOthersWrite();
+        const Identity before = identityOf(file_);
+        file_.reset();
+        Handle alone = openAlone(name_);
+        if (!alone) {
+            const DWORD code = ::GetLastError();
+            reopen();
+            failToWrite(writingFaultOf(code), code);
+        }
+        file_ = std::move(alone);
+        locked_ = true;
+        if (!(identityOf(file_) == before)) {
+            unlock();
+            throw Error{Fault::WriteFailed, "The file " + toUtf8(name_) + " has been replaced."};
+        }
+    }
+
+    void unlock() override {
+        if (!std::exchange(locked_, false)) return;
+        file_.reset();
+        reopen();
+    }
+
+    void writeAt(std::uint64_t offset, Bytes bytes) override {
+        while (!bytes.empty()) {
+            OVERLAPPED place = placeAt(offset);
+            DWORD count = 0;
+            const auto wanted = static_cast<DWORD>(std::min(bytes.size(), kMostAtOnce));
+            if (!::WriteFile(file_.get(), bytes.data(), wanted, &count, &place)) {
+                const DWORD code = ::GetLastError();
+                const Fault fault = writingFaultOf(code);
+                failToWrite(fault == Fault::DiskFull ? fault : Fault::WriteFailed, code);
+            }
+            offset += count;
+            bytes = bytes.subspan(count);
+        }
+    }
+
+    void truncate(std::uint64_t size) override {
+        LARGE_INTEGER end{};
+        end.QuadPart = static_cast<LONGLONG>(size);
+        if (!::SetFilePointerEx(file_.get(), end, nullptr, FILE_BEGIN) ||
+            !::SetEndOfFile(file_.get())) {
+            failToWrite(Fault::WriteFailed, ::GetLastError());
+        }
+    }
+
+    void sync() override {
+        if (!::FlushFileBuffers(file_.get())) failToWrite(Fault::WriteFailed, ::GetLastError());
+    }
+
+    std::unique_ptr<Storage> openJournal() override {
+        Handle file = openShared(journalName());
+        if (!file) {
+            const DWORD code = ::GetLastError();
+            if (code == ERROR_FILE_NOT_FOUND) return nullptr;
+            throwSystem(faultOf(code),
+                        "The file " + toUtf8(journalName()) +
+                            ", which is needed to complete the database, cannot be opened",
+                        code);
+        }
+        return std::make_unique<WindowsStorage>(std::move(file), journalName());
+    }
+
+    std::unique_ptr<Storage> createJournal() override {
+        Handle file{journalName(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS};
+        if (!file) {
+            const DWORD code = ::GetLastError();
+            throwSystem(writingFaultOf(code),
+                        "The file " + toUtf8(journalName()) + " cannot be made", code);
+        }
+        return std::make_unique<WindowsStorage>(std::move(file), journalName());
+    }
+
+    void removeJournal() override {
+        if (!::DeleteFileW(journalName().c_str()) && ::GetLastError() != ERROR_FILE_NOT_FOUND) {
+            throwSystem(Fault::WriteFailed, "The journal cannot be removed", ::GetLastError());
+        }
+    }
+
 private:
-    DWORD readSome(std::uint64_t offset, std::span<std::uint8_t> buffer) const {
-        constexpr std::size_t kMostAtOnce = std::size_t{1} << 30;
+    static constexpr std::size_t kMostAtOnce = std::size_t{1} << 30;
+
+    std::wstring journalName() const { return name_ + L"-journal"; }
+
+    static OVERLAPPED placeAt(std::uint64_t offset) {
         OVERLAPPED place{};
         place.Offset = static_cast<DWORD>(offset);
         place.OffsetHigh = static_cast<DWORD>(offset >> 32);
+        return place;
+    }
+
+    DWORD readSome(std::uint64_t offset, std::span<std::uint8_t> buffer) const {
+        OVERLAPPED place = placeAt(offset);
         DWORD count = 0;
         const auto wanted = static_cast<DWORD>(std::min(buffer.size(), kMostAtOnce));
-        if (!::ReadFile(file_, buffer.data(), wanted, &count, &place)) {
+        if (!::ReadFile(file_.get(), buffer.data(), wanted, &count, &place)) {
             const DWORD code = ::GetLastError();
             if (code == ERROR_HANDLE_EOF) return 0;
             throwSystem(Fault::ReadFailed, "The file cannot be read", code);
@@ -108,22 +269,64 @@ private:
         return count;
     }
 
-    HANDLE file_;
+    /// The office program keeps a lock file beside a database that it shares. One that was left
+    /// behind can be opened alone and means nothing.
+    void refuseWhileOthersWrite() const {
+        const std::wstring name = std::filesystem::path{name_}.replace_extension(L".ldb").wstring();
+        const Handle file = openAlone(name);
+        const DWORD code = ::GetLastError();
+        if (!file && code == ERROR_SHARING_VIOLATION) failToWrite(Fault::InUse, code);
+    }
+
+    /// In the moment in which nobody has the file open, somebody may take it alone for a while.
+    void reopen() {
+        constexpr int kAttempts = 50;
+        for (int attempt = 0; attempt < kAttempts; ++attempt) {
+            file_ = openShared(name_);
+            if (file_ || ::GetLastError() != ERROR_SHARING_VIOLATION) break;
+            ::Sleep(10);
+        }
+        if (!file_) {
+            throwSystem(Fault::ReadFailed, "The file " + toUtf8(name_) + " cannot be opened again",
+                        ::GetLastError());
+        }
+    }
+
+    [[noreturn]] void failToWrite(Fault fault, DWORD code) const {
+        throwSystem(fault, "The file " + toUtf8(name_) + " cannot be written", code);
+    }
+
+    Handle file_;
+    std::wstring name_;
+    bool locked_ = false;
 };
 
-}  // namespace
-
-std::unique_ptr<Storage> openFile(const std::filesystem::path& path) {
-    const std::wstring name = unlimited(path);
-    const HANDLE file = ::CreateFileW(name.c_str(), GENERIC_READ,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
+std::unique_ptr<Storage> opened(Handle file, const std::filesystem::path& path, std::wstring name) {
+    if (!file) {
         const DWORD code = ::GetLastError();
         throwSystem(faultOf(code), "The file " + toUtf8(path.wstring()) + " cannot be opened",
                     code);
     }
-    return std::make_unique<WindowsStorage>(file);
+    return std::make_unique<WindowsStorage>(std::move(file), std::move(name));
+}
+
+}  // namespace
+
+std::unique_ptr<Storage> openFile(const std::filesystem::path& path) {
+    std::wstring name = unlimited(path);
+    return opened(openShared(name), path, name);
+}
+
+std::unique_ptr<Storage> createFile(const std::filesystem::path& path) {
+    std::wstring name = unlimited(path);
+    {
+        const Handle made{name, GENERIC_READ | GENERIC_WRITE, 0, CREATE_NEW};
+        if (!made) {
+            const DWORD code = ::GetLastError();
+            throwSystem(Fault::AccessDenied, "The file " + toUtf8(name) + " cannot be made", code);
+        }
+    }
+    return opened(openShared(name), path, name);
 }
 
 }  // namespace jet

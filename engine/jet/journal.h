@@ -1,0 +1,73 @@
+// The rollback journal: pages as they were before they were changed, so that a change which was
+// cut short can be taken back.
+//
+//   offset  size  meaning
+//   0       8     "VORELLEJ"
+//   8       4     version, 1
+//   12      4     pages that the file had
+//   16      8     salt of the checksums, new for every journal
+//   24      8     fingerprint of the file's header page
+//   32      8     checksum of the above
+//   40      ..    records: u32 page, u32 kind, u64 checksum, 4096 bytes
+//
+// A record counts only if its checksum is right, so it does not matter where a crash cut the
+// journal off. A journal whose header is not valid means nothing.
+//
+// A Journal belongs to the one who writes the file.
+#pragma once
+
+#include "engine/jet/storage.h"
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace jet {
+
+class Journal {
+public:
+    enum class Kind : std::uint32_t {
+        Transaction = 1,  ///< as the page was before anything was changed: for a crash
+        Statement = 2,    ///< as it was before the current statement: for this process alone
+    };
+
+    /// Starts a journal in an empty file. Throws what the storage throws.
+    Journal(std::unique_ptr<Storage> file, std::uint32_t pageCount, std::uint64_t fingerprint);
+
+    /// Takes up a page. It is on its way to the storage, not yet safe.
+    void append(Kind kind, PageNumber number, Bytes page);
+
+    /// Returns when all records are safe from a power failure; a second call without new records
+    /// costs nothing.
+    void sync();
+
+    /// Where the next record will stand.
+    std::uint64_t end() const { return end_; }
+
+    /// Calls `use` with kind, number and bytes of each record from `from` on.
+    using Use = std::function<void(Kind, PageNumber, Bytes)>;
+    void replay(std::uint64_t from, const Use& use);
+    static constexpr std::uint64_t kFirstRecord = 40;
+
+    /// Makes the journal mean nothing, for good: the moment in which a change becomes durable.
+    void invalidate();
+
+private:
+    void flush();
+
+    std::unique_ptr<Storage> file_;
+    std::uint64_t salt_;
+    std::vector<std::uint8_t> buffer_;  ///< records that the storage does not have yet
+    std::uint64_t end_ = 0;
+    bool synced_ = false;
+};
+
+/// What ties a journal to its file: nothing in this project ever changes a header page.
+std::uint64_t fingerprintOf(const Storage& file);
+
+/// Takes back a change that a crash cut short: puts back the pages in the storage's journal.
+/// Leaves a storage without a valid journal as it is. Throws Error: ReadOnly or InUse if that has
+/// to be done and cannot be, ReadFailed, WriteFailed.
+void recover(Storage& file);
+
+}  // namespace jet

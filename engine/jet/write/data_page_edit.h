@@ -1,0 +1,73 @@
+// Data pages being changed: rows added at the end of a page, or a whole page laid out anew.
+//
+//   const auto slot = jet::appendRow(*page, record, 0);     // nothing if it does not fit
+//
+//   jet::PageLayout layout{*page, number};
+//   layout.rows[3].bytes = longerRecord;
+//   if (layout.fits()) layout.writeTo(*page);
+#pragma once
+
+#include "engine/jet/data_page.h"
+
+#include <optional>
+#include <vector>
+
+namespace jet {
+
+inline constexpr std::uint16_t kPointerSlot = 0x4000;
+inline constexpr std::uint16_t kMovedSlot = 0x8000;
+inline constexpr std::uint16_t kDeletedSlot = 0xC000;
+
+/// A row's identity has one byte for the slot, and this engine's makers use 255 of them.
+inline constexpr unsigned kMostRows = 255;
+
+/// A pointer to a record that moved.
+inline constexpr std::size_t kPointerRowSize = 4;
+
+/// The usual limit of a record; a page could hold 20 bytes more.
+inline constexpr std::size_t kMostRecordBytes = 4060;
+
+/// Makes `page` an empty data page.
+void formatDataPage(Page& page, std::uint32_t owner);
+
+/// Bytes for rows and their slots. Requires: a data page whose slots are sound.
+std::size_t freeBytes(const Page& page);
+unsigned slotCount(const Page& page);
+
+/// Whether a row of `size` bytes, with its slot, fits.
+bool hasRoom(const Page& page, std::size_t size);
+
+/// Adds a row in a new slot; nothing if it does not fit. Requires: a sound data page.
+std::optional<unsigned> appendRow(Page& page, Bytes row, std::uint16_t flags);
+
+/// The bytes of a row that is there, to be overwritten. Throws Error{Damaged} if it is not.
+std::span<std::uint8_t> rowBytes(Page& page, PageNumber number, unsigned slot);
+
+/// All rows of a page, to be laid out anew. Their bytes are those of a copy of the page, or
+/// whatever they are set to, which must live until the page is written.
+class PageLayout {
+public:
+    struct Row {
+        std::uint16_t flags = 0;
+        Bytes bytes;  ///< none of a deleted row
+    };
+
+    /// Throws Error{Damaged} if it is no data page or a row lies outside it: what cannot be read
+    /// must not be written.
+    PageLayout(const Page& page, PageNumber number);
+
+    std::vector<Row> rows;
+
+    /// Bytes of rows and slots together.
+    std::size_t size() const;
+    static constexpr std::size_t kCapacity = kPageSize - 14;
+    bool fits() const { return size() <= kCapacity; }
+
+    /// Requires: fits().
+    void writeTo(Page& page) const;
+
+private:
+    Page copy_;
+};
+
+}  // namespace jet

@@ -1,0 +1,112 @@
+#include "engine/jet/write/index_node.h"
+
+#include "engine/jet/bytes.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace jet {
+namespace {
+
+constexpr std::size_t kBitmapOffset = 27;
+constexpr std::size_t kAreaOffset = 480;
+
+template <typename T>
+void store(Page& page, std::size_t offset, T value) {
+    std::memcpy(page.data() + offset, &value, sizeof value);
+}
+
+void appendBigEndian(Key& out, std::uint32_t value, unsigned bytes) {
+    for (unsigned i = bytes; i-- > 0;) out.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+}
+
+}  // namespace
+
+std::size_t commonPrefix(Bytes left, Bytes right) {
+    return static_cast<std::size_t>(std::ranges::mismatch(left, right).in1 - left.begin());
+}
+
+void makeEntry(Bytes key, RowId row, Key& out) {
+    out.assign(key.begin(), key.end());
+    appendBigEndian(out, raw(row.page()), 3);
+    appendBigEndian(out, row.slot(), 1);
+}
+
+IndexNode::IndexNode(const Page& page, PageNumber pageNumber, PageNumber owner)
+    : number{pageNumber},
+      previous{load<std::uint32_t>(page, 12)},
+      next{load<std::uint32_t>(page, 16)},
+      tail{load<std::uint32_t>(page, 20)} {
+    const IndexPage source{page, pageNumber, owner};
+    // Pages found in the wild may lack the level of anything above a leaf.
+    level = source.isLeaf() ? 0u : std::max(1u, unsigned{page[26]});
+    if (source.isLeaf()) tail = kNoPage;
+    entries.resize(source.size());
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        source.read(i, entries[i].bytes);
+        if (!source.isLeaf()) entries[i].child = source.child(i);
+    }
+    // Every child may have an entry; the last one is the tail all the same.
+    if (!source.isLeaf() && tail == kNoPage && !entries.empty()) {
+        tail = entries.back().child;
+        entries.pop_back();
+    }
+    if (!source.isLeaf() && tail == kNoPage) {
+        throwDamaged(pageNumber, "an index page has no pages below it");
+    }
+}
+
+std::size_t IndexNode::lowerBound(Bytes entry) const {
+    const auto found = std::lower_bound(
+        entries.begin(), entries.end(), entry, [](const Entry& left, Bytes right) {
+            return std::lexicographical_compare(left.bytes.begin(), left.bytes.end(),
+                                                right.begin(), right.end());
+        });
+    return static_cast<std::size_t>(found - entries.begin());
+}
+
+std::size_t IndexNode::plainSize() const {
+    std::size_t size = 0;
+    for (const Entry& entry : entries) size += entry.bytes.size() + (isLeaf() ? 0 : kChildBytes);
+    return size;
+}
+
+/// Bytes that all entries but the first leave out. Only leaves are compressed, as the original
+/// engine does, and only when they have to be.
+std::size_t IndexNode::prefix() const {
+    if (!isLeaf() || plainSize() <= kCapacity) return 0;
+    return commonPrefix(entries.front().bytes, entries.back().bytes);
+}
+
+std::size_t IndexNode::size() const {
+    const std::size_t shared = prefix();
+    return shared == 0 ? plainSize() : plainSize() - shared * (entries.size() - 1);
+}
+
+void IndexNode::writeTo(Page& page, PageNumber owner) const {
+    page.fill(0);
+    page[0] = isLeaf() ? 4 : 3;
+    page[1] = 1;
+    store(page, 2, static_cast<std::uint16_t>(kCapacity - size()));
+    store(page, 4, raw(owner));
+    store(page, 12, raw(previous));
+    store(page, 16, raw(next));
+    store(page, 20, raw(tail));
+    const std::size_t shared = prefix();
+    store(page, 24, static_cast<std::uint16_t>(shared));
+    page[26] = static_cast<std::uint8_t>(level);
+    std::size_t end = 0;
+    Key stored;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const Bytes bytes = Bytes{entries[i].bytes}.subspan(i == 0 ? 0 : shared);
+        stored.assign(bytes.begin(), bytes.end());
+        if (!isLeaf()) appendBigEndian(stored, raw(entries[i].child), 4);
+        std::copy(stored.begin(), stored.end(),
+                  page.begin() + static_cast<std::ptrdiff_t>(kAreaOffset + end));
+        end += stored.size();
+        std::uint8_t& bits = page[kBitmapOffset + end / 8];
+        bits = static_cast<std::uint8_t>(bits | 1u << (end % 8));
+    }
+}
+
+}  // namespace jet

@@ -1,0 +1,65 @@
+// One page of an index tree, taken apart into entries that can be changed.
+//
+//   jet::IndexNode node{*pager.page(number), number, owner};
+//   node.entries.insert(node.entries.begin() + at, {entry, kNoPage});
+//   if (node.fits()) node.writeTo(*pager.edit(number), owner);
+#pragma once
+
+#include "engine/jet/index_page.h"
+#include "engine/jet/page_cache.h"
+
+#include <vector>
+
+namespace jet {
+
+struct IndexNode {
+    struct Entry {
+        Key bytes;  ///< key and row id
+        PageNumber child = kNoPage;
+    };
+
+    static constexpr std::size_t kCapacity = 3616;  ///< bytes of the entry area
+    static constexpr std::size_t kChildBytes = 4;
+
+    /// An empty leaf.
+    IndexNode() = default;
+
+    /// Throws Error{Damaged}.
+    IndexNode(const Page& page, PageNumber number, PageNumber owner);
+
+    bool isLeaf() const { return level == 0; }
+
+    /// The first entry that is not less than `entry`.
+    std::size_t lowerBound(Bytes entry) const;
+
+    /// The page below entry `index`, or the tail if there is no such entry.
+    PageNumber child(std::size_t index) const {
+        return index < entries.size() ? entries[index].child : tail;
+    }
+
+    /// Bytes that the entries take on a page.
+    std::size_t size() const;
+    bool fits() const { return size() <= kCapacity; }
+
+    /// Requires: fits().
+    void writeTo(Page& page, PageNumber owner) const;
+
+    PageNumber number = kNoPage;
+    PageNumber previous = kNoPage;  ///< on its level
+    PageNumber next = kNoPage;
+    PageNumber tail = kNoPage;  ///< of an intermediate page: the child behind the last entry
+    unsigned level = 0;
+    std::vector<Entry> entries;
+
+private:
+    std::size_t plainSize() const;
+    std::size_t prefix() const;
+};
+
+/// How many bytes the two have in common at their beginning.
+std::size_t commonPrefix(Bytes left, Bytes right);
+
+/// Replaces `out` by an entry as it stands in a leaf: the key, the page (big-endian), the slot.
+void makeEntry(Bytes key, RowId row, Key& out);
+
+}  // namespace jet

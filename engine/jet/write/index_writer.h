@@ -1,0 +1,82 @@
+// Entries of one index tree added and removed one by one, and a whole tree built anew.
+//
+//   jet::IndexWriter index{context, definition, 0};
+//   index.insert(key, row);
+//   index.finish();
+#pragma once
+
+#include "engine/jet/table_definition.h"
+#include "engine/jet/write/index_node.h"
+#include "engine/jet/write/key_sorter.h"
+#include "engine/jet/write/page_allocator.h"
+#include "engine/jet/write/usage_map_writer.h"
+
+#include <optional>
+
+namespace jet {
+
+class IndexWriter {
+public:
+    /// A page must take two entries; the limit leaves room for that.
+    static constexpr std::size_t kLongestKey = 1800;
+
+    /// Throws Error{Damaged}.
+    IndexWriter(Pager& pager, PageAllocator& allocator, const TableDefinition& definition,
+                std::size_t physical);
+
+    const PhysicalIndex& index() const { return index_; }
+
+    /// Throws Error: DuplicateKey if the index is unique and holds the key (a key of Nulls alone
+    /// may come again and again), ValueTooLarge for a key that is too long, Damaged, FileFull; as
+    /// Pager::edit.
+    void insert(const Key& key, RowId row);
+
+    /// An entry that is not there is damage. Throws Error{Damaged}; as Pager::edit.
+    void remove(const Key& key, RowId row);
+
+    /// Replaces the tree by one of the sorter's keys. Throws as insert.
+    void rebuild(KeySorter& keys);
+
+    /// Writes the map of the tree's pages.
+    void finish() { map_.save(allocator_); }
+
+    /// The statistics of the index: see PhysicalIndex.
+    std::uint32_t entriesAtBuild() const { return index_.entriesAtBuild; }
+    std::uint32_t distinctKeys() const { return index_.distinctKeys; }
+
+private:
+    /// What a change below means for the page above.
+    struct Outcome {
+        struct Split {
+            PageNumber lower = kNoPage;  ///< a new page with the lower part of the entries
+            Key last;                    ///< the last entry at or below it
+        };
+        std::optional<Split> split;
+        std::optional<Key> last;  ///< the last entry at or below the page, if it is another now
+        bool empty = false;       ///< the page is gone
+    };
+
+    IndexNode load(PageNumber number) const;
+    void write(const IndexNode& node);
+    Outcome insertBelow(PageNumber number, const Key& entry, int depth);
+    Outcome removeBelow(PageNumber number, const Key& entry, int depth);
+    void takeUp(IndexNode& node, std::size_t at, Outcome below, Outcome& outcome);
+    void store(IndexNode& node, bool appended, Outcome& outcome);
+    Outcome::Split split(IndexNode& node, bool appended);
+    void unlink(const IndexNode& node);
+    void growRoot(const Outcome::Split& split);
+    bool holds(const Key& key) const;
+    void requireShort(const Key& key) const;
+    [[noreturn]] void throwDuplicate() const;
+
+    Pager& pager_;
+    PageAllocator& allocator_;
+    PageNumber owner_;
+    PhysicalIndex index_;
+    UsageMapWriter map_;
+};
+
+/// Whether a key consists of Nulls alone; `key` is of this index.
+bool isNullKey(const Key& key, const PhysicalIndex& index);
+
+}  // namespace jet

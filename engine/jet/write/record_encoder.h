@@ -1,0 +1,39 @@
+// Lays records out: the other way round of jet::Record.
+//
+//   jet::RecordEncoder encoder{definition};
+//   encoder.encode(fields, bytes);
+#pragma once
+
+#include "engine/jet/record.h"
+
+#include <vector>
+
+namespace jet {
+
+class RecordEncoder {
+public:
+    explicit RecordEncoder(const TableDefinition& definition);
+
+    /// Replaces `out` by a record of the full width. `fields` are in the order of the definition's
+    /// columns; the bytes of fixed ones have their full size.
+    /// Throws Error{ValueTooLarge} if the record is larger than a page takes.
+    void encode(std::span<const StoredField> fields, std::vector<std::uint8_t>& out) const;
+
+private:
+    [[noreturn]] static void throwTooLarge();
+    struct Place {
+        std::uint16_t id = 0;
+        bool boolean = false;
+        bool fixed = false;
+        std::size_t offset = 0;  ///< of a fixed column, in the record
+    };
+
+    std::size_t columnCount_;
+    std::size_t fixedEnd_;  ///< where the fixed part of a record ends
+    std::vector<Place> places_;
+    /// For each place in the offset table the column that has it; places of deleted columns have
+    /// none and are empty.
+    std::vector<std::size_t> variables_;
+};
+
+}  // namespace jet

@@ -1,0 +1,54 @@
+// Making and changing tables: their columns, their indexes, their rows of the catalog.
+//
+//   jet::createTable(context, u"People", {{.name = u"Name", .type = ColumnType::Text, .size = 100}});
+//   jet::createIndex(context, u"People", {.name = u"ByName", .columns = {{u"Name"}}});
+//
+// A table's definition that was read before one of these is out of date after it.
+#pragma once
+
+#include "engine/jet/table_definition.h"
+#include "engine/jet/write/write_context.h"
+
+namespace jet {
+
+struct NewColumn {
+    std::u16string name;
+    ColumnType type = ColumnType::Text;
+    std::uint16_t size = 0;  ///< of Text and Binary: bytes, 2 a character; else ignored
+    bool autonumber = false;
+    std::uint8_t precision = 18;  ///< of Numeric
+    std::uint8_t scale = 0;
+    bool compressed = true;  ///< of Text and Memo: stored compressed where that is shorter
+};
+
+struct NewIndexColumn {
+    std::u16string name;
+    bool ascending = true;
+};
+
+struct NewIndex {
+    std::u16string name;
+    std::vector<NewIndexColumn> columns;
+    bool unique = false;
+    bool primary = false;  ///< unique and without Null as well
+    bool ignoreNulls = false;
+    bool required = false;  ///< no Null
+};
+
+/// Throws Error: TableExists for the name of any table or query; AlreadyExists for two columns of
+/// one name; TooMany, WrongType; IndexNotWritable if the catalog is kept in another text order.
+void createTable(WriteContext& context, std::u16string_view name,
+                 const std::vector<NewColumn>& columns);
+
+/// Old rows have Null in the column, or False. They are not touched.
+/// Throws Error: NoSuchTable, AlreadyExists, TooMany, WrongType.
+void addColumn(WriteContext& context, std::u16string_view table, const NewColumn& column);
+
+/// Throws Error: NoSuchTable, NoSuchColumn, AlreadyExists, TooMany, WrongType, DuplicateKey,
+/// NullKey, IndexNotWritable.
+void createIndex(WriteContext& context, std::u16string_view table, const NewIndex& index);
+
+/// Gives back all pages of the table. Throws Error: NoSuchTable; ReadOnly for a system table.
+void dropTable(WriteContext& context, std::u16string_view name);
+
+}  // namespace jet
