@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <numeric>
 #include <string_view>
@@ -155,6 +156,37 @@ void checkHeader(const Storage& storage) {
     if (hasPassword(page)) {
         throw Error{Fault::PasswordProtected, "The database is protected by a password."};
     }
+}
+
+void writeHeader(Page& page) {
+    constexpr std::string_view kSignature = "Standard Jet DB";
+    constexpr std::string_view kVersionText = "4.0";
+    constexpr std::uint64_t kCreated = 0x40E4AB3E3BD3853E;  // 2015-11-21
+    constexpr std::uint32_t kBuild = 9756;
+    constexpr std::uint16_t kAnsiCodePage = 1252;
+    constexpr std::uint16_t kGeneral = 0x0409;
+    constexpr std::size_t kCommitBytes = 0xE00;
+    page.fill(0);
+    const auto put = [&](std::size_t offset, auto value) {
+        std::memcpy(page.data() + offset, &value, sizeof value);
+    };
+    page[1] = 1;
+    std::ranges::copy(kSignature, page.begin() + 4);
+    put(0x14, std::uint32_t{1});
+    put(0x18, RowId{PageNumber{1}, 0}.packed());
+    put(0x1C, RowId{PageNumber{1}, 1}.packed());
+    for (std::uint32_t table = 0; table < 4; ++table) put(0x20 + 4 * table, 2 + table);
+    put(0x3C, kAnsiCodePage);
+    const auto mask = static_cast<std::int32_t>(std::bit_cast<double>(kCreated));
+    for (std::size_t i = 0; i < kPasswordSize; i += sizeof mask) put(kPassword + i, mask);
+    put(0x6A, kBuild);
+    put(0x6E, kGeneral);
+    put(kCreationDate, kCreated);
+    unmask(std::span{page}.subspan(kMasked, kMaskedSize));
+    put(0x98, std::uint32_t{0x654});
+    std::ranges::copy(kVersionText, page.begin() + 0x9C);
+    page[kCommitBytes] = 1;
+    for (std::size_t at = kCommitBytes + 1; at < kPageSize; at += 2) page[at] = 1;
 }
 
 }  // namespace jet

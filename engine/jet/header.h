@@ -21,4 +21,8 @@ void checkHeader(const Storage& storage);
 /// A map that makes no sense proves nothing: only writers need it. Throws Error{Truncated}.
 void checkLength(PageReader& pages);
 
+/// Makes `page` the header of a new database, without key and password. Its creation date is the
+/// same for all of them: the security identifiers of a new catalog belong to it.
+void writeHeader(Page& page);
+
 }  // namespace jet

@@ -2,6 +2,7 @@
 
 #include "engine/jet/collation.h"
 #include "engine/jet/database.h"
+#include "engine/jet/write/definition_blocks.h"
 
 #include <algorithm>
 
@@ -110,20 +111,20 @@ void DefinitionEditor::addColumn(Block descriptor, std::u16string name) {
     columns_.push_back({std::move(descriptor), std::move(name)});
 }
 
-void DefinitionEditor::addPhysicalIndex(Block block, std::uint32_t entries,
+void DefinitionEditor::addPhysicalIndex(const PhysicalIndex& index, std::uint32_t entries,
                                         std::uint32_t distinctKeys) {
-    physical_.push_back(std::move(block));
+    physical_.push_back(encodePhysicalIndex(index));
     Block& counters = counters_.emplace_back();
     append(counters, entries);
     append(counters, distinctKeys);
     append(counters, std::uint32_t{0});
 }
 
-void DefinitionEditor::addLogicalIndex(Block block, std::u16string name) {
+void DefinitionEditor::addLogicalIndex(const LogicalIndex& index) {
     const auto behind = std::ranges::find_if(logical_, [&](const Named& other) {
-        return compareText(other.name, name) == std::strong_ordering::greater;
+        return compareText(other.name, index.name) == std::strong_ordering::greater;
     });
-    logical_.insert(behind, {std::move(block), std::move(name)});
+    logical_.insert(behind, {encodeLogicalIndex(index), index.name});
 }
 
 void DefinitionEditor::addLongValueMaps(std::uint16_t columnId, RowId owned, RowId free) {

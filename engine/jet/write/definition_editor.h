@@ -36,11 +36,12 @@ public:
     /// Appends a column: its descriptor of 25 bytes. Counts are the caller's to set.
     void addColumn(Block descriptor, std::u16string name);
 
-    /// Appends a physical index: its block of 52 bytes, and its counters.
-    void addPhysicalIndex(Block block, std::uint32_t entries, std::uint32_t distinctKeys);
+    /// Appends a physical index, and its counters.
+    void addPhysicalIndex(const PhysicalIndex& index, std::uint32_t entries,
+                          std::uint32_t distinctKeys);
 
-    /// Adds a logical index, a block of 28 bytes, in its place by name.
-    void addLogicalIndex(Block block, std::u16string name);
+    /// Adds a logical index in its place by name.
+    void addLogicalIndex(const LogicalIndex& index);
 
     /// Appends the maps of a long-value column.
     void addLongValueMaps(std::uint16_t columnId, RowId owned, RowId free);
@@ -50,9 +51,6 @@ public:
     T get(std::size_t offset) const;
     template <typename T>
     void set(std::size_t offset, T value);
-
-    std::size_t physicalIndexCount() const { return physical_.size(); }
-    const std::vector<Named>& logicalIndexes() const { return logical_; }
 
     /// Writes the definition to its first page and as many others as it needs.
     /// Throws as Pager::edit, Error{FileFull}.

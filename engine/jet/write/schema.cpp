@@ -5,11 +5,10 @@
 #include "engine/jet/database.h"
 #include "engine/jet/text.h"
 #include "engine/jet/write/catalog_writer.h"
-#include "engine/jet/write/definition_editor.h"
+#include "engine/jet/write/definition_blocks.h"
 #include "engine/jet/write/table_writer.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace jet {
 namespace {
@@ -19,13 +18,7 @@ using Block = DefinitionEditor::Block;
 // Limits of the format's own engine.
 constexpr std::size_t kMostColumns = 255;
 constexpr std::size_t kMostIndexes = 32;
-constexpr std::size_t kMostIndexColumns = 10;
 constexpr std::size_t kLongestName = 64;
-
-template <typename T>
-void put(Block& block, std::size_t offset, T value) {
-    std::memcpy(block.data() + offset, &value, sizeof value);
-}
 
 void requireName(std::u16string_view name) {
     constexpr std::u16string_view kForbidden = u".![]`";
@@ -81,41 +74,23 @@ std::size_t fixedWidth(const TableDefinition& table) {
     return width;
 }
 
-/// What the descriptors of a table's columns count up, from column to column.
-struct ColumnCounts {
-    std::uint16_t ever = 0;
-    std::uint16_t variable = 0;
-    std::uint16_t ordinal = 0;
-    std::size_t fixedEnd = 0;
-};
-
 Block describe(const NewColumn& column, ColumnCounts& counts) {
-    constexpr std::size_t kDescriptorSize = 25;
-    constexpr std::uint8_t kFixed = 0x01;
-    constexpr std::uint8_t kUpdatable = 0x02;
-    constexpr std::uint8_t kAutonumber = 0x04;
-    constexpr std::uint16_t kGeneral = 0x0409;
     const bool variable = isVariable(column.type);
-    Block block(kDescriptorSize);
-    block[0] = static_cast<std::uint8_t>(column.type);
-    put(block, 1, std::uint32_t{0x659});
-    put(block, 5, counts.ever);
-    put(block, 7, counts.variable);
-    put(block, 9, counts.ordinal);
-    if (column.type == ColumnType::Numeric) {
-        block[11] = column.precision;
-        block[12] = column.scale;
-    } else {
-        put(block, 11, kGeneral);
-    }
-    block[15] = static_cast<std::uint8_t>(kUpdatable | (variable ? 0 : kFixed) |
-                                          (column.autonumber ? kAutonumber : 0));
-    const bool text = column.type == ColumnType::Text || column.type == ColumnType::Memo;
-    block[16] = text && column.compressed ? 1 : 0;
     const bool inFixedPart = !variable && column.type != ColumnType::Boolean;
-    if (inFixedPart) put(block, 21, static_cast<std::uint16_t>(counts.fixedEnd));
-    put(block, 23, declaredSize(column));
-
+    const bool text = column.type == ColumnType::Text || column.type == ColumnType::Memo;
+    const int flags = kColumnUpdatable | (variable ? 0 : kColumnFixed) |
+                      (column.autonumber ? kColumnAutonumber : 0);
+    const ColumnBlock block{
+        .type = column.type,
+        .id = counts.ever,
+        .variableIndex = counts.variable,
+        .ordinal = counts.ordinal,
+        .precision = column.precision,
+        .scale = column.scale,
+        .flags = static_cast<std::uint8_t>(flags),
+        .compressed = text && column.compressed,
+        .fixedOffset = inFixedPart ? static_cast<std::uint16_t>(counts.fixedEnd) : std::uint16_t{0},
+        .size = declaredSize(column)};
     ++counts.ever;
     ++counts.ordinal;
     if (variable) ++counts.variable;
@@ -123,7 +98,7 @@ Block describe(const NewColumn& column, ColumnCounts& counts) {
     if (counts.fixedEnd > kMostRecordBytes) {
         throw Error{Fault::TooMany, "The columns are larger than a record can be."};
     }
-    return block;
+    return encodeColumn(block);
 }
 
 // ---- Maps ---------------------------------------------------------------------------------------
@@ -178,37 +153,6 @@ PhysicalIndex physicalIndex(const TableDefinition& table, const NewIndex& index)
         physical.columns.push_back({column->id, part.ascending});
     }
     return physical;
-}
-
-Block physicalBlock(const PhysicalIndex& index) {
-    constexpr std::size_t kSize = 52;
-    constexpr std::uint8_t kAlways = 0x80;
-    Block block(kSize);
-    put(block, 0, std::uint32_t{0x783});
-    for (std::size_t i = 0; i < kMostIndexColumns; ++i) {
-        const bool used = i < index.columns.size();
-        put(block, 4 + 3 * i, used ? index.columns[i].columnId : std::uint16_t{0xFFFF});
-        block[4 + 3 * i + 2] = used && index.columns[i].ascending ? 1 : 0;
-    }
-    put(block, 34, index.map.packed());
-    put(block, 38, raw(index.root));
-    block[46] = static_cast<std::uint8_t>(kAlways | (index.unique ? 0x01 : 0) |
-                                          (index.ignoreNulls ? 0x02 : 0) |
-                                          (index.required ? 0x08 : 0));
-    return block;
-}
-
-Block logicalBlock(std::uint32_t number, std::uint32_t physical, IndexKind kind) {
-    constexpr std::size_t kSize = 28;
-    Block block(kSize);
-    put(block, 0, std::uint32_t{0x659});
-    put(block, 4, number);
-    put(block, 8, physical);
-    put(block, 13, std::uint32_t{0xFFFFFFFF});
-    block[21] = 4;
-    block[22] = 4;
-    block[23] = static_cast<std::uint8_t>(kind);
-    return block;
 }
 
 void requireIndex(const TableDefinition& table, const NewIndex& index) {
@@ -358,11 +302,11 @@ void createIndex(WriteContext& context, std::u16string_view tableName, const New
     std::uint32_t number = 0;
     for (const LogicalIndex& other : old.logicalIndexes) number = std::max(number, other.number + 1);
     definition.addLogicalIndex(
-        logicalBlock(number, static_cast<std::uint32_t>(definition.physicalIndexCount()),
-                     index.primary ? IndexKind::PrimaryKey : IndexKind::Plain),
-        index.name);
-    definition.addPhysicalIndex(physicalBlock(physical), tree.entriesAtBuild(),
-                                tree.distinctKeys());
+        {.name = index.name,
+         .number = number,
+         .physical = static_cast<std::uint32_t>(old.physicalIndexes.size()),
+         .kind = index.primary ? IndexKind::PrimaryKey : IndexKind::Plain});
+    definition.addPhysicalIndex(physical, tree.entriesAtBuild(), tree.distinctKeys());
     definition.write();
     CatalogWriter{context}.touch(old.page);
 }

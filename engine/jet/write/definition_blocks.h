@@ -1,0 +1,44 @@
+// The blocks that a table definition consists of, as they are stored.
+#pragma once
+
+#include "engine/jet/write/definition_editor.h"
+
+namespace jet {
+
+/// What the descriptors of a table's columns count up, from column to column.
+struct ColumnCounts {
+    std::uint16_t ever = 0;      ///< the next column's id
+    std::uint16_t variable = 0;  ///< its place among the variable columns
+    std::uint16_t ordinal = 0;
+    std::size_t fixedEnd = 0;  ///< of the fixed part of a record
+};
+
+// Flags of a column's descriptor.
+inline constexpr std::uint8_t kColumnFixed = 0x01;
+inline constexpr std::uint8_t kColumnUpdatable = 0x02;  ///< set on every column
+inline constexpr std::uint8_t kColumnAutonumber = 0x04;
+inline constexpr std::uint8_t kColumnOfSystem = 0x10;
+inline constexpr std::uint8_t kColumnOfRights = 0x20;  ///< security identifiers
+
+/// What a descriptor says, in the order of its fields.
+struct ColumnBlock {
+    ColumnType type = ColumnType::Text;
+    std::uint16_t id = 0;
+    std::uint16_t variableIndex = 0;
+    std::uint16_t ordinal = 0;
+    std::uint8_t precision = 0;
+    std::uint8_t scale = 0;
+    std::uint8_t flags = kColumnUpdatable;
+    bool compressed = false;
+    std::uint16_t fixedOffset = 0;
+    std::uint16_t size = 0;
+};
+
+DefinitionEditor::Block encodeColumn(const ColumnBlock& column);
+DefinitionEditor::Block encodePhysicalIndex(const PhysicalIndex& index);
+DefinitionEditor::Block encodeLogicalIndex(const LogicalIndex& index);
+
+/// An index has at most this many columns.
+inline constexpr std::size_t kMostIndexColumns = 10;
+
+}  // namespace jet

@@ -1,0 +1,21 @@
+// A new, empty database: 16 pages with the four system tables, as the original engine makes them.
+//
+//   jet::createDatabase("traces.mdb");
+//   auto database = jet::Database::open("traces.mdb");
+#pragma once
+
+#include "engine/jet/value.h"
+
+#include <filesystem>
+#include <vector>
+
+namespace jet {
+
+/// The file's bytes. `now` is what the catalog says of its objects' creation.
+std::vector<std::uint8_t> emptyDatabase(Date now);
+
+/// Makes the file. Throws Error: AccessDenied if it exists or cannot be made; WriteFailed,
+/// DiskFull.
+void createDatabase(const std::filesystem::path& path, Date now);
+
+}  // namespace jet
