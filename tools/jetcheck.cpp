@@ -86,14 +86,14 @@ void printFindings(const jet::CheckReport& report, jet::Finding::Severity severi
 }
 
 void printSummary(const jet::CheckReport& report) {
-    std::printf("%s: %llu errors, %llu warnings; %u pages, %u tables, %llu rows, "
-                "%llu long values, %u indexes, %llu entries\n",
-                report.sound() ? "sound" : "faulty",
-                static_cast<unsigned long long>(report.errors),
-                static_cast<unsigned long long>(report.warnings), report.pages, report.tables,
-                static_cast<unsigned long long>(report.rows),
-                static_cast<unsigned long long>(report.longValues), report.indexes,
-                static_cast<unsigned long long>(report.entries));
+    std::printf(
+        "%s: %llu errors, %llu warnings; %u pages, %u tables, %llu rows, "
+        "%llu long values, %u indexes, %llu entries\n",
+        report.sound() ? "sound" : "faulty", static_cast<unsigned long long>(report.errors),
+        static_cast<unsigned long long>(report.warnings), report.pages, report.tables,
+        static_cast<unsigned long long>(report.rows),
+        static_cast<unsigned long long>(report.longValues), report.indexes,
+        static_cast<unsigned long long>(report.entries));
 }
 
 int run(const Options& options) {

@@ -105,8 +105,12 @@ private:
                    "the constant of an index is wrong");
         }
         for (std::uint32_t i = 0; i < logical; ++i) {
-            expect(load<std::uint32_t>(reader.take(kLogicalIndexSize), 0) == kDefinitionMark,
+            const Bytes index = reader.take(kLogicalIndexSize);
+            expect(load<std::uint32_t>(index, 0) == kDefinitionMark,
                    "the constant of an index's name is wrong");
+            if (load<std::uint32_t>(index, 8) >= physical) {
+                context_.report.error(Rule::IndexDefinition, first_, "an index has no tree");
+            }
         }
         for (std::uint32_t i = 0; i < logical; ++i) skipName(reader);
         while (reader.next<std::uint16_t>() != kEnd) reader.take(kLongValueMapSize);

@@ -27,9 +27,9 @@ void EntryCheck::checkRow(Bytes key, RowId row, PageNumber leaf) {
     const auto place = rows_.find(row);
     if (!place) {
         if (rows_.complete) {
-            context_.report.error(Rule::IndexEntries, leaf,
-                                  name_ + " has an entry for a row that does not exist: " +
-                                      nameOf(row));
+            context_.report.error(
+                Rule::IndexEntries, leaf,
+                name_ + " has an entry for a row that does not exist: " + nameOf(row));
         }
         return;
     }

@@ -112,7 +112,8 @@ RowKeys::RowKeys(Context& context, const TableDefinition& definition, const Phys
             const Record record{bytes, row.page()};
             const std::size_t nulls = maker.countNulls(record);
             if (index.required && nulls > 0) {
-                context.report.error(Rule::RequiredKey, row, "a key column of " + name + " is null");
+                context.report.error(Rule::RequiredKey, row,
+                                     "a key column of " + name + " is null");
             }
             if (index.ignoreNulls && nulls == index.columns.size()) {
                 hashes_[place] = kNoEntry;

@@ -100,7 +100,8 @@ void IndexTreeCheck::checkLayout(Bytes bytes, PageNumber number, const Position&
     const unsigned level = bytes[26];
     if (leaf != (level == 0) || (position.level && *position.level != level)) {
         // Some writers leave the field at 0, and readers go by the page's type.
-        context_.report.warning(Rule::IndexPage, number, name_ + ": the level of the page is wrong");
+        context_.report.warning(Rule::IndexPage, number,
+                                name_ + ": the level of the page is wrong");
     }
     if (leaf) {
         if (load<std::uint32_t>(bytes, 20) != 0) report("a leaf has a page below it");
@@ -182,8 +183,8 @@ void IndexTreeCheck::checkMap() {
             fail(page, "the map of the index lists a page that is not in the tree");
         } else if (owner.kind != OwnerKind::None && owner != owner_) {
             context_.report.error(Rule::PageOwnership, page,
-                                  "the page belongs to " + describe(owner) +
-                                      ", but the map of " + name_ + " lists it");
+                                  "the page belongs to " + describe(owner) + ", but the map of " +
+                                      name_ + " lists it");
         }
         context_.owners.claim(page, owner_);
     }

@@ -22,7 +22,7 @@ private:
     /// What the page above says about a page.
     struct Position {
         unsigned depth = 1;
-        std::optional<unsigned> level;     ///< above the leaves; the root's own page says it
+        std::optional<unsigned> level;  ///< above the leaves; the root's own page says it
         PageNumber previous = kNoPage;  ///< on an intermediate level: under the same parent
         PageNumber next = kNoPage;
     };

@@ -40,8 +40,7 @@ LongValueCheck::LongValueCheck(Context& context, const TableDefinition& definiti
 void LongValueCheck::takePages(const std::vector<PageNumber>& pages, const Owner& owner) {
     for (const PageNumber number : pages) {
         const auto page = takePage(context_, reader_, number, owner, {kDataPageType});
-        const bool owned =
-            page && checkPageOwner(context_, *page, number, kLongValueOwner);
+        const bool owned = page && checkPageOwner(context_, *page, number, kLongValueOwner);
         if (!owned || !checkDataPage(context_, *page, number)) {
             complete_ = false;
             continue;

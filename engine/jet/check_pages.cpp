@@ -124,9 +124,9 @@ bool checkDataPage(Context& context, Bytes page, PageNumber number) {
 bool checkPageOwner(Context& context, Bytes page, PageNumber number, std::uint32_t owner) {
     const auto stored = load<std::uint32_t>(page, 4);
     if (stored == owner) return true;
-    context.report.error(Rule::PageOwner, number,
-                         "the page names " + std::to_string(stored) + " as its owner, not " +
-                             std::to_string(owner));
+    context.report.error(
+        Rule::PageOwner, number,
+        "the page names " + std::to_string(stored) + " as its owner, not " + std::to_string(owner));
     return false;
 }
 

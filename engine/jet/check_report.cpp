@@ -73,18 +73,14 @@ namespace checking {
 void Reporter::setTable(std::u16string_view name) { table_ = toUtf8(name); }
 
 void Reporter::add(Finding::Severity severity, Rule rule, Place place, std::string message) {
-    std::uint64_t& count =
-        severity == Finding::Severity::Error ? report_.errors : report_.warnings;
+    std::uint64_t& count = severity == Finding::Severity::Error ? report_.errors : report_.warnings;
     if (++count > CheckReport::kMostKept) return;
-    report_.findings.push_back(
-        {severity, rule, place.page, place.row, table_, std::move(message)});
+    report_.findings.push_back({severity, rule, place.page, place.row, table_, std::move(message)});
 }
 
 std::string nameOf(PageNumber page) { return "page " + std::to_string(raw(page)); }
 
-std::string nameOf(RowId row) {
-    return nameOf(row.page()) + ", row " + std::to_string(row.slot());
-}
+std::string nameOf(RowId row) { return nameOf(row.page()) + ", row " + std::to_string(row.slot()); }
 
 }  // namespace checking
 }  // namespace jet

@@ -54,9 +54,9 @@ private:
     }
 
     void checkPointers() {
-        std::sort(pointers_.begin(), pointers_.end(), [](const Pointer& left, const Pointer& right) {
-            return left.target < right.target;
-        });
+        std::sort(
+            pointers_.begin(), pointers_.end(),
+            [](const Pointer& left, const Pointer& right) { return left.target < right.target; });
         for (std::size_t i = 0; i < pointers_.size(); ++i) {
             const RowId target = pointers_[i].target;
             if (!std::binary_search(moved_.begin(), moved_.end(), target)) {

@@ -44,9 +44,9 @@ void forEachRow(Context& context, const TableDefinition& definition, const LiveR
         }
         const auto slot = page->slot(row.slot());
         if (!slot) continue;
-        visit(place, row,
-              slot->pointer ? followPointer(moved, slot->bytes, raw(definition.page))
-                            : slot->bytes);
+        visit(
+            place, row,
+            slot->pointer ? followPointer(moved, slot->bytes, raw(definition.page)) : slot->bytes);
     }
 }
 

@@ -92,8 +92,8 @@ private:
 
 LiveRows checkRows(Context& context, const TableDefinition& definition) {
     const auto owned = readMap(context, definition.ownedMap, definition.page, "the map of rows");
-    const auto free = readMap(context, definition.freeMap, definition.page,
-                              "the map of pages with room");
+    const auto free =
+        readMap(context, definition.freeMap, definition.page, "the map of pages with room");
     if (!owned || !free) context.ownersKnown = false;
     if (!owned) {
         LiveRows none;
