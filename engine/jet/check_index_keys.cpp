@@ -33,7 +33,8 @@ public:
     /// Appends the part of a text as it is stored.
     void append(const Column& column, bool ascending, const StoredField& field, PageReader& pages,
                 PageNumber page, Key& key) {
-        Entry& entry = entries_[hashBytes(field.bytes) % entries_.size()];
+        entries_.resize(kEntries);  // an index without texts, or without rows, costs nothing
+        Entry& entry = entries_[hashBytes(field.bytes) % kEntries];
         const bool known = !entry.part.empty() && entry.stored.size() == field.bytes.size() &&
                            std::equal(field.bytes.begin(), field.bytes.end(), entry.stored.begin());
         if (!known) {
@@ -49,7 +50,8 @@ private:
         std::vector<std::uint8_t> stored;
         Key part;
     };
-    std::vector<Entry> entries_{1024};
+    static constexpr std::size_t kEntries = 1024;
+    std::vector<Entry> entries_;
 };
 
 /// Makes the key of one row after the other.

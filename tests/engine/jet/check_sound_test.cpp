@@ -58,7 +58,7 @@ TEST(CheckSound, LargeDatabase) {
     }
     const auto& file = builder.bytes();
     expectClean(file);
-    EXPECT_EQ(table.index(u"byT").depth(), 3u);
+    EXPECT_GE(table.index(u"byT").depth(), 3u);
     EXPECT_EQ(checkBytes(file).rows, table.rowCount() + 8 + 1 + 16 + 2);
 }
 
