@@ -3,6 +3,7 @@
 #include "engine/jet/bytes.h"
 #include "engine/jet/check_definition_parts.h"
 #include "engine/jet/check_pages.h"
+#include "engine/jet/record.h"
 
 #include <algorithm>
 
@@ -127,32 +128,9 @@ private:
 
 }  // namespace
 
-std::size_t sizeOfType(ColumnType type) {
-    switch (type) {
-        case ColumnType::Byte:
-            return 1;
-        case ColumnType::Integer:
-            return 2;
-        case ColumnType::Long:
-        case ColumnType::Single:
-            return 4;
-        case ColumnType::Currency:
-        case ColumnType::Double:
-        case ColumnType::Date:
-            return 8;
-        case ColumnType::Guid:
-            return 16;
-        case ColumnType::Numeric:
-            return 17;
-        default:
-            return 0;
-    }
-}
-
 std::size_t fixedBytes(const Column& column) {
     if (column.type == ColumnType::Boolean) return 0;
-    const std::size_t ownSize = sizeOfType(column.type);
-    return ownSize != 0 ? ownSize : column.size;
+    return storedSize(column);
 }
 
 std::optional<TableDefinition> checkDefinition(Context& context, PageNumber first,

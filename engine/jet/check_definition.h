@@ -6,9 +6,6 @@
 
 namespace jet::checking {
 
-/// Bytes that a value of the type takes wherever it is stored; 0 for types of various length.
-std::size_t sizeOfType(ColumnType type);
-
 /// Bytes of a column in the fixed part of a record; none for a Boolean, whose value is a bit of the
 /// null mask. Requires: the column is fixed.
 std::size_t fixedBytes(const Column& column);

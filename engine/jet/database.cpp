@@ -49,8 +49,8 @@ Date localTime() {
 
 }  // namespace
 
-Database::Database(std::unique_ptr<Storage> storage)
-    : pager_{std::move(storage)}, cache_{pager_}, clock_{localTime} {
+Database::Database(std::unique_ptr<Storage> storage, std::size_t changedPages)
+    : pager_{std::move(storage), changedPages}, cache_{pager_}, clock_{localTime} {
     pager_.setListener([this](PageNumber number) {
         if (number == kNoPage) {
             cache_.clear();
@@ -72,10 +72,11 @@ std::shared_ptr<Database> Database::open(const std::filesystem::path& path) {
     return open(openFile(path));
 }
 
-std::shared_ptr<Database> Database::open(std::unique_ptr<Storage> storage) {
+std::shared_ptr<Database> Database::open(std::unique_ptr<Storage> storage,
+                                         std::size_t changedPages) {
     recover(*storage);
     checkHeader(*storage);
-    std::shared_ptr<Database> database{new Database{std::move(storage)}};
+    std::shared_ptr<Database> database{new Database{std::move(storage), changedPages}};
     PageReader reader{database->storage(), database->cache()};
     checkLength(reader);
     return database;

@@ -40,7 +40,9 @@ public:
     /// PasswordProtected, Truncated; ReadOnly or InUse if a change has to be taken back and cannot
     /// be.
     static std::shared_ptr<Database> open(const std::filesystem::path& path);
-    static std::shared_ptr<Database> open(std::unique_ptr<Storage> storage);
+    /// `changedPages`: how many changed pages are held in memory, see Pager.
+    static std::shared_ptr<Database> open(std::unique_ptr<Storage> storage,
+                                          std::size_t changedPages = Pager::kDefaultCapacity);
 
     /// Makes what has been written durable, as far as that can be done. A caller who wants to know
     /// calls commit().
@@ -65,6 +67,9 @@ public:
     /// file again. Throws Error: WriteFailed, DiskFull, ReadFailed; none of them has happened then.
     void commit();
 
+    /// Reads the catalog anew when it is needed next. For whoever changes it.
+    void forgetCatalog();
+
     bool hasUncommittedChanges() const { return pager_.hasChanges(); }
 
     /// Where the catalog's dates come from; local time, unless a test or a tool says otherwise.
@@ -74,9 +79,8 @@ public:
     PageCache& cache() { return cache_; }
 
 private:
-    explicit Database(std::unique_ptr<Storage> storage);
+    Database(std::unique_ptr<Storage> storage, std::size_t changedPages);
     std::vector<CatalogEntry> readCatalog();
-    void forgetCatalog();
 
     Pager pager_;
     PageCache cache_;

@@ -43,7 +43,7 @@ private:
     const std::size_t capacity_;
     std::mutex mutex_;
     std::uint64_t forgotten_ = 0;  ///< how often pages have been forgotten
-    std::list<Entry> byUse_;  ///< latest first
+    std::list<Entry> byUse_;       ///< latest first
     std::unordered_map<std::uint32_t, std::list<Entry>::iterator> byNumber_;
 };
 

@@ -139,24 +139,24 @@ void Pager::commit() {
 void Pager::takeBackStatement() {
     pageCount_ = statement_->pageCount;
     frames_.erase(frames_.lower_bound(pageCount_), frames_.end());
-    transaction_->journal.replay(
-        statement_->journalEnd, [&](Journal::Kind, PageNumber number, Bytes page) {
-            if (raw(number) >= pageCount_) return;
-            const auto restored = std::make_shared<Page>();
-            std::copy(page.begin(), page.end(), restored->begin());
-            frames_[raw(number)] = restored;
-            makeRoom();
-        });
+    transaction_->journal.replay(statement_->journalEnd,
+                                 [&](Journal::Kind, PageNumber number, Bytes page) {
+                                     if (raw(number) >= pageCount_) return;
+                                     const auto restored = std::make_shared<Page>();
+                                     std::copy(page.begin(), page.end(), restored->begin());
+                                     frames_[raw(number)] = restored;
+                                     makeRoom();
+                                 });
 }
 
 void Pager::takeBackTransaction() {
     frames_.clear();
     if (transaction_ && transaction_->fileTouched) {
-        transaction_->journal.replay(
-            Journal::kFirstRecord, [&](Journal::Kind kind, PageNumber number, Bytes page) {
-                if (kind != Journal::Kind::Transaction) return;
-                file_->writeAt(offsetOf(raw(number)), page);
-            });
+        transaction_->journal.replay(Journal::kFirstRecord,
+                                     [&](Journal::Kind kind, PageNumber number, Bytes page) {
+                                         if (kind != Journal::Kind::Transaction) return;
+                                         file_->writeAt(offsetOf(raw(number)), page);
+                                     });
         file_->truncate(offsetOf(transaction_->pageCount));
         file_->sync();
     }
@@ -240,8 +240,8 @@ void Pager::save(PageNumber number, const Page& page) {
     statement_->saved[index] = true;
     const bool original = index < transaction_->pageCount && !transaction_->saved[index];
     if (original) transaction_->saved[index] = true;
-    transaction_->journal.append(
-        original ? Journal::Kind::Transaction : Journal::Kind::Statement, number, page);
+    transaction_->journal.append(original ? Journal::Kind::Transaction : Journal::Kind::Statement,
+                                 number, page);
 }
 
 void Pager::makeRoom() {

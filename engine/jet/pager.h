@@ -81,8 +81,8 @@ private:
     /// What began with the first change after the last commit.
     struct Transaction {
         Journal journal;
-        std::uint32_t pageCount;  ///< of the file when it began
-        std::vector<bool> saved;  ///< pages that the journal holds as they were then
+        std::uint32_t pageCount;   ///< of the file when it began
+        std::vector<bool> saved;   ///< pages that the journal holds as they were then
         bool fileTouched = false;  ///< whether the file itself has been written to
     };
 

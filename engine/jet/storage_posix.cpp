@@ -145,8 +145,8 @@ public:
 
     void writeAt(std::uint64_t offset, Bytes bytes) override {
         while (!bytes.empty()) {
-            const ssize_t count = ::pwrite(writable_.get(), bytes.data(), bytes.size(),
-                                           static_cast<off_t>(offset));
+            const ssize_t count =
+                ::pwrite(writable_.get(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
             if (count >= 0) {
                 offset += static_cast<std::uint64_t>(count);
                 bytes = bytes.subspan(static_cast<std::size_t>(count));
@@ -228,8 +228,7 @@ std::unique_ptr<Storage> openDescriptor(const std::filesystem::path& path, int f
         throwSystem(code == EISDIR ? Fault::AccessDenied : faultOf(code),
                     "The file " + path.string() + " cannot be opened", code);
     }
-    auto storage =
-        std::make_unique<PosixStorage>(std::move(file), std::filesystem::absolute(path));
+    auto storage = std::make_unique<PosixStorage>(std::move(file), std::filesystem::absolute(path));
     storage->share();
     return storage;
 }

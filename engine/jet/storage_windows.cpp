@@ -96,8 +96,7 @@ public:
         : handle_{::CreateFileW(name.c_str(), access, sharing, nullptr, disposition,
                                 FILE_ATTRIBUTE_NORMAL, nullptr)} {}
     ~Handle() { reset(); }
-    Handle(Handle&& other) noexcept
-        : handle_{std::exchange(other.handle_, INVALID_HANDLE_VALUE)} {}
+    Handle(Handle&& other) noexcept : handle_{std::exchange(other.handle_, INVALID_HANDLE_VALUE)} {}
     Handle& operator=(Handle&& other) noexcept {
         reset();
         handle_ = std::exchange(other.handle_, INVALID_HANDLE_VALUE);

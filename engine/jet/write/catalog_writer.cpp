@@ -21,7 +21,8 @@ constexpr std::int32_t kAllRights = 0x000FFEFF;
 
 std::shared_ptr<const Table> systemTable(Database& database, std::u16string_view name) {
     const auto table = database.table(name);
-    if (!table->definition().system) throwDamaged(table->definition().page, "a system table is none");
+    if (!table->definition().system)
+        throwDamaged(table->definition().page, "a system table is none");
     return table;
 }
 
@@ -34,7 +35,8 @@ std::size_t placeOf(const TableDefinition& table, std::u16string_view name) {
 /// One row with its values by column.
 class SystemRow {
 public:
-    explicit SystemRow(const TableDefinition& table) : table_{table}, values(table.columns.size()) {}
+    explicit SystemRow(const TableDefinition& table)
+        : table_{table}, values(table.columns.size()) {}
     Value& operator[](std::u16string_view column) { return values[placeOf(table_, column)]; }
 
 private:
@@ -106,6 +108,7 @@ void CatalogWriter::addTable(PageNumber definition, std::u16string_view name) {
     writer.insert(row.values);
     writer.finish();
     grantRights(definition);
+    context_.database.forgetCatalog();
 }
 
 /// All rights for the owner, and for everyone to whom the container of tables hands them on. The
@@ -169,6 +172,7 @@ void CatalogWriter::removeTable(PageNumber definition) {
     TableWriter rightsWriter{context_, rights->definition()};
     for (const RowId row : rows) rightsWriter.remove(row);
     rightsWriter.finish();
+    context_.database.forgetCatalog();
 }
 
 }  // namespace jet

@@ -56,8 +56,8 @@ std::optional<unsigned> appendRow(Page& page, Bytes row, std::uint16_t flags) {
 std::span<std::uint8_t> rowBytes(Page& page, PageNumber number, unsigned slot) {
     const auto found = DataPage{page, number}.slot(slot);
     if (!found || found->deleted) throwDamaged(number, "a row is missing");
-    return std::span{page}.subspan(
-        static_cast<std::size_t>(found->bytes.data() - page.data()), found->bytes.size());
+    return std::span{page}.subspan(static_cast<std::size_t>(found->bytes.data() - page.data()),
+                                   found->bytes.size());
 }
 
 PageLayout::PageLayout(const Page& page, PageNumber number) : copy_{page} {

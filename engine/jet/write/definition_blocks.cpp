@@ -48,9 +48,9 @@ Block encodePhysicalIndex(const PhysicalIndex& index) {
     }
     put(block, 34, index.map.packed());
     put(block, 38, raw(index.root));
-    block[46] = static_cast<std::uint8_t>(kAlways | (index.unique ? 0x01 : 0) |
-                                          (index.ignoreNulls ? 0x02 : 0) |
-                                          (index.required ? 0x08 : 0));
+    block[46] =
+        static_cast<std::uint8_t>(kAlways | (index.unique ? 0x01 : 0) |
+                                  (index.ignoreNulls ? 0x02 : 0) | (index.required ? 0x08 : 0));
     return block;
 }
 

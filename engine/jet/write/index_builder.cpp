@@ -63,8 +63,7 @@ IndexBuilder::Level IndexBuilder::group(const Level& children) {
     Level parents;
     std::size_t used = 0;
     for (std::size_t i = 0; i < children.size(); ++i) {
-        const std::size_t entry =
-            i == 0 ? 0 : children[i - 1].last.size() + IndexNode::kChildBytes;
+        const std::size_t entry = i == 0 ? 0 : children[i - 1].last.size() + IndexNode::kChildBytes;
         if (i == 0 || used + entry > IndexNode::kCapacity) {
             parents.emplace_back().first = i;
             used = 0;

@@ -47,9 +47,9 @@ private:
     PageNumber root_;
     UsageMapWriter& map_;
 
-    IndexNode leaf_;             ///< being filled; its number is known once a leaf is before it
-    std::size_t used_ = 0;       ///< bytes of its entries as they will stand
-    std::size_t prefix_ = 0;     ///< bytes that they leave out
+    IndexNode leaf_;          ///< being filled; its number is known once a leaf is before it
+    std::size_t used_ = 0;    ///< bytes of its entries as they will stand
+    std::size_t prefix_ = 0;  ///< bytes that they leave out
     Key entry_;
     std::vector<Level> levels_;  ///< leaves first
 };

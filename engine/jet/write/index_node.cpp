@@ -57,30 +57,33 @@ IndexNode::IndexNode(const Page& page, PageNumber pageNumber, PageNumber owner)
 }
 
 std::size_t IndexNode::lowerBound(Bytes entry) const {
-    const auto found = std::lower_bound(
-        entries.begin(), entries.end(), entry, [](const Entry& left, Bytes right) {
-            return std::lexicographical_compare(left.bytes.begin(), left.bytes.end(),
-                                                right.begin(), right.end());
+    const auto found =
+        std::lower_bound(entries.begin(), entries.end(), entry, [](const Entry& left, Bytes right) {
+            return std::lexicographical_compare(left.bytes.begin(), left.bytes.end(), right.begin(),
+                                                right.end());
         });
     return static_cast<std::size_t>(found - entries.begin());
 }
 
-std::size_t IndexNode::plainSize() const {
+std::size_t IndexNode::plainSize(std::size_t begin, std::size_t end) const {
     std::size_t size = 0;
-    for (const Entry& entry : entries) size += entry.bytes.size() + (isLeaf() ? 0 : kChildBytes);
+    for (std::size_t i = begin; i < end; ++i) {
+        size += entries[i].bytes.size() + (isLeaf() ? 0 : kChildBytes);
+    }
     return size;
 }
 
 /// Bytes that all entries but the first leave out. Only leaves are compressed, as the original
 /// engine does, and only when they have to be.
-std::size_t IndexNode::prefix() const {
-    if (!isLeaf() || plainSize() <= kCapacity) return 0;
-    return commonPrefix(entries.front().bytes, entries.back().bytes);
+std::size_t IndexNode::prefix(std::size_t begin, std::size_t end) const {
+    if (!isLeaf() || plainSize(begin, end) <= kCapacity) return 0;
+    return commonPrefix(entries[begin].bytes, entries[end - 1].bytes);
 }
 
-std::size_t IndexNode::size() const {
-    const std::size_t shared = prefix();
-    return shared == 0 ? plainSize() : plainSize() - shared * (entries.size() - 1);
+std::size_t IndexNode::size(std::size_t begin, std::size_t end) const {
+    const std::size_t shared = prefix(begin, end);
+    const std::size_t plain = plainSize(begin, end);
+    return shared == 0 ? plain : plain - shared * (end - begin - 1);
 }
 
 void IndexNode::writeTo(Page& page, PageNumber owner) const {
@@ -92,7 +95,7 @@ void IndexNode::writeTo(Page& page, PageNumber owner) const {
     store(page, 12, raw(previous));
     store(page, 16, raw(next));
     store(page, 20, raw(tail));
-    const std::size_t shared = prefix();
+    const std::size_t shared = prefix(0, entries.size());
     store(page, 24, static_cast<std::uint16_t>(shared));
     page[26] = static_cast<std::uint8_t>(level);
     std::size_t end = 0;

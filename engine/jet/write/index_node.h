@@ -38,8 +38,11 @@ struct IndexNode {
     }
 
     /// Bytes that the entries take on a page.
-    std::size_t size() const;
+    std::size_t size() const { return size(0, entries.size()); }
     bool fits() const { return size() <= kCapacity; }
+
+    /// Whether the entries from `begin` to before `end` would fit onto a page.
+    bool fits(std::size_t begin, std::size_t end) const { return size(begin, end) <= kCapacity; }
 
     /// Requires: fits().
     void writeTo(Page& page, PageNumber owner) const;
@@ -52,8 +55,9 @@ struct IndexNode {
     std::vector<Entry> entries;
 
 private:
-    std::size_t plainSize() const;
-    std::size_t prefix() const;
+    std::size_t plainSize(std::size_t begin, std::size_t end) const;
+    std::size_t prefix(std::size_t begin, std::size_t end) const;
+    std::size_t size(std::size_t begin, std::size_t end) const;
 };
 
 /// How many bytes the two have in common at their beginning.

@@ -147,25 +147,34 @@ void IndexWriter::store(IndexNode& node, bool appended, Outcome& outcome) {
     outcome.split = split(node, appended);
 }
 
-/// Moves the lower part of the entries to a new page, so that the page above keeps what it has for
-/// this one: about half of them, or, where entries come in their order, all that fit.
-IndexWriter::Outcome::Split IndexWriter::split(IndexNode& node, bool appended) {
+/// How many entries go to the lower page of two: about half of the bytes or, where entries come in
+/// their order, all but the last.
+std::size_t IndexWriter::splitPoint(const IndexNode& node, bool appended) const {
+    const std::size_t most = node.entries.size() - 1;
+    if (appended) return most;
     const std::size_t child = node.isLeaf() ? 0 : IndexNode::kChildBytes;
     std::size_t total = 0;
     for (const auto& entry : node.entries) total += entry.bytes.size() + child;
-    std::size_t count = 0;
-    std::size_t moved = 0;
-    const auto take = [&] { moved += node.entries[count++].bytes.size() + child; };
-    if (appended) {
-        while (count + 1 < node.entries.size()) take();
-    } else {
-        take();
-        while (count + 1 < node.entries.size() &&
-               2 * moved + node.entries[count].bytes.size() + child <= total) {
-            take();
-        }
+    std::size_t count = 1;
+    std::size_t moved = node.entries[0].bytes.size() + child;
+    while (count < most && 2 * moved + node.entries[count].bytes.size() + child <= total) {
+        moved += node.entries[count++].bytes.size() + child;
     }
+    const auto fit = [&](std::size_t lowerCount) {
+        return node.fits(0, lowerCount) && node.fits(lowerCount, node.entries.size());
+    };
+    if (fit(count)) return count;
+    // A new first or last entry may share so little with the others that they need all the room
+    // that they had without it.
+    if (fit(1)) return 1;
+    if (fit(most)) return most;
+    throwDamaged(node.number, "the entries of an index do not fit onto two pages");
+}
 
+/// Moves the lower part of the entries to a new page, so that the page above keeps what it has for
+/// this one.
+IndexWriter::Outcome::Split IndexWriter::split(IndexNode& node, bool appended) {
+    const std::size_t count = splitPoint(node, appended);
     IndexNode lower;
     lower.number = allocator_.allocate();
     map_.insert(lower.number);
@@ -277,9 +286,7 @@ IndexNode IndexWriter::load(PageNumber number) const {
     return IndexNode{*pager_.page(number), number, owner_};
 }
 
-void IndexWriter::write(const IndexNode& node) {
-    node.writeTo(*pager_.edit(node.number), owner_);
-}
+void IndexWriter::write(const IndexNode& node) { node.writeTo(*pager_.edit(node.number), owner_); }
 
 void IndexWriter::requireShort(const Key& key) const {
     if (key.size() > kLongestKey) {

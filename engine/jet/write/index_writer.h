@@ -62,6 +62,7 @@ private:
     Outcome removeBelow(PageNumber number, const Key& entry, int depth);
     void takeUp(IndexNode& node, std::size_t at, Outcome below, Outcome& outcome);
     void store(IndexNode& node, bool appended, Outcome& outcome);
+    std::size_t splitPoint(const IndexNode& node, bool appended) const;
     Outcome::Split split(IndexNode& node, bool appended);
     void unlink(const IndexNode& node);
     void growRoot(const Outcome::Split& split);

@@ -131,9 +131,8 @@ void LongValueWriter::removeRow(RowId row) {
     if (row.slot() >= layout.rows.size()) return;
     layout.rows[row.slot()] = {kDeletedSlot, {}};
     layout.writeTo(*page);
-    const bool empty = std::all_of(layout.rows.begin(), layout.rows.end(), [](const auto& other) {
-        return other.flags == kDeletedSlot;
-    });
+    const bool empty = std::all_of(layout.rows.begin(), layout.rows.end(),
+                                   [](const auto& other) { return other.flags == kDeletedSlot; });
     if (empty) {
         maps().owned.erase(row.page());
         maps().free.erase(row.page());

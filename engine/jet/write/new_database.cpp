@@ -87,28 +87,33 @@ SystemTable objectsTable() {
                         {u"RmtInfoLong", Ole, 12, 6, 0, 0, kVariable},
                         {u"RmtInfoShort", Binary, 11, 5, 0, 510, kVariable},
                         {u"Type", Integer, 3, 1, 8, 2, kFixed}},
-            .indexes = {{u"ParentIdName", {1, 2}, 16, PageNumber{7}, true, false, false,
-                         IndexKind::Plain},
-                        {u"Id", {0}, 17, PageNumber{8}, true, false, false, IndexKind::PrimaryKey}},
-            .longValues = {{9, 4, 5}, {8, 2, 3}, {13, 8, 9}, {16, 14, 15}, {15, 12, 13},
-                           {14, 10, 11}, {12, 6, 7}},
+            .indexes =
+                {{u"ParentIdName", {1, 2}, 16, PageNumber{7}, true, false, false, IndexKind::Plain},
+                 {u"Id", {0}, 17, PageNumber{8}, true, false, false, IndexKind::PrimaryKey}},
+            .longValues = {{9, 4, 5},
+                           {8, 2, 3},
+                           {13, 8, 9},
+                           {16, 14, 15},
+                           {15, 12, 13},
+                           {14, 10, 11},
+                           {12, 6, 7}},
             .data = PageNumber{14}};
 }
 
 SystemTable rightsTable() {
     using enum ColumnType;
-    return {.definition = PageNumber{3},
-            .ownedMap = 18,
-            .columnsEver = 4,
-            .variableEver = 1,
-            .columns = {{u"ACM", Long, 2, 1, 4, 4, kFixed},
-                        {u"FInheritable", Boolean, 3, 1, 0, 1, kFixed},
-                        {u"ObjectId", Long, 0, 0, 0, 4, kFixed},
-                        {u"SID", Binary, 1, 0, 0, 510, kRights}},
-            .indexes = {{u"ObjectId", {0}, 20, PageNumber{9}, false, false, true,
-                         IndexKind::Plain}},
-            .longValues = {},
-            .data = PageNumber{15}};
+    return {
+        .definition = PageNumber{3},
+        .ownedMap = 18,
+        .columnsEver = 4,
+        .variableEver = 1,
+        .columns = {{u"ACM", Long, 2, 1, 4, 4, kFixed},
+                    {u"FInheritable", Boolean, 3, 1, 0, 1, kFixed},
+                    {u"ObjectId", Long, 0, 0, 0, 4, kFixed},
+                    {u"SID", Binary, 1, 0, 0, 510, kRights}},
+        .indexes = {{u"ObjectId", {0}, 20, PageNumber{9}, false, false, true, IndexKind::Plain}},
+        .longValues = {},
+        .data = PageNumber{15}};
 }
 
 SystemTable queriesTable() {
@@ -125,7 +130,13 @@ SystemTable queriesTable() {
                         {u"Name2", Text, 4, 2, 0, 510, kVariable},
                         {u"ObjectId", Long, 0, 0, 0, 4, kFixed},
                         {u"Order", Binary, 2, 0, 0, 510, kVariable}},
-            .indexes = {{u"ObjectIdAttribute", {0, 1, 2}, 25, PageNumber{10}, true, false, false,
+            .indexes = {{u"ObjectIdAttribute",
+                         {0, 1, 2},
+                         25,
+                         PageNumber{10},
+                         true,
+                         false,
+                         false,
                          IndexKind::PrimaryKey}},
             .longValues = {{5, 23, 24}}};
 }
@@ -144,12 +155,17 @@ SystemTable relationshipsTable() {
                         {u"szReferencedColumn", Text, 7, 4, 0, 510, kVariable},
                         {u"szReferencedObject", Text, 6, 3, 0, 510, kVariable},
                         {u"szRelationship", Text, 0, 0, 0, 510, kVariable}},
-            .indexes = {{u"szRelationship", {0}, 28, PageNumber{11}, false, true, false,
-                         IndexKind::Plain},
-                        {u"szObject", {4}, 29, PageNumber{12}, false, true, false,
-                         IndexKind::Plain},
-                        {u"szReferencedObject", {6}, 30, PageNumber{13}, false, true, false,
-                         IndexKind::Plain}},
+            .indexes =
+                {{u"szRelationship", {0}, 28, PageNumber{11}, false, true, false, IndexKind::Plain},
+                 {u"szObject", {4}, 29, PageNumber{12}, false, true, false, IndexKind::Plain},
+                 {u"szReferencedObject",
+                  {6},
+                  30,
+                  PageNumber{13},
+                  false,
+                  true,
+                  false,
+                  IndexKind::Plain}},
             .longValues = {}};
 }
 
@@ -318,8 +334,7 @@ void writeMaps(Page& page) {
 }
 
 void copyTo(std::vector<std::uint8_t>& file, PageNumber number, const Page& page) {
-    std::ranges::copy(page,
-                      file.begin() + static_cast<std::ptrdiff_t>(raw(number) * kPageSize));
+    std::ranges::copy(page, file.begin() + static_cast<std::ptrdiff_t>(raw(number) * kPageSize));
 }
 
 }  // namespace

@@ -41,8 +41,8 @@ RowKeys::RowKeys(const TableDefinition& definition, const PhysicalIndex& index)
     }
     for (const IndexColumn& part : index.columns) {
         const Column* const column = definition.findColumn(part.columnId);
-        parts_.push_back({static_cast<std::size_t>(column - definition.columns.data()), column,
-                          part.ascending});
+        parts_.push_back(
+            {static_cast<std::size_t>(column - definition.columns.data()), column, part.ascending});
     }
 }
 
@@ -64,8 +64,8 @@ bool RowKeys::make(std::span<const StoredField> fields, PageNumber page, PageRea
     return !(allNull && index_.ignoreNulls);
 }
 
-bool RowKeys::append(const Part& part, const StoredField& field, PageNumber page,
-                     PageReader& pages, Key& key) {
+bool RowKeys::append(const Part& part, const StoredField& field, PageNumber page, PageReader& pages,
+                     Key& key) {
     const Value value = decodeField(pages, *part.column, field, page);
     appendKeyPart(value, *part.column, part.ascending, key);
     return isNull(value);

@@ -165,8 +165,8 @@ void requireIndex(const TableDefinition& table, const NewIndex& index) {
     for (const LogicalIndex& other : table.logicalIndexes) {
         const bool same = compareText(other.name, index.name) == std::strong_ordering::equal;
         if (same || (index.primary && other.kind == IndexKind::PrimaryKey)) {
-            throw Error{Fault::AlreadyExists, "The table has an index " + inQuotes(other.name) +
-                                                  " already."};
+            throw Error{Fault::AlreadyExists,
+                        "The table has an index " + inQuotes(other.name) + " already."};
         }
     }
 }
@@ -269,8 +269,7 @@ void addColumn(WriteContext& context, std::u16string_view tableName, const NewCo
                         .ordinal = 0,
                         .fixedEnd = fixedWidth(old)};
     for (const Column& other : old.columns) {
-        counts.ordinal =
-            std::max(counts.ordinal, static_cast<std::uint16_t>(other.ordinal + 1));
+        counts.ordinal = std::max(counts.ordinal, static_cast<std::uint16_t>(other.ordinal + 1));
     }
     DefinitionEditor definition{context, old.page};
     definition.addColumn(describe(column, counts), column.name);
@@ -300,12 +299,12 @@ void createIndex(WriteContext& context, std::u16string_view tableName, const New
 
     DefinitionEditor definition{context, old.page};
     std::uint32_t number = 0;
-    for (const LogicalIndex& other : old.logicalIndexes) number = std::max(number, other.number + 1);
-    definition.addLogicalIndex(
-        {.name = index.name,
-         .number = number,
-         .physical = static_cast<std::uint32_t>(old.physicalIndexes.size()),
-         .kind = index.primary ? IndexKind::PrimaryKey : IndexKind::Plain});
+    for (const LogicalIndex& other : old.logicalIndexes)
+        number = std::max(number, other.number + 1);
+    definition.addLogicalIndex({.name = index.name,
+                                .number = number,
+                                .physical = static_cast<std::uint32_t>(old.physicalIndexes.size()),
+                                .kind = index.primary ? IndexKind::PrimaryKey : IndexKind::Plain});
     definition.addPhysicalIndex(physical, tree.entriesAtBuild(), tree.distinctKeys());
     definition.write();
     CatalogWriter{context}.touch(old.page);

@@ -43,7 +43,8 @@ std::uint64_t TableWriter::updatePage(PageNumber number, const RowChange& change
         if (row.flags != 0) continue;
         const Record record{row.bytes, number};
         changes.clear();
-        if (!change(record, pages_, changes)) continue;
+        PageReader pages = freshReader();
+        if (!change(record, pages, changes)) continue;
         takeFields(record);
         noteKeys(changes, id, false);
         applyChanges(changes);
@@ -90,7 +91,8 @@ std::uint64_t TableWriter::updateMovedRows(std::span<const RowId> rows, const Ro
         const auto slot = DataPage{*page, place.record.page()}.slot(place.record.slot());
         const Record record{slot->bytes, place.record.page()};
         changes.clear();
-        if (!change(record, pages_, changes)) continue;
+        PageReader pages = freshReader();
+        if (!change(record, pages, changes)) continue;
         takeFields(record);
         noteKeys(changes, id, false);
         applyChanges(changes);

@@ -35,7 +35,6 @@ TableWriter::TableWriter(WriteContext& context, const TableDefinition& definitio
       encoder_{definition_},
       owned_{context.pager, definition.ownedMap},
       free_{context.pager, definition.freeMap},
-      pages_{context.database.storage(), context.database.cache()},
       fields_(definition.columns.size()),
       buffers_(definition.columns.size()) {
     for (std::size_t i = 0; i < definition_.columns.size(); ++i) {
@@ -303,6 +302,11 @@ bool TableWriter::affects(const Index& index, std::span<const Assignment> change
     });
 }
 
+/// A reader remembers the page it gave last, which may have changed since.
+PageReader TableWriter::freshReader() const {
+    return {context_.database.storage(), context_.database.cache()};
+}
+
 /// The key of the row in hand; nothing if the index leaves it out.
 std::optional<Key> TableWriter::keyOf(Index& index) {
     if (!index.keys) {
@@ -310,7 +314,8 @@ std::optional<Key> TableWriter::keyOf(Index& index) {
                     "A table has an index in a text order that cannot be written."};
     }
     Key key;
-    if (!index.keys->make(fields_, recordPage_, pages_, key)) return std::nullopt;
+    PageReader pages = freshReader();
+    if (!index.keys->make(fields_, recordPage_, pages, key)) return std::nullopt;
     return key;
 }
 

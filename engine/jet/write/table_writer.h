@@ -109,6 +109,7 @@ private:
     void moveOut(PageLayout& layout);
 
     bool affects(const Index& index, std::span<const Assignment> changes) const;
+    PageReader freshReader() const;
     std::optional<Key> keyOf(Index& index);
     void noteKeys(std::span<const Assignment> changes, RowId row, bool after);
     void changeKeys();
@@ -122,12 +123,11 @@ private:
     UsageMapWriter free_;
     std::map<std::size_t, LongValueWriter> longValues_;  ///< by the column's place
     std::vector<Index> indexes_;
-    PageReader pages_;
 
     std::vector<StoredField> fields_;
-    std::vector<Binary> buffers_;        ///< of new fields, by the column's place
-    std::vector<Binary> replacedValues_; ///< long values that the row in hand gives up
-    std::vector<std::uint8_t> record_;   ///< the row in hand, encoded
+    std::vector<Binary> buffers_;         ///< of new fields, by the column's place
+    std::vector<Binary> replacedValues_;  ///< long values that the row in hand gives up
+    std::vector<std::uint8_t> record_;    ///< the row in hand, encoded
     PageNumber recordPage_ = kNoPage;
 
     PageNumber target_ = kNoPage;  ///< where the last record was placed

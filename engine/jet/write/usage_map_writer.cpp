@@ -135,7 +135,8 @@ void UsageMapWriter::saveReferences(PageAllocator& allocator) {
             const std::span row = rowBytes(*page, map_.page(), map_.slot());
             if (1 + 4 * (i + 1) > row.size()) throwDamaged(map_.page(), "a usage map is too short");
             store32(row, 1 + 4 * i, raw(number));
-        } else if (std::ranges::equal(bits, std::span{*pager_.page(number)}.subspan(kBitmapOffset))) {
+        } else if (std::ranges::equal(bits,
+                                      std::span{*pager_.page(number)}.subspan(kBitmapOffset))) {
             continue;
         }
         const PageEdit page = pager_.edit(number);

@@ -26,8 +26,8 @@ void append(Binary& out, T value) {
 template <typename T>
 const T& expect(const Value& value, const Column& column) {
     if (const T* held = std::get_if<T>(&value)) return *held;
-    throw Error{Fault::WrongType, "A value is not of the type of the column '" +
-                                      toUtf8(column.name) + "'."};
+    throw Error{Fault::WrongType,
+                "A value is not of the type of the column '" + toUtf8(column.name) + "'."};
 }
 
 [[noreturn]] void throwTooLarge(const Column& column) {
