@@ -119,6 +119,7 @@ void checkIndexes(Context& context, const TableDefinition& definition) {
         fail("there is more than one primary key");
     }
     std::vector<std::uint32_t> numbers;
+    numbers.reserve(names.size());
     for (const LogicalIndex& index : names) numbers.push_back(index.number);
     for (const std::uint32_t number : repeated(std::move(numbers))) {
         fail("two indexes have the number " + std::to_string(number));

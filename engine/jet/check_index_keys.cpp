@@ -34,7 +34,7 @@ public:
     void append(const Column& column, bool ascending, const StoredField& field, PageReader& pages,
                 PageNumber page, Key& key) {
         entries_.resize(kEntries);  // an index without texts, or without rows, costs nothing
-        Entry& entry = entries_[hashBytes(field.bytes) % kEntries];
+        Entry& entry = entries_[static_cast<std::size_t>(hashBytes(field.bytes) % kEntries)];
         const bool known = !entry.part.empty() && entry.stored.size() == field.bytes.size() &&
                            std::equal(field.bytes.begin(), field.bytes.end(), entry.stored.begin());
         if (!known) {

@@ -78,9 +78,9 @@ bool addReferences(Context& context, PageReader& pages, Bytes row, PageNumber ta
 
 /// All pages of the file, those from `begin` up to `end` as the bits say, before as used, behind
 /// as free: the map of free pages grows with the file, and what it does not reach is not in use.
-void setFree(std::vector<bool>& free, Bytes bitmap, std::uint64_t begin) {
-    for (std::uint64_t page = begin; page < free.size(); ++page) {
-        const std::uint64_t bit = page - begin;
+void setFree(std::vector<bool>& free, Bytes bitmap, std::size_t begin) {
+    for (std::size_t page = begin; page < free.size(); ++page) {
+        const std::size_t bit = page - begin;
         const bool covered = bit / 8 < bitmap.size();
         free[page] = !covered || ((bitmap[bit / 8] >> (bit % 8)) & 1u) != 0;
     }
@@ -91,7 +91,7 @@ bool setFreeByReference(Context& context, PageReader& pages, Bytes row, std::vec
     std::fill(free.begin(), free.end(), true);
     for (std::size_t i = 0; 1 + 4 * (i + 1) <= row.size(); ++i) {
         const PageNumber number{load<std::uint32_t>(row, 1 + 4 * i)};
-        const std::uint64_t first = std::uint64_t{i} * kPagesPerBitmap;
+        const std::size_t first = i * kPagesPerBitmap;
         if (number == kNoPage || first >= free.size()) continue;
         const auto page = takePage(context, pages, number, {OwnerKind::Bitmap}, {kBitmapPageType});
         if (page) {

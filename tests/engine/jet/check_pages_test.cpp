@@ -1,4 +1,5 @@
 // The checker on pages as such: the file, its maps, and whose each page is.
+#include "engine/jet/database.h"
 #include "tests/engine/jet/check_support.h"
 #include "tests/engine/jet/faults.h"
 
@@ -20,6 +21,16 @@ TEST(CheckPages, CountsWhatItLookedAt) {
     EXPECT_EQ(report.indexes, 7u + 5);
     // Six of the rows have no Count.
     EXPECT_EQ(report.entries, 2u * 10 + 20 + 33 + 39 + 39);
+}
+
+TEST(CheckPages, ChecksAnOpenDatabase) {
+    CheckSample sample;
+    poke32(sample.file, sample.offsets().header(16), 41);
+    const auto database = Database::open(std::make_unique<MemoryStorage>(sample.file));
+    const CheckReport report = check(*database);
+    ASSERT_EQ(report.findings.size(), 1u);
+    EXPECT_EQ(report.findings[0].rule, Rule::RowCount);
+    EXPECT_EQ(report.findings[0].table, "Rows");
 }
 
 TEST(CheckPages, RefusesWhatIsNoDatabase) {
