@@ -1,5 +1,5 @@
 // jetcheck: checks a database file and prints what is wrong with it.
-#include "engine/jet/check.h"
+#include "engine/jet/check/check.h"
 #include "tools/console.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // The checker on a small database in which an input changes bytes: three bytes say where, one what.
-#include "engine/jet/check.h"
+#include "engine/jet/check/check.h"
 #include "tests/fuzz/small_pages.h"
 #include "tests/support/fixture_builder.h"
 

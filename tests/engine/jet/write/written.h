@@ -6,7 +6,7 @@
 //   file.expectSound();
 #pragma once
 
-#include "engine/jet/check.h"
+#include "engine/jet/check/check.h"
 #include "engine/jet/database.h"
 #include "engine/jet/write/new_database.h"
 #include "engine/jet/write/schema.h"

@@ -1,0 +1,12 @@
+// Checks of the catalog, and through it of all tables.
+#pragma once
+
+#include "engine/jet/check/context.h"
+
+namespace jet::checking {
+
+/// Checks the catalog's own table, then each table that it lists, and that users have rights to
+/// theirs.
+void checkCatalog(Context& context);
+
+}  // namespace jet::checking

@@ -1,0 +1,37 @@
+// What all parts of a check share.
+#pragma once
+
+#include "engine/jet/check/ownership.h"
+#include "engine/jet/check/report.h"
+#include "engine/jet/page_cache.h"
+#include "engine/jet/usage_map.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+namespace jet::checking {
+
+struct Context {
+    explicit Context(const Storage& source)
+        : storage{source},
+          pageCount{std::min(source.pageCount(), kMostFilePages)},
+          cache{source},
+          owners{pageCount} {}
+
+    PageReader reader() { return {storage, cache}; }
+
+    bool inFile(PageNumber page) const { return page != kNoPage && raw(page) < pageCount; }
+
+    const Storage& storage;
+    const std::uint32_t pageCount;
+    PageCache cache;
+    Reporter report;
+    PageOwners owners;
+    std::unordered_set<std::uint32_t> mapRows;  ///< rows that hold a usage map, packed
+
+    /// Cleared when something that lists pages could not be read: what has no owner then may have
+    /// one all the same.
+    bool ownersKnown = true;
+};
+
+}  // namespace jet::checking

@@ -1,0 +1,15 @@
+// Checks of the meaning of a table's definition, once it is read.
+#pragma once
+
+#include "engine/jet/check/context.h"
+#include "engine/jet/table_definition.h"
+
+namespace jet::checking {
+
+/// Numbers, places in the record and names of the columns.
+void checkColumns(Context& context, const TableDefinition& definition);
+
+/// Columns, numbers and names of the indexes.
+void checkIndexes(Context& context, const TableDefinition& definition);
+
+}  // namespace jet::checking

@@ -1,0 +1,134 @@
+#include "engine/jet/check/pages.h"
+
+#include "engine/jet/bytes.h"
+#include "engine/jet/data_page.h"
+
+#include <algorithm>
+#include <array>
+
+namespace jet::checking {
+namespace {
+
+constexpr std::size_t kSlotTable = 14;
+constexpr std::uint16_t kOffsetMask = 0x1FFF;
+constexpr std::uint16_t kFlagMask = 0xC000;
+constexpr std::uint16_t kDeleted = 0xC000;
+constexpr unsigned kMostSlots = 255;
+
+/// One after the other: where the rows of a page begin, and how they are marked.
+class SlotCheck {
+public:
+    SlotCheck(Context& context, Bytes page, PageNumber number)
+        : report_{context.report},
+          page_{page},
+          number_{number},
+          count_{load<std::uint16_t>(page, 12)} {}
+
+    bool run() {
+        if (count_ > kMostSlots) {
+            report_.error(Rule::DataPage, number_,
+                          "there are " + std::to_string(count_) + " slots");
+            return false;
+        }
+        for (unsigned slot = 0; slot < count_; ++slot) checkSlot(slot);
+        if (sound_) checkFreeBytes();
+        return sound_;
+    }
+
+private:
+    void checkSlot(unsigned slot) {
+        const auto word = load<std::uint16_t>(page_, kSlotTable + 2 * slot);
+        const std::size_t offset = word & kOffsetMask;
+        const RowId row{number_, slot};
+        if ((word & ~(kFlagMask | kOffsetMask)) != 0) {
+            fail(row, "the slot has an unknown mark");
+        }
+        if (offset > end_ || offset < kSlotTable + std::size_t{2} * count_) {
+            return fail(row, "the row lies outside its place on the page");
+        }
+        if ((word & kFlagMask) == kDeleted && offset != end_) {
+            report_.warning(Rule::DataPage, row, "a deleted row keeps its bytes");
+        }
+        end_ = offset;
+    }
+
+    void checkFreeBytes() {
+        const std::size_t expected = end_ - kSlotTable - std::size_t{2} * count_;
+        const auto stored = load<std::uint16_t>(page_, 2);
+        if (stored == expected) return;
+        report_.error(Rule::DataPage, number_,
+                      std::to_string(expected) + " bytes are free, but the page says " +
+                          std::to_string(stored));
+    }
+
+    void fail(RowId row, const char* message) {
+        report_.error(Rule::DataPage, row, message);
+        sound_ = false;
+    }
+
+    Reporter& report_;
+    Bytes page_;
+    PageNumber number_;
+    unsigned count_;
+    std::size_t end_ = kPageSize;  ///< of the next row
+    bool sound_ = true;
+};
+
+}  // namespace
+
+void checkHeaderPage(Context& context) {
+    constexpr std::size_t kZeros = 0xA0;
+    constexpr std::size_t kZerosEnd = 0xE00;
+    std::array<std::uint8_t, kPageSize> page{};
+    context.storage.readPages(kNoPage, page);
+    context.owners.claim(kNoPage, {OwnerKind::Header});
+    const auto expect = [&](bool right, const char* message) {
+        if (!right) context.report.error(Rule::Header, kNoPage, message);
+    };
+    expect(load<std::uint32_t>(page, 0) == 0x100, "the page's type is wrong");
+    expect(load<std::uint32_t>(page, 0x98) == 0x654, "the constant behind the header is wrong");
+    expect(load<std::uint32_t>(page, 0x9C) == 0x302E34, "the version's text is not 4.0");
+    expect(std::all_of(page.begin() + kZeros, page.begin() + kZerosEnd,
+                       [](std::uint8_t byte) { return byte == 0; }),
+           "bytes that no writer uses are not zero");
+}
+
+std::optional<Bytes> takePage(Context& context, PageReader& pages, PageNumber number,
+                              const Owner& owner, std::initializer_list<std::uint8_t> types) {
+    if (!context.inFile(number)) {
+        context.report.error(Rule::PageReference, number,
+                             "the page lies outside the file, but belongs to " + describe(owner));
+        return std::nullopt;
+    }
+    const bool again = context.owners.of(number) == owner;  // several maps stand on a page
+    if (const auto other = context.owners.claim(number, owner)) {
+        context.report.error(
+            Rule::PageOwnership, number,
+            "the page belongs to " + describe(*other) + " and to " + describe(owner));
+        return std::nullopt;
+    }
+    const Bytes page = pages.page(number);
+    const bool expected = std::find(types.begin(), types.end(), page[0]) != types.end();
+    if (!again && (!expected || page[1] != 1)) {
+        context.report.error(Rule::PageType, number,
+                             "a page of type " + std::to_string(page[0]) + ", " +
+                                 std::to_string(page[1]) + " is no page of " + describe(owner));
+    }
+    if (!expected) return std::nullopt;
+    return page;
+}
+
+bool checkDataPage(Context& context, Bytes page, PageNumber number) {
+    return SlotCheck{context, page, number}.run();
+}
+
+bool checkPageOwner(Context& context, Bytes page, PageNumber number, std::uint32_t owner) {
+    const auto stored = load<std::uint32_t>(page, 4);
+    if (stored == owner) return true;
+    context.report.error(
+        Rule::PageOwner, number,
+        "the page names " + std::to_string(stored) + " as its owner, not " + std::to_string(owner));
+    return false;
+}
+
+}  // namespace jet::checking

@@ -1,0 +1,136 @@
+#include "engine/jet/check/records.h"
+
+#include "engine/jet/bytes.h"
+#include "engine/jet/check/definition.h"
+#include "engine/jet/text.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace jet::checking {
+namespace {
+
+constexpr std::size_t kCountSize = 2;
+constexpr std::size_t kLongValueHeader = 12;
+
+}  // namespace
+
+RecordCheck::RecordCheck(Context& context, const TableDefinition& definition)
+    : context_{context}, definition_{definition} {
+    std::vector<const Column*> byId(definition.columnsEver);
+    for (const Column& column : definition.columns) byId[column.id] = &column;
+    Shape shape;
+    shapes_.push_back(shape);
+    for (const Column* column : byId) {
+        if (column == nullptr) {
+            shape.allKnown = false;
+        } else if (column->fixed) {
+            const std::size_t end = kCountSize + column->fixedOffset + fixedBytes(*column);
+            if (fixedBytes(*column) > 0) shape.fixedEnd = std::max(shape.fixedEnd, end);
+        } else if (column->type != ColumnType::Boolean) {
+            shape.hasVariable = true;
+        }
+        shapes_.push_back(shape);
+    }
+    // A record of all columns has a place for variable ones that were deleted since, too.
+    if (definition.variableColumnsEver > 0) shapes_.back().hasVariable = true;
+}
+
+bool RecordCheck::fail(RowId row, const std::string& message) {
+    context_.report.error(Rule::Record, row, message);
+    return false;
+}
+
+bool RecordCheck::check(Bytes bytes, RowId row) {
+    if (bytes.size() < kCountSize) return fail(row, "the record is cut short");
+    const std::size_t columns = load<std::uint16_t>(bytes, 0);
+    if (columns >= shapes_.size()) {
+        return fail(row, "the record has " + std::to_string(columns) + " columns");
+    }
+    const Shape& shape = shapes_[columns];
+    const std::size_t maskSize = (columns + 7) / 8;
+    if (shape.fixedEnd + maskSize > bytes.size()) {
+        return fail(row, "the record is too short for its columns");
+    }
+    const std::size_t maskOffset = bytes.size() - maskSize;
+    if (shape.hasVariable && !checkTrailer(bytes, maskOffset, shape, row)) return false;
+    return checkFields(Record{bytes, row.page()}, row);
+}
+
+/// From the mask towards the front: number of variable columns, where each begins, where the last
+/// one ends.
+bool RecordCheck::checkTrailer(Bytes bytes, std::size_t maskOffset, const Shape& shape, RowId row) {
+    if (maskOffset < shape.fixedEnd + 4) return fail(row, "the record lacks its offset table");
+    const std::size_t count = load<std::uint16_t>(bytes, maskOffset - 2);
+    if (count > definition_.variableColumnsEver) {
+        return fail(row, "the record has " + std::to_string(count) + " variable columns");
+    }
+    if (shape.fixedEnd + 4 + 2 * count > maskOffset) {
+        return fail(row, "the offset table is too long");
+    }
+    const std::size_t firstPlace = maskOffset - 4;
+    std::size_t before = load<std::uint16_t>(bytes, firstPlace);
+    if (before < shape.fixedEnd || (shape.allKnown && before != shape.fixedEnd)) {
+        return fail(row, "the first variable value does not follow the fixed ones");
+    }
+    for (std::size_t i = 1; i <= count; ++i) {
+        const std::size_t offset = load<std::uint16_t>(bytes, firstPlace - 2 * i);
+        if (offset < before) return fail(row, "the offsets of the record do not ascend");
+        before = offset;
+    }
+    if (before > firstPlace - 2 * count) {
+        return fail(row, "the values run into the offset table");
+    }
+    return true;
+}
+
+bool RecordCheck::checkFields(const Record& record, RowId row) {
+    bool right = true;
+    for (const Column& column : definition_.columns) {
+        if (column.type == ColumnType::Boolean) continue;
+        try {
+            const StoredField field = record.field(column);
+            const char* const wrong = field.null ? nullptr : whatIsWrong(column, field.bytes);
+            if (wrong != nullptr) right = fail(row, toUtf8(column.name) + ": " + wrong);
+        } catch (const Error&) {
+            right = fail(row, toUtf8(column.name) + ": the value lies outside its record");
+        }
+    }
+    return right;
+}
+
+const char* RecordCheck::whatIsWrong(const Column& column, Bytes value) {
+    const std::size_t ownSize = sizeOfType(column.type);
+    if (ownSize != 0) {
+        return value.size() == ownSize ? nullptr : "the value is not as long as its type";
+    }
+    if (column.isLongValue()) {
+        const bool whole = value.empty() || value.size() >= kLongValueHeader;
+        return whole ? nullptr : "the head of the long value is cut short";
+    }
+    if (column.type == ColumnType::Text) {
+        if (!isCompressedText(value) && value.size() % 2 != 0) {
+            return "the text ends in half a character";
+        }
+        return countCharacters(value) <= column.size / 2u ? nullptr
+                                                          : "the text is longer than its column";
+    }
+    if (column.type == ColumnType::Binary && value.size() > column.size) {
+        return "the value is longer than its column";
+    }
+    return nullptr;
+}
+
+std::size_t RecordCheck::countCharacters(Bytes text) {
+    if (!isCompressedText(text)) return text.size() / 2;
+    // Without a zero byte there is a byte a character.
+    const Bytes characters = text.subspan(2);
+    if (characters.empty() || std::memchr(characters.data(), 0, characters.size()) == nullptr) {
+        return characters.size();
+    }
+    text_.clear();
+    appendUtf16(text, text_);
+    return text_.size();
+}
+
+}  // namespace jet::checking

@@ -1,0 +1,41 @@
+// Checks of one record: its parts, and the sizes of its values.
+//
+//   RecordCheck records{context, definition};
+//   if (records.check(bytes, row)) useFields(jet::Record{bytes, row.page()});
+#pragma once
+
+#include "engine/jet/check/context.h"
+#include "engine/jet/record.h"
+
+namespace jet::checking {
+
+class RecordCheck {
+public:
+    /// All must stay alive.
+    RecordCheck(Context& context, const TableDefinition& definition);
+
+    /// `row` is where the row has its home. Long values are looked at as far as they stand in the
+    /// record. Returns whether all is right.
+    bool check(Bytes bytes, RowId row);
+
+private:
+    /// What a record must have that knows the columns below some number.
+    struct Shape {
+        std::size_t fixedEnd = 2;  ///< first byte behind the fixed columns that there still are
+        bool allKnown = true;      ///< no column of a lower number was deleted
+        bool hasVariable = false;
+    };
+
+    bool fail(RowId row, const std::string& message);
+    bool checkTrailer(Bytes bytes, std::size_t maskOffset, const Shape& shape, RowId row);
+    bool checkFields(const Record& record, RowId row);
+    const char* whatIsWrong(const Column& column, Bytes value);
+    std::size_t countCharacters(Bytes text);
+
+    Context& context_;
+    const TableDefinition& definition_;
+    std::vector<Shape> shapes_;  ///< by the record's number of columns
+    std::u16string text_;
+};
+
+}  // namespace jet::checking

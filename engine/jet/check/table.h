@@ -1,0 +1,17 @@
+// The check of one table with all that belongs to it.
+#pragma once
+
+#include "engine/jet/check/rows.h"
+
+namespace jet::checking {
+
+struct CheckedTable {
+    TableDefinition definition;
+    LiveRows rows;
+};
+
+/// Checks the table whose definition starts on `first`. Nothing if the definition cannot be read.
+std::optional<CheckedTable> checkTable(Context& context, PageNumber first,
+                                       const std::u16string& name);
+
+}  // namespace jet::checking
