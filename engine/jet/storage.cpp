@@ -40,7 +40,7 @@ void MemoryStorage::writeAt(std::uint64_t offset, Bytes bytes) {
 
 std::unique_ptr<Storage> MemoryStorage::openJournal() {
     if (!journal_) return nullptr;
-    return std::unique_ptr<Storage>{new MemoryStorage{journal_}};
+    return std::unique_ptr<Storage>{new MemoryStorage{Shared{journal_}}};
 }
 
 std::unique_ptr<Storage> MemoryStorage::createJournal() {

@@ -95,7 +95,10 @@ public:
     const Content& content() const { return *content_; }
 
 private:
-    explicit MemoryStorage(std::shared_ptr<Content> shared) : content_{std::move(shared)} {}
+    struct Shared {
+        std::shared_ptr<Content> content;
+    };
+    explicit MemoryStorage(Shared shared) : content_{std::move(shared.content)} {}
 
     std::shared_ptr<Content> content_;
     std::shared_ptr<Content> journal_;  ///< null if there is none

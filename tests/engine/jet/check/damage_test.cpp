@@ -1,6 +1,6 @@
 // The checker on files that are damaged at random: it ends, and says something sensible.
 #include "tests/engine/jet/allocation_watch.h"
-#include "tests/engine/jet/check/support.h"
+#include "tests/engine/jet/check/check_support.h"
 #include "tests/support/random.h"
 
 namespace jet {

@@ -1,5 +1,5 @@
 // The checker on indexes: pages, trees, and entries against rows.
-#include "tests/engine/jet/check/support.h"
+#include "tests/engine/jet/check/check_support.h"
 
 namespace jet {
 namespace {

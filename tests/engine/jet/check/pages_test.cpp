@@ -1,6 +1,6 @@
 // The checker on pages as such: the file, its maps, and whose each page is.
 #include "engine/jet/database.h"
-#include "tests/engine/jet/check/support.h"
+#include "tests/engine/jet/check/check_support.h"
 #include "tests/engine/jet/faults.h"
 
 namespace jet {

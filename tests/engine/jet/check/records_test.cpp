@@ -1,5 +1,5 @@
 // The checker on pages of rows, records and long values.
-#include "tests/engine/jet/check/support.h"
+#include "tests/engine/jet/check/check_support.h"
 
 namespace jet {
 namespace {

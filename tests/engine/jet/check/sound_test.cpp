@@ -1,5 +1,5 @@
 // Sound databases of all kinds: nothing must be found in them.
-#include "tests/engine/jet/check/support.h"
+#include "tests/engine/jet/check/check_support.h"
 #include "tests/engine/jet/sample_files.h"
 #include "tests/support/trace_database.h"
 

@@ -1,5 +1,5 @@
 // The checker on definitions of tables and on the catalog.
-#include "tests/engine/jet/check/support.h"
+#include "tests/engine/jet/check/check_support.h"
 
 namespace jet {
 namespace {

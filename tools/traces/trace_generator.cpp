@@ -1,9 +1,9 @@
-#include "tests/support/trace_generator.h"
+#include "tools/traces/trace_generator.h"
 
 #include <algorithm>
 #include <iterator>
 
-namespace fixture {
+namespace traces {
 
 namespace {
 
@@ -238,4 +238,4 @@ void TraceGenerator::appendPlaceholder(char16_t kind, std::u16string& text) {
     }
 }
 
-}  // namespace fixture
+}  // namespace traces
