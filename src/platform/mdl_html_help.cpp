@@ -34,19 +34,22 @@ HtmlHelp loadHtmlHelp() {
     return reinterpret_cast<HtmlHelp>(reinterpret_cast<void*>(found));
 }
 
-std::u16string fileFor(std::u16string_view language) {
-    return program::folder() + u"\\VorelleDiagnosticViewer_" + std::u16string{language} + u".chm";
+std::u16string fileFor(const std::u16string& folder, std::u16string_view language) {
+    return folder + u"\\VorelleDiagnosticViewer_" + std::u16string{language} + u".chm";
 }
 
 }  // namespace
 
+std::u16string helpFileIn(const std::u16string& folder, std::u16string_view language) {
+    const std::u16string file = fileFor(folder, language);
+    return std::filesystem::exists(toWide(file)) ? file : fileFor(folder, u"ENU");
+}
+
 std::u16string getHelpFileName() {
     std::u16string file;
     runProcedure(u"[mdlHTMLHelp]getHelpFileName", kConvention, [&](Procedure& procedure) {
-        procedure.step([&] { file = fileFor(modLocalize::currentLanguageCode()); });
-        procedure.step([&] {
-            if (!std::filesystem::exists(toWide(file))) file = fileFor(u"ENU");
-        });
+        procedure.step(
+            [&] { file = helpFileIn(program::folder(), modLocalize::currentLanguageCode()); });
     });
     return file;
 }

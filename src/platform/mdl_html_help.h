@@ -10,8 +10,12 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace mdlHTMLHelp {
+
+/// The help file of a folder in a language, if there is one; else the name of the English one.
+std::u16string helpFileIn(const std::u16string& folder, std::u16string_view language);
 
 /// The help file beside the program in the language in use; the English one if there is none.
 std::u16string getHelpFileName();

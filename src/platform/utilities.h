@@ -16,7 +16,7 @@ struct VersionRecord {
     std::int16_t minor = 0;
     std::int16_t release = 0;
     std::int16_t build = 0;
-    std::u16string version;
+    std::u16string version = {};
 };
 
 namespace Utilities {
