@@ -14,14 +14,11 @@ DWORD viewerThread = 0;
 std::uintptr_t programStart = 0;
 std::uintptr_t programEnd = 0;
 
-bool isInProgram(std::uintptr_t address) {
-    return address >= programStart && address < programEnd;
-}
+bool isInProgram(std::uintptr_t address) { return address >= programStart && address < programEnd; }
 
 /// Runs as if called by the instruction that failed.
 [[noreturn]] void throwAccessViolation() {
-    throw RuntimeError{static_cast<std::int32_t>(EXCEPTION_ACCESS_VIOLATION),
-                       u"Access violation"};
+    throw RuntimeError{static_cast<std::int32_t>(EXCEPTION_ACCESS_VIOLATION), u"Access violation"};
 }
 
 bool canBecomeException(const EXCEPTION_RECORD& record, const CONTEXT& context) {

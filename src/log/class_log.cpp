@@ -68,8 +68,7 @@ bool classLog::DebugMode() const {
 }
 
 std::u16string classLog::newLogFile() const {
-    return inFolder(folder_,
-                    logformat::fileName(system_.program.baseName, system_.clock->now()));
+    return inFolder(folder_, logformat::fileName(system_.program.baseName, system_.clock->now()));
 }
 
 bool classLog::passes(int level, std::int32_t threshold) {
@@ -98,10 +97,9 @@ void classLog::logToFile(std::u16string_view message, int level, std::u16string_
     }
     // The counter bounds the repetitions under development; else there is one step, so that a
     // failed write is the end of it.
-    runProcedure(u"[classLog]logToFile", {.limit = Limit::TenErrors, .log = this},
-                 [&](Procedure& procedure) {
-                     procedure.step([&] { append(message, level, label); });
-                 });
+    runProcedure(
+        u"[classLog]logToFile", {.limit = Limit::TenErrors, .log = this},
+        [&](Procedure& procedure) { procedure.step([&] { append(message, level, label); }); });
     failing_ = false;
 }
 
@@ -180,10 +178,10 @@ void classLog::exitProc(std::u16string_view label) {
             if (timer != timers_.end()) {
                 const float start = timer->second;
                 const LogTexts& texts = *system_.texts;
-                message += u" Start: " + texts.numberText(start) + u" End: " +
-                           texts.numberText(end) + u" - Elapsed: " +
-                           logformat::elapsed(static_cast<double>(end - start),
-                                              texts.decimalPoint());
+                message +=
+                    u" Start: " + texts.numberText(start) + u" End: " + texts.numberText(end) +
+                    u" - Elapsed: " +
+                    logformat::elapsed(static_cast<double>(end - start), texts.decimalPoint());
                 timers_.erase(timer);
             }
             log(message, kInfo, label);

@@ -56,8 +56,7 @@ public:
     void exitProc(std::u16string_view label);
 
     /// Logs every field of the records from the current one on. Moves behind the last one.
-    void dumpRecordsets(ado::Recordset& recordset,
-                        std::u16string_view label = logformat::kNoLabel);
+    void dumpRecordsets(ado::Recordset& recordset, std::u16string_view label = logformat::kNoLabel);
     void dumpDictionary(const std::map<std::u16string, std::u16string>& dictionary,
                         std::u16string_view label = logformat::kNoLabel);
     void dumpCommandObject(const CommandObject& command,

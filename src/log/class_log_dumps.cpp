@@ -1,7 +1,6 @@
 // How the log shows records, dictionaries and commands.
-#include "src/log/class_log.h"
-
 #include "engine/ado/recordset.h"
+#include "src/log/class_log.h"
 #include "src/log/procedure.h"
 
 namespace {

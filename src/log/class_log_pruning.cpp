@@ -1,6 +1,5 @@
 // How the log rids itself of the files of earlier runs.
 #include "src/log/class_log.h"
-
 #include "src/log/procedure.h"
 
 #include <optional>

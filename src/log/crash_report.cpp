@@ -22,8 +22,7 @@ constexpr ULONG kStackForHandler = 128 * 1024;
 using WriteDump = decltype(&::MiniDumpWriteDump);
 
 WriteDump loadDumpWriter() {
-    const HMODULE library =
-        ::LoadLibraryExW(L"dbghelp.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    const HMODULE library = ::LoadLibraryExW(L"dbghelp.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
     if (library == nullptr) return nullptr;
     const FARPROC found = ::GetProcAddress(library, "MiniDumpWriteDump");
     return reinterpret_cast<WriteDump>(reinterpret_cast<void*>(found));
@@ -36,9 +35,8 @@ bool writeDump(const std::u16string& path, EXCEPTION_POINTERS* exception) {
                                       CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;
     MINIDUMP_EXCEPTION_INFORMATION information{::GetCurrentThreadId(), exception, FALSE};
-    const BOOL done =
-        write(::GetCurrentProcess(), ::GetCurrentProcessId(), file, MiniDumpNormal,
-              exception != nullptr ? &information : nullptr, nullptr, nullptr);
+    const BOOL done = write(::GetCurrentProcess(), ::GetCurrentProcessId(), file, MiniDumpNormal,
+                            exception != nullptr ? &information : nullptr, nullptr, nullptr);
     ::CloseHandle(file);
     return done != FALSE;
 }
@@ -70,7 +68,8 @@ LONG WINAPI onUnhandled(EXCEPTION_POINTERS* exception) {
 /// An exception that nobody catches would end in a message box of the C library.
 [[noreturn]] void onTerminate() {
     std::u16string what = u"terminated";
-    if (const std::exception_ptr error = std::current_exception()) what = describe(toFailure(error));
+    if (const std::exception_ptr error = std::current_exception())
+        what = describe(toFailure(error));
     report(what, nullptr);
     constexpr UINT kAborted = 3;
     ::TerminateProcess(::GetCurrentProcess(), kAborted);

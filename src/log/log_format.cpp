@@ -152,8 +152,8 @@ std::u16string alignedLeft(std::u16string_view text, std::size_t width) {
 
 LocalSeconds fromCalendar(int year, unsigned month, unsigned day, int hour, int minute,
                           int second) {
-    const std::chrono::sys_days date = std::chrono::year{year} / static_cast<int>(month) /
-                                       static_cast<int>(day);
+    const std::chrono::sys_days date =
+        std::chrono::year{year} / static_cast<int>(month) / static_cast<int>(day);
     const LocalSeconds days = date.time_since_epoch().count();
     return days * kDay + hour * 3600 + minute * 60 + second;
 }

@@ -32,9 +32,7 @@ public:
 
 }  // namespace
 
-std::u16string LogTexts::dateText(LocalSeconds time) const {
-    return logformat::isoDate(time);
-}
+std::u16string LogTexts::dateText(LocalSeconds time) const { return logformat::isoDate(time); }
 
 std::u16string LogTexts::numberText(float number) const {
     char digits[32];

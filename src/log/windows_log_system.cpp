@@ -40,7 +40,8 @@ public:
         constexpr double kDaySeconds = 86400;
         const double sinceMidnight = midnight_ + seconds;
         return static_cast<float>(
-            sinceMidnight - kDaySeconds * static_cast<double>(static_cast<int>(sinceMidnight / kDaySeconds)));
+            sinceMidnight -
+            kDaySeconds * static_cast<double>(static_cast<int>(sinceMidnight / kDaySeconds)));
     }
 
 private:
@@ -62,7 +63,8 @@ private:
     }
 
     LARGE_INTEGER origin_ = startCounter();
-    double midnight_ = startSeconds();  ///< seconds since midnight when the counter stood at origin_
+    double midnight_ =
+        startSeconds();  ///< seconds since midnight when the counter stood at origin_
 };
 
 class FileStream : public LogStream {

@@ -43,7 +43,8 @@ std::wstring levelsOf(Procedure& procedure, const xml::Node& diag) {
         });
     }
     procedure.step([&] {
-        if (list.empty()) throw RuntimeError{RuntimeError::kInvalidCall, u"Invalid procedure call or argument"};
+        if (list.empty())
+            throw RuntimeError{RuntimeError::kInvalidCall, u"Invalid procedure call or argument"};
         list.resize(list.size() - kComma);
     });
     return list;
@@ -159,9 +160,8 @@ std::wstring constructToolTipText(const TreeNode& node) {
         });
         for (const xml::Node& diag : diags) {
             const std::wstring levels = levelsOf(procedure, diag);
-            procedure.step([&] {
-                text += diag.attribute(L"GROUP") + loadString(1002) + levels + L"\r\n";
-            });
+            procedure.step(
+                [&] { text += diag.attribute(L"GROUP") + loadString(1002) + levels + L"\r\n"; });
         }
     });
     text.resize(text.size() > kLineEnd ? text.size() - kLineEnd : 0);

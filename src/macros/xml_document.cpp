@@ -27,7 +27,8 @@ String toString(const std::wstring& text) {
 }
 
 [[noreturn]] void throwObjectNotSet() {
-    throw RuntimeError{RuntimeError::kObjectNotSet, u"Object variable or With block variable not set"};
+    throw RuntimeError{RuntimeError::kObjectNotSet,
+                       u"Object variable or With block variable not set"};
 }
 
 void require(HRESULT result, const char16_t* refused) {

@@ -58,9 +58,9 @@ void showCHMHelp(HWND owner, const std::u16string& file, std::optional<std::uint
     constexpr std::u16string_view kLabel = u"[mdlHTMLHelp]showCHMHelp";
     runProcedure(kLabel, kConvention, [&](Procedure& procedure) {
         procedure.step([&] {
-            helpWindow() = loadHtmlHelp()(owner, toWide(file).c_str(),
-                                          contextId ? kHelpContext : kDisplayTopic,
-                                          contextId.value_or(0));
+            helpWindow() =
+                loadHtmlHelp()(owner, toWide(file).c_str(),
+                               contextId ? kHelpContext : kDisplayTopic, contextId.value_or(0));
         });
         procedure.step([&] {
             const auto handle = reinterpret_cast<INT_PTR>(helpWindow());

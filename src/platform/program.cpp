@@ -31,8 +31,8 @@ Version version() {
     constexpr DWORD kFixedInfo = 40;
     const HRSRC resource = ::FindResourceW(nullptr, MAKEINTRESOURCEW(1), RT_VERSION);
     if (resource == nullptr) return {};
-    const auto* const bytes = static_cast<const char*>(
-        ::LockResource(::LoadResource(nullptr, resource)));
+    const auto* const bytes =
+        static_cast<const char*>(::LockResource(::LoadResource(nullptr, resource)));
     VS_FIXEDFILEINFO info{};
     if (bytes == nullptr || ::SizeofResource(nullptr, resource) < kFixedInfo + sizeof info) {
         return {};

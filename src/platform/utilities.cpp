@@ -75,11 +75,11 @@ void readOlderProduct(Procedure& procedure, VersionRecord& record) {
 
 bool isConnection() {
     bool exists = false;
-    runProcedure(u"[Utilities]isConnection", {.limit = Limit::TenErrors, .numbersLines = true},
-                 [&](Procedure& procedure) {
-                     procedure.step(
-                         [&] { exists = RegistryAPI::registry().keyExists(kCurrentProductKey); });
-                 });
+    runProcedure(
+        u"[Utilities]isConnection", {.limit = Limit::TenErrors, .numbersLines = true},
+        [&](Procedure& procedure) {
+            procedure.step([&] { exists = RegistryAPI::registry().keyExists(kCurrentProductKey); });
+        });
     return exists;
 }
 

@@ -21,7 +21,8 @@ std::wstring dbSwitch(const std::filesystem::path& file) {
 }
 
 bool started(const ViewerFolder& folder) {
-    return eventually([&] { return folder.log().find("Exiting [modMain]Main_0") != std::string::npos; });
+    return eventually(
+        [&] { return folder.log().find("Exiting [modMain]Main_0") != std::string::npos; });
 }
 
 /// The labels and messages of entries and exits, in order, without times.
@@ -29,8 +30,11 @@ std::vector<std::string> entriesAndExits(const ViewerFolder& folder) {
     std::vector<std::string> found;
     for (const std::string& line : folder.logLines()) {
         for (const std::string mark : {"Entering ", "Exiting "}) {
-            const std::size_t at = line.find(") " + std::string(
-                line.find_first_not_of(' ', line.find(") ") + 2) - line.find(") ") - 2, ' ') + mark);
+            const std::size_t at = line.find(
+                ") " +
+                std::string(line.find_first_not_of(' ', line.find(") ") + 2) - line.find(") ") - 2,
+                            ' ') +
+                mark);
             if (at == std::string::npos) continue;
             const std::size_t name = line.find(mark);
             found.push_back(line.substr(name, line.find(' ', name + mark.size()) - name));
@@ -58,17 +62,16 @@ TEST(ProgramTest, ARunWithADatabaseIsLoggedFromEntryToExit) {
     EXPECT_THAT(lines, Contains(HasSubstr("[modDatabase]createUniqueTracesArray)       Number of "
                                           "Unique Traces Found: ")));
     const std::vector<std::string> steps = entriesAndExits(folder);
-    const std::vector<std::string> beginning{
-        "Entering [modMain]Main_0",
-        "Entering [Utilities]getVersion_0",
-        "Exiting [Utilities]getVersion_0",
-        "Entering [modDatabase]connectToDB_0",
-        "Exiting [modDatabase]connectToDB_0",
-        "Entering [modDatabase]openRecordsets_0",
-        "Entering [modDatabase]openUniqueFilters_0",
-        "Entering [modDatabase]createUniqueTracesArray_0",
-        "Exiting [modDatabase]createUniqueTracesArray_0",
-        "Exiting [modDatabase]openUniqueFilters_0"};
+    const std::vector<std::string> beginning{"Entering [modMain]Main_0",
+                                             "Entering [Utilities]getVersion_0",
+                                             "Exiting [Utilities]getVersion_0",
+                                             "Entering [modDatabase]connectToDB_0",
+                                             "Exiting [modDatabase]connectToDB_0",
+                                             "Entering [modDatabase]openRecordsets_0",
+                                             "Entering [modDatabase]openUniqueFilters_0",
+                                             "Entering [modDatabase]createUniqueTracesArray_0",
+                                             "Exiting [modDatabase]createUniqueTracesArray_0",
+                                             "Exiting [modDatabase]openUniqueFilters_0"};
     ASSERT_GT(steps.size(), beginning.size());
     EXPECT_EQ(std::vector<std::string>(steps.begin(), steps.begin() + 10), beginning);
     EXPECT_THAT(steps, Contains("Exiting tdbgridData_HeadClick_0"));
@@ -100,9 +103,11 @@ TEST(ProgramTest, DebugOnTheCommandLineCopiesTheLogToTheDebugger) {
     ASSERT_TRUE(started(folder));
     ASSERT_TRUE(viewer.close());
     const std::vector<std::string> lines = output.lines();
-    EXPECT_THAT(lines, Contains("VorelleDiagnosticViewer:([modMain]Main) Entering [modMain]Main_0"));
-    EXPECT_THAT(lines, Contains(StartsWith(
-                           "VorelleDiagnosticViewer:([modMain]Main) Exiting [modMain]Main_0 Start: ")));
+    EXPECT_THAT(lines,
+                Contains("VorelleDiagnosticViewer:([modMain]Main) Entering [modMain]Main_0"));
+    EXPECT_THAT(lines,
+                Contains(StartsWith(
+                    "VorelleDiagnosticViewer:([modMain]Main) Exiting [modMain]Main_0 Start: ")));
     EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
                             [](const std::string& line) {
                                 return line.starts_with("VorelleDiagnosticViewer:(");
@@ -130,7 +135,8 @@ TEST(ProgramTest, OnAServerItStepsAside) {
     ASSERT_TRUE(started(folder));
     EXPECT_EQ(GetPriorityClass(viewer.process()), DWORD{BELOW_NORMAL_PRIORITY_CLASS});
     const std::vector<std::string> lines = folder.logLines();
-    EXPECT_THAT(lines, Contains("[mdlPriority]ChangePriority)   SetPriorityClass(16384) returned = 1"));
+    EXPECT_THAT(lines,
+                Contains("[mdlPriority]ChangePriority)   SetPriorityClass(16384) returned = 1"));
     EXPECT_THAT(lines, Not(Contains(HasSubstr("Err.Number"))));
 }
 
@@ -165,8 +171,8 @@ protected:
         ASSERT_TRUE(window_ = first_.waitForWindow());
         ASSERT_TRUE(started(folder_));
         // Something else is in front.
-        other_ = CreateWindowW(L"STATIC", L"other", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 200, 100,
-                               nullptr, nullptr, nullptr, nullptr);
+        other_ = CreateWindowW(L"STATIC", L"other", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 200,
+                               100, nullptr, nullptr, nullptr, nullptr);
         SetForegroundWindow(other_);
         ASSERT_NE(GetForegroundWindow(), window_);
     }
@@ -264,7 +270,8 @@ TEST(ProgramTest, HelpOpensWithF1AndClosesAtTheEnd) {
     ASSERT_TRUE(help);
     ASSERT_TRUE(viewer.close());
     EXPECT_EQ(viewer.exitCode(), 0u);
-    const std::string text = "hwndHelp returned = " + std::to_string(reinterpret_cast<INT_PTR>(help));
+    const std::string text =
+        "hwndHelp returned = " + std::to_string(reinterpret_cast<INT_PTR>(help));
     EXPECT_THAT(folder.log(), HasSubstr(text + "\r\n"));
 }
 

@@ -57,8 +57,7 @@ std::filesystem::path ViewerFolder::makeDatabase(const std::string& name,
 std::vector<std::filesystem::path> ViewerFolder::logFiles(const std::string& ending) const {
     std::vector<std::filesystem::path> files;
     std::error_code none;
-    for (const auto& entry :
-         std::filesystem::directory_iterator{folder_.path() / "LOGS", none}) {
+    for (const auto& entry : std::filesystem::directory_iterator{folder_.path() / "LOGS", none}) {
         if (entry.path().string().ends_with(ending)) files.push_back(entry.path());
     }
     std::sort(files.begin(), files.end());

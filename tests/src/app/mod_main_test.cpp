@@ -81,9 +81,9 @@ TEST_F(MainTest, WithoutOneTheUserChooses) {
     SharedFakeLog log;
     startUp_.chosen = u"b.mdb";
     modMain::Main(startUp_);
-    const Asked expected{"getVersion",  "parseCommandLine",  "selectDatabase", "doEvents",
-                         "createDiags", "connectToDB b.mdb", "openRecordsets", "reloadDBGrid",
-                         "showMainWindow"};
+    const Asked expected{"getVersion",     "parseCommandLine", "selectDatabase",
+                         "doEvents",       "createDiags",      "connectToDB b.mdb",
+                         "openRecordsets", "reloadDBGrid",     "showMainWindow"};
     EXPECT_EQ(startUp_.asked, expected);
 }
 

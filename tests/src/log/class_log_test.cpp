@@ -68,7 +68,9 @@ TEST_F(ClassLogTest, TheThresholdDecidesByLevel) {
         FakeLogSystem fake;
         classLog log{fake.system()};
         log.nLogLevel = threshold;
-        for (int level = 0; level < 4; ++level) log.log(u"level " + std::u16string(1, static_cast<char16_t>(u'0' + level)), level, u"x");
+        for (int level = 0; level < 4; ++level)
+            log.log(u"level " + std::u16string(1, static_cast<char16_t>(u'0' + level)), level,
+                    u"x");
         log.flush();
         std::string found;
         const std::string text = fake.text(log.strLogFile());
@@ -246,9 +248,8 @@ TEST_F(ClassLogTest, CloseLogBeginsAnotherFileWithItsOwnHeader) {
     EXPECT_EQ(log.strLogFile(), u"C:\\Viewer\\LOGS\\VorelleDiagnosticViewer_20050314_093113.LOG");
     EXPECT_EQ(fake_.state->content.count(log.strLogFile()), 0u) << "opened by its first line";
     log.log(u"second", 0, u"[a]b");
-    EXPECT_EQ(fake_.text(log.strLogFile()),
-              header("2005-03-14 09:31:13") +
-                  "09:31:13    Info:(" + std::string(41, ' ') + "[a]b) second\r\n");
+    EXPECT_EQ(fake_.text(log.strLogFile()), header("2005-03-14 09:31:13") + "09:31:13    Info:(" +
+                                                std::string(41, ' ') + "[a]b) second\r\n");
     EXPECT_TRUE(fake_.text(first).ends_with("first\r\n"));
 }
 
@@ -275,27 +276,25 @@ TEST_F(ClassLogTest, TheNameOfTheFileCanBeSet) {
 TEST_F(ClassLogTest, DumpsADictionary) {
     classLog log{fake_.system()};
     log.dumpDictionary({{u"db", u"a.mdb"}, {std::u16string(40, u'k'), u"v"}}, u"[a]b");
-    EXPECT_EQ(written(log),
-              line("   Info", "[a]b", std::string(31, ' ') + "db    a.mdb") +
-                  line("   Info", "[a]b", std::string(40, 'k') + "    v") +
-                  line("   Info", "[a]b", std::string(80, '*')));
+    EXPECT_EQ(written(log), line("   Info", "[a]b", std::string(31, ' ') + "db    a.mdb") +
+                                line("   Info", "[a]b", std::string(40, 'k') + "    v") +
+                                line("   Info", "[a]b", std::string(80, '*')));
 }
 
 TEST_F(ClassLogTest, DumpsACommand) {
     classLog log{fake_.system()};
     log.dumpCommandObject({.text = u"SELECT 1", .parameters = {{u"first", u"12"}}}, u"[a]b");
     const std::string stars = line("VerInfo", "[a]b", std::string(80, '*'));
-    EXPECT_EQ(written(log), stars + line("VerInfo", "[a]b", "Command Object Dump: SELECT 1") +
-                                stars +
-                                line("VerInfo", "[a]b", "first" + std::string(26 + 4, ' ') + "12") +
-                                stars);
+    EXPECT_EQ(written(log),
+              stars + line("VerInfo", "[a]b", "Command Object Dump: SELECT 1") + stars +
+                  line("VerInfo", "[a]b", "first" + std::string(26 + 4, ' ') + "12") + stars);
 }
 
 TEST_F(ClassLogTest, DumpsTheRecordsFromTheCurrentOneOn) {
     const fixture::TemporaryFolder folder;
     fixture::FixtureBuilder builder;
-    auto& table = builder.addTable({.name = u"tblTraces",
-                                    .columns = fixture::traceColumns(fixture::TraceFormat::Oldest)});
+    auto& table = builder.addTable(
+        {.name = u"tblTraces", .columns = fixture::traceColumns(fixture::TraceFormat::Oldest)});
     for (const char16_t* text : {u"one", u"two", u"three"}) {
         fixture::Row row(7);
         row[1] = std::u16string{u"MsgSvc"};

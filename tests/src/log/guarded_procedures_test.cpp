@@ -1,10 +1,11 @@
 // The guarded procedures that need no window, each failed eleven times, and the others once.
+#include "tests/src/log/guarded_procedures.h"
+
 #include "src/db/mod_database.h"
 #include "src/platform/registry_api.h"
 #include "src/platform/utilities.h"
 #include "src/search/trace_search.h"
 #include "tests/src/db/recording_display.h"
-#include "tests/src/log/guarded_procedures.h"
 #include "tests/support/expected.h"
 
 #include <gtest/gtest.h>

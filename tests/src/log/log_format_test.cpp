@@ -14,10 +14,14 @@ std::u16string lineOf(int level, std::u16string_view label, std::u16string_view 
 
 TEST(LogLineTest, EveryLevelHasItsPlace) {
     const std::u16string blanks(45 - 13, u' ');
-    EXPECT_EQ(lineOf(0, u"[modMain]Main", u"m"), u"09:05:07    Info:(" + blanks + u"[modMain]Main) m");
-    EXPECT_EQ(lineOf(1, u"[modMain]Main", u"m"), u"09:05:07 Warning:(" + blanks + u"[modMain]Main) m");
-    EXPECT_EQ(lineOf(2, u"[modMain]Main", u"m"), u"09:05:07   ERROR:(" + blanks + u"[modMain]Main) m");
-    EXPECT_EQ(lineOf(3, u"[modMain]Main", u"m"), u"09:05:07 VerInfo:(" + blanks + u"[modMain]Main) m");
+    EXPECT_EQ(lineOf(0, u"[modMain]Main", u"m"),
+              u"09:05:07    Info:(" + blanks + u"[modMain]Main) m");
+    EXPECT_EQ(lineOf(1, u"[modMain]Main", u"m"),
+              u"09:05:07 Warning:(" + blanks + u"[modMain]Main) m");
+    EXPECT_EQ(lineOf(2, u"[modMain]Main", u"m"),
+              u"09:05:07   ERROR:(" + blanks + u"[modMain]Main) m");
+    EXPECT_EQ(lineOf(3, u"[modMain]Main", u"m"),
+              u"09:05:07 VerInfo:(" + blanks + u"[modMain]Main) m");
 }
 
 TEST(LogLineTest, ALevelThatThereIsNotIsRefused) {
@@ -38,8 +42,8 @@ TEST(LogLineTest, AMissingLabelIsAllBlanks) {
 }
 
 TEST(LogLineTest, TheIndentStandsBeforeTheMessage) {
-    const std::u16string line = logformat::line(
-        {.time = kMorning, .label = u"l", .indent = u"    ", .message = u"m"});
+    const std::u16string line =
+        logformat::line({.time = kMorning, .label = u"l", .indent = u"    ", .message = u"m"});
     EXPECT_TRUE(line.ends_with(u"l)     m"));
 }
 

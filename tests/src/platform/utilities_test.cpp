@@ -68,9 +68,8 @@ TEST_F(GetVersionTest, TheCurrentProductTellsEveryPart) {
 }
 
 TEST_F(GetVersionTest, AValueThatIsMissingLeavesItsPartAlone) {
-    registry_.keys[kCurrent] = {{u"MajorVersion", 8u},
-                                {u"ReleaseVersion", 40000u},
-                                {u"Version", std::u16string{u"eight"}}};
+    registry_.keys[kCurrent] = {
+        {u"MajorVersion", 8u}, {u"ReleaseVersion", 40000u}, {u"Version", std::u16string{u"eight"}}};
     const VersionRecord record = Utilities::getVersion();
     EXPECT_EQ(record.major, 8);
     EXPECT_EQ(record.minor, 0);
@@ -124,8 +123,8 @@ TEST_F(GetVersionTest, AFailedLookForTheKeyNamesItsLine) {
     EXPECT_FALSE(Utilities::isConnection());
     const std::vector<std::string> failures = log_.failures("[Utilities]isConnection");
     ASSERT_EQ(failures.size(), 1u);
-    EXPECT_TRUE(failures[0].starts_with(
-        "Err.Number = 70 Err.Description = Permission denied Line: "));
+    EXPECT_TRUE(
+        failures[0].starts_with("Err.Number = 70 Err.Description = Permission denied Line: "));
 }
 
 }  // namespace

@@ -32,7 +32,8 @@ TEST_F(GuardedWindowsTest, HeadClick) {
     SharedFakeLog quiet;
     open(makeFile("a.mdb", 20));
     ASSERT_TRUE(waitLoaded());
-    expectGuarded("tdbgridData_HeadClick", Lines::Plain, [this] { form.tdbgridData_HeadClick(99); });
+    expectGuarded("tdbgridData_HeadClick", Lines::Plain,
+                  [this] { form.tdbgridData_HeadClick(99); });
     modDatabase::openDiagRecordset(u"WHERE nonsense '");
     expectGuarded("tdbgridData_HeadClick", Lines::Plain,
                   [this] { form.tdbgridData_HeadClick(form.tdbgridData.columnIndex(L"Date")); });
@@ -107,9 +108,9 @@ TEST_F(GuardedWindowsTest, UnguardedOnesGoOn) {
 TEST_F(GuardedWindowsTest, ACancelledDialogKeepsItsNumber) {
     SharedFakeLog log;
     form.selectDatabase();
-    EXPECT_EQ(log.failures("[frmMain]selectDatabase"),
-              std::vector<std::string>{
-                  "Err.Number = 32755 Err.Description = Cancel was selected."});
+    EXPECT_EQ(
+        log.failures("[frmMain]selectDatabase"),
+        std::vector<std::string>{"Err.Number = 32755 Err.Description = Cancel was selected."});
 }
 
 TEST_F(GuardedWindowsTest, FiltersAreLogged) {

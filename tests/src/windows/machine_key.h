@@ -5,7 +5,6 @@
 #pragma once
 
 #include <windows.h>
-
 #include <gtest/gtest.h>
 
 #include <string>

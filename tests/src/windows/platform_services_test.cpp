@@ -7,8 +7,8 @@
 #include "tests/src/log/fake_log_system.h"
 #include "tests/support/expected.h"
 
-#include <gtest/gtest.h>
 #include <windows.h>
+#include <gtest/gtest.h>
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include "src/platform/text.h"
 #include "tests/support/expected.h"
 
-#include <gtest/gtest.h>
 #include <windows.h>
+#include <gtest/gtest.h>
 
 #include <chrono>
 #include <fstream>
@@ -46,8 +46,9 @@ TEST_F(WindowsLogTest, MakesFolderAndFileAndOthersMayReadThem) {
     log.log(u"Gr\u00FC\u00DFe \u20AC \u65E5", 0, u"[a]b");
     const std::string text = written(log);
     EXPECT_TRUE(text.starts_with("\r\n****"));
-    EXPECT_TRUE(text.ends_with("[a]b) Gr\xFC\xDF"
-                               "e \x80 ?\r\n"))
+    EXPECT_TRUE(
+        text.ends_with("[a]b) Gr\xFC\xDF"
+                       "e \x80 ?\r\n"))
         << text;
 }
 
