@@ -20,11 +20,11 @@ fail() {
 
 # shellcheck disable=SC2034  # for the scripts that source this one
 {
-    build_packages=(cmake ninja-build g++ g++-mingw-w64-x86-64 googletest)
+    build_packages=(cmake ninja-build g++ g++-mingw-w64-x86-64 googletest fp-utils)
     wine_packages=(wine wine64 fonts-liberation fonts-wine fonts-ipafont-gothic)
     screen_packages=(xvfb openbox xdotool imagemagick)
-    test_packages=(g++-mingw-w64-i686 libbenchmark-dev mdbtools sqlite3 clang-format-14
-        clang-tidy-14)
+    test_packages=(g++-mingw-w64-i686 libbenchmark-dev libchm-bin mdbtools sqlite3
+        clang-format-14 clang-tidy-14)
 }
 
 as_root() {

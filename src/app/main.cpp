@@ -1,7 +1,11 @@
 // The program's entry.
-#include "src/app/mod_main.h"
+#include "src/app/program_start_up.h"
+#include "src/log/class_log.h"
+#include "src/log/crash_report.h"
 #include "src/log/procedure.h"
-#include "src/platform/text.h"
+#include "src/log/toolkit_failures.h"
+#include "src/log/windows_log_system.h"
+#include "src/platform/windows_registry.h"
 #include "toolkit/forms/application.h"
 #include "toolkit/forms/window.h"
 
@@ -9,19 +13,28 @@
 
 namespace {
 
-void writeToDebugger(std::u16string_view label, const std::u16string& message) {
-    const std::wstring line = toWide(label) + L" " + toWide(message) + L"\n";
-    ::OutputDebugStringW(line.c_str());
+/// What an event procedure without steps lets go.
+void logUnexpected(const std::exception_ptr& error) {
+    theLog().log(describe(toFailure(error)), classLog::kError, u"[modMain]event");
+}
+
+int runProgram() {
+    const forms::Application application;
+    ProgramStartUp startUp;
+    modMain::Main(startUp);
+    return forms::run();
 }
 
 }  // namespace
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
-    setFailureReporter(writeToDebugger);
-    forms::setUnexpectedErrorHandler([](const std::exception_ptr& error) {
-        writeToDebugger(u"[frmMain]", describe(toFailure(error)));
-    });
-    const forms::Application application;
-    modMain::Main();
-    return forms::run();
+    setLogSystem(windowsLogSystem);
+    installCrashReports();
+    readToolkitFailures();
+    RegistryAPI::WindowsRegistry machine;
+    RegistryAPI::setRegistry(&machine);
+    forms::setUnexpectedErrorHandler(logUnexpected);
+    const int code = runProgram();
+    theLog().flush();
+    return code;
 }

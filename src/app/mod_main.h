@@ -1,13 +1,48 @@
-// Start-up: command line, database, main window. The viewer's own thread.
+// Start-up: single instance, server, command line, database, main window.
+//
+//   ProgramStartUp startUp;
+//   modMain::Main(startUp);
+//
+// The viewer's own thread.
 #pragma once
+
+#include "src/app/command_line.h"
+#include "src/platform/utilities.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
 
 namespace modMain {
 
 /// Whether the message server itself runs on this machine: long work then leaves it time.
 inline bool runningOnServer = false;
 
+/// What start-up is made of: the program's own parts, or a test's.
+class StartUp {
+public:
+    virtual ~StartUp() = default;
+
+    /// Whether another viewer runs already.
+    virtual bool hasPreviousInstance() = 0;
+    /// Raises the other viewer's window and ends the process; returns if it finds none.
+    virtual void activatePreviousInstance() = 0;
+    virtual VersionRecord getVersion() = 0;
+    virtual bool ChangePriority(std::uint32_t priorityClass) = 0;
+    /// The switches of this process; nothing after an error. Ends the process if one is given twice.
+    virtual std::optional<CommandLine> parseCommandLine() = 0;
+    /// Empty if the user cancelled.
+    virtual std::u16string selectDatabase() = 0;
+    virtual void doEvents() = 0;
+    virtual void createDiags() = 0;
+    virtual void connectToDB(const std::u16string& path) = 0;
+    virtual void openRecordsets() = 0;
+    virtual void reloadDBGrid() = 0;
+    virtual void showMainWindow() = 0;
+};
+
 /// Reads the command line, opens the database that it names or the user chooses, and shows the
 /// main window; that happens also when there is no database to show.
-void Main();
+void Main(StartUp& startUp);
 
 }  // namespace modMain

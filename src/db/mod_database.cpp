@@ -2,7 +2,9 @@
 
 #include "src/db/class_diags.h"
 #include "src/i18n/mod_localize.h"
+#include "src/log/class_log.h"
 #include "src/log/procedure.h"
+#include "src/platform/text.h"
 
 using modLocalize::myLoadResString;
 
@@ -53,12 +55,16 @@ bool isOpen(const ado::Recordset& recordset) { return recordset.state() != ado::
 /// Fills `uniqueTraces` from the open unique-filter recordset.
 void createUniqueTracesArray(ado::Recordset& recordset) {
     constexpr std::u16string_view kLabel = u"[modDatabase]createUniqueTracesArray";
-    runProcedure(kLabel, Limit::None, [&](Procedure& procedure) {
+    runProcedure(kLabel, {.timed = true}, [&](Procedure& procedure) {
         uniqueTraces().clear();
+        int count = 0;
         procedure.step([&] {
-            if (recordset.recordCount() < 1) {
-                throw RuntimeError{RuntimeError::kSubscript, u"Subscript out of range"};
-            }
+            count = recordset.recordCount();
+            if (count < 1) throw RuntimeError{RuntimeError::kSubscript, u"Subscript out of range"};
+        });
+        procedure.step([&] {
+            theLog().log(u"Number of Unique Traces Found: " + toText(count), classLog::kInfo,
+                         kLabel);
         });
         procedure.step([&] {
             ado::Fields fields = recordset.fields();
@@ -90,7 +96,9 @@ UniqueTraces& uniqueTraces() {
 }
 
 void connectToDB(const std::u16string& path) {
-    runProcedure(u"[modDatabase]connectToDB", Limit::TenErrors, [&](Procedure& procedure) {
+    constexpr Convention kConvention{
+        .limit = Limit::TenErrors, .numbersLines = true, .timed = true};
+    runProcedure(u"[modDatabase]connectToDB", kConvention, [&](Procedure& procedure) {
         procedure.step([&] {
             if (connection().state() != ado::adStateClosed) connection().close();
         });
@@ -107,7 +115,7 @@ void connectToDB(const std::u16string& path) {
 std::filesystem::path databasePath() { return connection().path(); }
 
 void openRecordsets() {
-    runProcedure(u"[modDatabase]openRecordsets", Limit::None, [&](Procedure& procedure) {
+    runProcedure(u"[modDatabase]openRecordsets", {.timed = true}, [&](Procedure& procedure) {
         procedure.step([&] { theDisplay->displayStatus(myLoadResString(1032), false); });
         procedure.step([] { openUniqueFilters(); });
         procedure.step([] { openDiagRecordset(u""); });
@@ -117,7 +125,8 @@ void openRecordsets() {
 }
 
 void openUniqueFilters() {
-    runProcedure(u"[modDatabase]openUniqueFilters", Limit::TenErrors, [&](Procedure& procedure) {
+    constexpr Convention kConvention{.limit = Limit::TenErrors, .timed = true};
+    runProcedure(u"[modDatabase]openUniqueFilters", kConvention, [&](Procedure& procedure) {
         procedure.step([&] {
             if (isOpen(uniqueFilters())) uniqueFilters().close();
         });
@@ -130,7 +139,8 @@ void openUniqueFilters() {
 }
 
 void openDiagRecordset(const std::u16string& whereClause) {
-    runProcedure(u"[modDatabase]openDiagRecordset", Limit::TenErrors, [&](Procedure& procedure) {
+    constexpr Convention kConvention{.limit = Limit::TenErrors, .timed = true};
+    runProcedure(u"[modDatabase]openDiagRecordset", kConvention, [&](Procedure& procedure) {
         ado::Recordset& recordset = diags()->rsDiags();
         procedure.step([&] {
             if (isOpen(recordset)) recordset.close();
@@ -145,8 +155,7 @@ void openDiagRecordset(const std::u16string& whereClause) {
         const bool opened = procedure.step([&] { openTraces(recordset, query); },
                                            [&](const Failure& failure) {
                                                if (failure.number != ado::kErrorParameter) {
-                                                   procedure.report(failure);
-                                                   return Resume::Next;
+                                                   return Resume::AsUsual;
                                                }
                                                query =
                                                    std::u16string{kOldestTracesQuery} + whereClause;

@@ -14,4 +14,7 @@ std::u16string myLoadResString(unsigned id) {
     return length <= 0 ? std::u16string{} : fromWide({text, static_cast<std::size_t>(length)});
 }
 
+/// The program's own texts are English, and it has no others.
+std::u16string currentLanguageCode() { return u"ENU"; }
+
 }  // namespace modLocalize

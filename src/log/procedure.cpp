@@ -1,8 +1,11 @@
 #include "src/log/procedure.h"
 
 #include "engine/ado/error.h"
+#include "src/log/class_log.h"
 #include "src/platform/text.h"
 
+#include <new>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -14,19 +17,43 @@ FailureReporter& reporter() {
     return current;
 }
 
-void reportLine(std::u16string_view label, const std::u16string& message) {
-    if (reporter()) reporter()(label, message);
+FailureTranslator& translator() {
+    static FailureTranslator current;
+    return current;
 }
+
+StepFault& stepFault() {
+    static StepFault current;
+    return current;
+}
+
+/// How many steps are running, one inside the other.
+int runningSteps = 0;
+
+class RunningStep {
+public:
+    RunningStep() { ++runningSteps; }
+    ~RunningStep() { --runningSteps; }
+    RunningStep(const RunningStep&) = delete;
+    RunningStep& operator=(const RunningStep&) = delete;
+};
 
 }  // namespace
 
 Failure toFailure(const std::exception_ptr& error) {
+    if (translator()) {
+        if (std::optional<Failure> failure = translator()(error)) return *std::move(failure);
+    }
     try {
         std::rethrow_exception(error);
     } catch (const ado::Error& failure) {
         return {failure.number(), failure.description()};
     } catch (const RuntimeError& failure) {
         return failure.failure();
+    } catch (const std::system_error& failure) {
+        return {failure.code().value(), fromAscii(failure.what())};
+    } catch (const std::bad_alloc&) {
+        return {RuntimeError::kOutOfMemory, u"Out of memory"};
     } catch (const std::exception& failure) {
         return {0, fromAscii(failure.what())};
     } catch (...) {
@@ -38,39 +65,75 @@ std::u16string describe(const Failure& failure) {
     return u"Err.Number = " + toText(failure.number) + u" Err.Description = " + failure.description;
 }
 
+void setFailureTranslator(FailureTranslator newTranslator) {
+    translator() = std::move(newTranslator);
+}
+
 FailureReporter setFailureReporter(FailureReporter newReporter) {
     return std::exchange(reporter(), std::move(newReporter));
 }
 
+void setStepFault(StepFault fault) { stepFault() = std::move(fault); }
+
+bool isInStep() { return runningSteps > 0; }
+
 bool Procedure::step(const std::function<void()>& action,
-                     const std::function<Resume(const Failure&)>& decide) {
+                     const std::function<Resume(const Failure&)>& decide, int line) {
     for (;;) {
         Failure failure;
         try {
+            const RunningStep running;
+            if (stepFault()) stepFault()(label_);
             action();
             return true;
+        } catch (const ForcedExit&) {
+            throw;  // the limit was passed in a step within this one
         } catch (...) {
             failure = toFailure(std::current_exception());
         }
+        line_ = line;
         count(failure);
-        if (!decide) report(failure);
-        if (!decide || decide(failure) == Resume::Next) return false;
+        const Resume resume = decide ? decide(failure) : Resume::AsUsual;
+        if (resume == Resume::AsUsual) report(failure);
+        line_ = 0;
+        const bool again = resume == Resume::SameStep || (resume == Resume::AsUsual && retries());
+        if (!again) return false;
     }
 }
 
-void Procedure::report(const Failure& failure) const { reportLine(label_, describe(failure)); }
+bool Procedure::retries() const {
+    if (convention_.log == nullptr && reporter()) return false;
+    return (convention_.log != nullptr ? *convention_.log : theLog()).DebugMode();
+}
+
+void Procedure::report(const Failure& failure) const {
+    std::u16string message = describe(failure);
+    if (convention_.numbersLines) message += u" Line: " + toText(line_);
+    reportLine(message);
+}
+
+void Procedure::reportLine(const std::u16string& message) const {
+    if (convention_.log != nullptr) {
+        convention_.log->log(message, classLog::kError, label_);
+    } else if (reporter()) {
+        reporter()(label_, message);
+    } else {
+        theLog().log(message, classLog::kError, label_);
+    }
+}
 
 void Procedure::count(const Failure& failure) {
     ++errors_;
-    if (limit_ == Limit::None || errors_ <= kErrorLimit) return;
-    report(failure);
-    reportLine(label_, u"Error count exceeded, forcing exit from " + label_);
+    if (convention_.limit == Limit::None || errors_ <= kErrorLimit) return;
+    reportLine(describe(failure));
+    reportLine(u"Error count exceeded, forcing exit from " + label_);
     throw ForcedExit{};
 }
 
-void runProcedure(std::u16string_view label, Limit limit,
+void runProcedure(std::u16string_view label, const Convention& convention,
                   const std::function<void(Procedure&)>& body) {
-    Procedure procedure{label, limit};
+    Procedure procedure{label, convention};
+    if (convention.timed) theLog().enterProc(label);
     try {
         body(procedure);
     } catch (const Procedure::ForcedExit&) {
@@ -78,4 +141,10 @@ void runProcedure(std::u16string_view label, Limit limit,
     } catch (...) {
         procedure.report(toFailure(std::current_exception()));
     }
+    if (convention.timed) theLog().exitProc(label);
+}
+
+void runProcedure(std::u16string_view label, Limit limit,
+                  const std::function<void(Procedure&)>& body) {
+    runProcedure(label, Convention{.limit = limit}, body);
 }

@@ -12,30 +12,13 @@ using forms::TreeNode;
 
 namespace {
 
+constexpr Convention kConvention{.limit = Limit::TenErrors, .numbersLines = true, .timed = true};
 constexpr std::int16_t kTipWidth = 400;
 constexpr int kHighestIndex = 32767;
 constexpr std::size_t kLineEnd = 2;
 constexpr std::size_t kComma = 2;
-constexpr std::int32_t kInvalidCall = 5;
-constexpr std::int32_t kOverflow = 6;
 
 std::wstring loadString(unsigned id) { return toWide(myLoadResString(id)); }
-
-/// A step whose report ends with the line of the source where it stands.
-bool lineStep(Procedure& procedure, const std::function<void()>& action,
-              int line = __builtin_LINE()) {
-    const auto numbered = [&] {
-        try {
-            action();
-        } catch (const forms::TreeError& error) {
-            throw RuntimeError{error.number(), fromAscii(error.what())};
-        }
-    };
-    return procedure.step(numbered, [&](const Failure& failure) {
-        procedure.report({failure.number, failure.description + u" Line: " + toText(line)});
-        return Resume::Next;
-    });
-}
 
 /// Elements are counted in 16 bits with a sign; those that the count does not reach are left out.
 template <typename Use>
@@ -43,7 +26,7 @@ void forEachCounted(Procedure& procedure, const std::vector<xml::Node>& nodes, U
     int index = 0;
     for (const xml::Node& node : nodes) {
         if (index++ > kHighestIndex) {
-            lineStep(procedure, [] { throw RuntimeError{kOverflow, u"Overflow"}; });
+            procedure.step([] { throw RuntimeError{RuntimeError::kOverflow, u"Overflow"}; });
             return;
         }
         use(node);
@@ -55,12 +38,13 @@ void forEachCounted(Procedure& procedure, const std::vector<xml::Node>& nodes, U
 std::wstring levelsOf(Procedure& procedure, const xml::Node& diag) {
     std::wstring list;
     for (const xml::Node& flag : diag.select(L"FLAG")) {
-        lineStep(procedure, [&] {
+        procedure.step([&] {
             list += std::to_wstring(macros::toLevel(fromWide(flag.attribute(L"ID")))) + L", ";
         });
     }
-    lineStep(procedure, [&] {
-        if (list.empty()) throw RuntimeError{kInvalidCall, u"Invalid procedure call or argument"};
+    procedure.step([&] {
+        if (list.empty())
+            throw RuntimeError{RuntimeError::kInvalidCall, u"Invalid procedure call or argument"};
         list.resize(list.size() - kComma);
     });
     return list;
@@ -126,23 +110,23 @@ void frmMacroTraces::cmdCancel_Click() { unload(); }
 
 void frmMacroTraces::populateMacroTracesTreeview() {
     constexpr std::u16string_view kLabel = u"[frmMacroTraces]populateMacroTracesTreeview";
-    runProcedure(kLabel, Limit::TenErrors, [this](Procedure& procedure) {
+    runProcedure(kLabel, kConvention, [this](Procedure& procedure) {
         {
             const forms::TreeUpdate update{treeviewMacroTrace};
             treeviewMacroTrace.clear();
             std::vector<xml::Node> groups;
-            lineStep(procedure, [&] { groups = mdlTraces::xmlMacroTraces().elements(L"GA"); });
+            procedure.step([&] { groups = mdlTraces::xmlMacroTraces().elements(L"GA"); });
             forEachCounted(procedure, groups,
                            [&](const xml::Node& group) { addGroup(procedure, group); });
         }
-        lineStep(procedure, [this] { treeviewMacroTrace.node(0).ensureVisible(); });
+        procedure.step([this] { treeviewMacroTrace.node(0).ensureVisible(); });
     });
 }
 
 void frmMacroTraces::addGroup(Procedure& procedure, const xml::Node& group) {
     TreeNode* root = nullptr;
     std::vector<xml::Node> traces;
-    lineStep(procedure, [&] {
+    procedure.step([&] {
         if (group.hasAttribute(L"DONTSHOW")) return;
         const std::wstring name = group.attribute(L"NAME");
         const xml::Node description = group.find(L"DESCRIPTION");
@@ -153,7 +137,7 @@ void frmMacroTraces::addGroup(Procedure& procedure, const xml::Node& group) {
         traces = group.select(L"TRACE");
     });
     forEachCounted(procedure, traces, [&](const xml::Node& trace) {
-        lineStep(procedure, [&] { addTrace(*root, trace); });
+        procedure.step([&] { addTrace(*root, trace); });
     });
 }
 
@@ -168,17 +152,16 @@ void frmMacroTraces::addTrace(TreeNode& group, const xml::Node& trace) {
 std::wstring constructToolTipText(const TreeNode& node) {
     std::wstring text;
     constexpr std::u16string_view kLabel = u"[frmMacroTraces]constructToolTipText";
-    runProcedure(kLabel, Limit::TenErrors, [&](Procedure& procedure) {
+    runProcedure(kLabel, kConvention, [&](Procedure& procedure) {
         std::vector<xml::Node> diags;
-        lineStep(procedure, [&] {
+        procedure.step([&] {
             const xml::Node trace = mdlTraces::findTrace(node.parent()->text(), node.text());
             diags = trace.select(L"DIAG");
         });
         for (const xml::Node& diag : diags) {
             const std::wstring levels = levelsOf(procedure, diag);
-            lineStep(procedure, [&] {
-                text += diag.attribute(L"GROUP") + loadString(1002) + levels + L"\r\n";
-            });
+            procedure.step(
+                [&] { text += diag.attribute(L"GROUP") + loadString(1002) + levels + L"\r\n"; });
         }
     });
     text.resize(text.size() > kLineEnd ? text.size() - kLineEnd : 0);

@@ -9,7 +9,6 @@
 namespace mdlTraces {
 namespace {
 
-constexpr std::int32_t kTypeMismatch = 13;
 constexpr std::int32_t kInvalidUseOfNull = 94;
 constexpr HRESULT kPathNotValid = E_FAIL;
 
@@ -33,7 +32,7 @@ std::wstring dataOf(ado::Recordset& recordset) {
     const jet::Value value = recordset.fields()[u"Data"].value();
     if (jet::isNull(value)) throw RuntimeError{kInvalidUseOfNull, u"Invalid use of Null"};
     const auto* const text = std::get_if<std::u16string>(&value);
-    if (text == nullptr) throw RuntimeError{kTypeMismatch, u"Type mismatch"};
+    if (text == nullptr) throw RuntimeError{RuntimeError::kTypeMismatch, u"Type mismatch"};
     return toWide(*text);
 }
 
@@ -74,7 +73,7 @@ void mergeRows(Procedure& procedure, ado::Recordset& recordset, Merge& merge) {
 }  // namespace
 
 void initMacroTraces(ado::Recordset& recordset) {
-    runProcedure(u"[mdlTraces]initMacroTraces", Limit::None, [&](Procedure& procedure) {
+    runProcedure(u"[mdlTraces]initMacroTraces", {.timed = true}, [&](Procedure& procedure) {
         std::optional<Merge> merge;
         procedure.step([&] { merge.emplace(theDocument().emplace().addRoot(L"HYBRIDTRACES")); });
         int count = 0;

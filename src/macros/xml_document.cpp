@@ -11,8 +11,6 @@ using Microsoft::WRL::ComPtr;
 namespace xml {
 namespace {
 
-constexpr std::int32_t kObjectNotSet = 91;
-
 // In the headers, but in no library that the compiler comes with.
 constexpr IID kDocument2 = {
     0x2933bf95, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
@@ -29,7 +27,8 @@ String toString(const std::wstring& text) {
 }
 
 [[noreturn]] void throwObjectNotSet() {
-    throw RuntimeError{kObjectNotSet, u"Object variable or With block variable not set"};
+    throw RuntimeError{RuntimeError::kObjectNotSet,
+                       u"Object variable or With block variable not set"};
 }
 
 void require(HRESULT result, const char16_t* refused) {

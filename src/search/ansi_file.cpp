@@ -1,37 +1,8 @@
 #include "src/search/ansi_file.h"
 
-#include "src/log/procedure.h"
+#include "src/platform/system_error.h"
 
 namespace {
-
-constexpr std::int32_t kDiskFull = 61;
-constexpr std::int32_t kDeviceError = 57;
-constexpr std::int32_t kBadFileName = 52;
-constexpr std::int32_t kPermissionDenied = 70;
-constexpr std::int32_t kPathFileAccess = 75;
-constexpr std::int32_t kPathNotFound = 76;
-
-[[noreturn]] void throwFileError(DWORD code) {
-    switch (code) {
-        case ERROR_DISK_FULL:
-        case ERROR_HANDLE_DISK_FULL:
-            throw RuntimeError{kDiskFull, u"Disk full"};
-        case ERROR_SHARING_VIOLATION:
-        case ERROR_LOCK_VIOLATION:
-            throw RuntimeError{kPermissionDenied, u"Permission denied"};
-        case ERROR_ACCESS_DENIED:
-        case ERROR_WRITE_PROTECT:
-            throw RuntimeError{kPathFileAccess, u"Path/File access error"};
-        case ERROR_PATH_NOT_FOUND:
-        case ERROR_BAD_NETPATH:
-        case ERROR_BAD_NET_NAME:
-            throw RuntimeError{kPathNotFound, u"Path not found"};
-        case ERROR_INVALID_NAME:
-            throw RuntimeError{kBadFileName, u"Bad file name or number"};
-        default:
-            throw RuntimeError{kDeviceError, u"Device I/O error"};
-    }
-}
 
 /// Converts with best fit, replacing what `bytes` holds.
 void toAnsi(std::u16string_view text, std::string& bytes) {

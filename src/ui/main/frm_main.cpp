@@ -5,6 +5,7 @@
 #include "src/db/mod_database.h"
 #include "src/i18n/mod_localize.h"
 #include "src/log/procedure.h"
+#include "src/platform/mdl_html_help.h"
 #include "src/platform/text.h"
 #include "toolkit/forms/application.h"
 #include "toolkit/forms/dialogs.h"
@@ -32,6 +33,8 @@ constexpr int kTraceLines = 3;
 constexpr Twips kTraceWidth = 3000_tw;
 
 constexpr int kPositionPanel = 3;
+
+constexpr Convention kGridEvent{.limit = Limit::TenErrors, .timed = true};
 
 struct GridColumn {
     const wchar_t* dataField;
@@ -80,6 +83,8 @@ void frmMain::build() {
         {0, mnuEdit, L"mnuEdit", L"&Edit"},
         {1, mnuFind, L"mnuFind", L"&Find", [this] { mnuFind_Click(); }, L"Ctrl+F"},
         {1, mnuFindNext, L"mnuFindNext", L"Find &Next", [this] { mnuFindNext_Click(); }, L"F3"},
+        {0, mnuHelpMenu, L"mnuHelpMenu", L"&Help"},
+        {1, mnuHelp, L"mnuHelp", L"Help", [this] { mnuHelp_Click(); }, L"F1"},
     });
     createControls({
         {sstabMain, {L"sstabMain", L"", kMargin, kMargin, 6000_tw, 4500_tw}},
@@ -149,10 +154,12 @@ void frmMain::localizeCaptions() {
     mnuEdit.setCaption(loadString(1008));
     mnuFind.setCaption(loadString(1010));
     mnuFindNext.setCaption(loadString(1029));
+    mnuHelpMenu.setCaption(loadString(1011));
+    mnuHelp.setCaption(loadString(1031));
 }
 
 void frmMain::centerDisplay() {
-    runProcedure(u"[frmMain]centerDisplay", Limit::None, [this](Procedure& procedure) {
+    runProcedure(u"[frmMain]centerDisplay", {.timed = true}, [this](Procedure& procedure) {
         procedure.step([this] {
             const Twips width = screenWidth() * kPartOfScreen;
             const Twips height = screenHeight() * kPartOfScreen;
@@ -199,9 +206,12 @@ void frmMain::Form_Unload(bool& /*cancel*/) { shutDown(); }
 
 void frmMain::mnuExit_Click() { shutDown(); }
 
+void frmMain::mnuHelp_Click() { mdlHTMLHelp::showCHMHelp(hwnd(), mdlHTMLHelp::getHelpFileName()); }
+
 /// Nothing is closed or saved one by one: files, fetches and windows go with the process.
 void frmMain::shutDown() {
     constexpr DWORD kPause = 500;
+    mdlHTMLHelp::closeHelp();
     hide();
     ::Sleep(kPause);
     if (endProgram) endProgram();
@@ -209,7 +219,7 @@ void frmMain::shutDown() {
 
 std::u16string frmMain::selectDatabase() {
     std::u16string path;
-    runProcedure(u"[frmMain]selectDatabase", Limit::None, [&](Procedure& procedure) {
+    runProcedure(u"[frmMain]selectDatabase", {.timed = true}, [&](Procedure& procedure) {
         procedure.step([&] {
             load();
             const auto chosen = forms::dialogs().openFile(
@@ -271,8 +281,9 @@ void frmMain::setupTraceGrid() {
 }
 
 void frmMain::tdbgridData_HeadClick(int ColIndex) {
-    runProcedure(u"tdbgridData_HeadClick", Limit::TenErrors, [&](Procedure& procedure) {
-        const std::wstring field = tdbgridData.column(ColIndex).dataField();
+    runProcedure(u"tdbgridData_HeadClick", kGridEvent, [&](Procedure& procedure) {
+        std::wstring field;
+        if (!procedure.step([&] { field = tdbgridData.column(ColIndex).dataField(); })) return;
         if (field != L"Trace") {
             procedure.step([&] { status.displayStatus(myLoadResString(1042), false, this); });
             procedure.step([&] {
@@ -319,6 +330,6 @@ void frmMain::tdbgridData_RowColChange() {
 }
 
 void frmMain::tdbgridData_FetchCellTips(std::int64_t row, bool& wrap) {
-    runProcedure(u"tdbgridData_FetchCellTips", Limit::TenErrors,
+    runProcedure(u"tdbgridData_FetchCellTips", kGridEvent,
                  [&](Procedure& procedure) { procedure.step([&] { wrap = row >= 0; }); });
 }

@@ -76,6 +76,8 @@ public:
     forms::MenuItem mnuEdit;
     forms::MenuItem mnuFind;
     forms::MenuItem mnuFindNext;
+    forms::MenuItem mnuHelpMenu;
+    forms::MenuItem mnuHelp;
 
 private:
     void build() override;
@@ -89,6 +91,7 @@ private:
 
     void mnuOpenTraceDatabase_Click();
     void mnuExit_Click();
+    void mnuHelp_Click();
     void sstabMain_Click(int previousTab);
     void txtTrace_Click();
     void tdbgridData_ColResize(int column, bool& cancel);

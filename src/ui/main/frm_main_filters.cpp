@@ -1,6 +1,7 @@
 // The main window's second tab: the tree of unique traces and the buttons around it.
 #include "src/db/class_diags.h"
 #include "src/db/mod_database.h"
+#include "src/log/class_log.h"
 #include "src/log/procedure.h"
 #include "src/macros/frm_macro_traces.h"
 #include "src/platform/text.h"
@@ -95,10 +96,12 @@ void frmMain::cmdExpandAll_Click() { setAllExpanded(true); }
 void frmMain::cmdCollapseAll_Click() { setAllExpanded(false); }
 
 std::u16string frmMain::constructFilters() {
+    constexpr std::u16string_view kLabel = u"[frmMain]constructFilters";
     std::u16string expression;
-    runProcedure(u"[frmMain]constructFilters", Limit::None, [&](Procedure& procedure) {
+    runProcedure(kLabel, Limit::None, [&](Procedure& procedure) {
         procedure.step(
             [&] { expression = constructFilterExpression(modDatabase::uniqueTraces()); });
+        procedure.step([&] { theLog().log(u"WHERE " + expression, classLog::kVerInfo, kLabel); });
     });
     return expression;
 }

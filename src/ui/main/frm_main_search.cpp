@@ -51,10 +51,9 @@ private:
 
 /// The open database would let itself be overwritten, and its records would be lost.
 void refuseDatabase(const std::wstring& path) {
-    constexpr std::int32_t kPermissionDenied = 70;
     std::error_code ignored;
     if (std::filesystem::equivalent(path, modDatabase::databasePath(), ignored)) {
-        throw RuntimeError{kPermissionDenied, u"Permission denied"};
+        throw RuntimeError{RuntimeError::kPermissionDenied, u"Permission denied"};
     }
 }
 
@@ -83,7 +82,7 @@ void frmMain::myfindText(bool findNext) {
 }
 
 void frmMain::mnuExportData_Click() {
-    runProcedure(u"[frmMain]mnuExportData_Click", Limit::None, [this](Procedure& procedure) {
+    runProcedure(u"[frmMain]mnuExportData_Click", {.timed = true}, [this](Procedure& procedure) {
         std::wstring path;
         procedure.step([&] { path = askExportPath(); });
         if (path.empty()) return;

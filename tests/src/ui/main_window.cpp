@@ -1,5 +1,6 @@
 #include "tests/src/ui/main_window.h"
 
+#include "src/log/toolkit_failures.h"
 #include "src/macros/mdl_traces.h"
 #include "src/platform/text.h"
 
@@ -37,6 +38,7 @@ forms::MessageAnswer AnsweringDialogs::showMessage(HWND, const forms::MessageReq
 
 MainWindowTest::MainWindowTest() {
     forms::setDialogs(&dialogs);
+    readToolkitFailures();
     form.endProgram = [this] { ++ended; };
     setFailureReporter([this](std::u16string_view label, const std::u16string& message) {
         reports.push_back(std::u16string{label} + u": " + message);

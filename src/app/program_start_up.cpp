@@ -1,0 +1,90 @@
+#include "src/app/program_start_up.h"
+
+#include "src/db/class_diags.h"
+#include "src/db/mod_database.h"
+#include "src/i18n/mod_localize.h"
+#include "src/log/class_log.h"
+#include "src/macros/mdl_traces.h"
+#include "src/platform/mdl_priority.h"
+#include "src/platform/system_formatter.h"
+#include "src/platform/text.h"
+#include "src/ui/main/main_display.h"
+#include "toolkit/forms/application.h"
+#include "toolkit/forms/dialogs.h"
+
+#include <windows.h>
+
+#include <memory>
+
+using modLocalize::myLoadResString;
+
+namespace {
+
+[[noreturn]] void endProcess() {
+    theLog().flush();
+    ::ExitProcess(0);
+}
+
+/// Brings the events of a fetch to the thread of the windows.
+class WindowScheduler : public ado::Scheduler {
+public:
+    void post(std::function<void()> task) override { forms::post(std::move(task)); }
+};
+
+/// The window and what stands behind it live as long as the process.
+frmMain& mainForm() {
+    static frmMain form;
+    form.endProgram = endProcess;
+    return form;
+}
+
+[[noreturn]] void refuseDuplicate(const modMain::DuplicateArgument& error) {
+    const std::u16string text = myLoadResString(1044) + u"\r\n" + myLoadResString(1050) +
+                                error.name() + myLoadResString(1007) + u"\r\n" +
+                                myLoadResString(1035);
+    forms::dialogs().showMessage(nullptr, {.title = toWide(myLoadResString(1022)),
+                                           .text = toWide(text),
+                                           .icon = forms::MessageIcon::critical});
+    endProcess();
+}
+
+}  // namespace
+
+void ProgramStartUp::activatePreviousInstance() {
+    if (instance_.raiseFirst(L"VorelleDiagnosticViewer.frmMain")) endProcess();
+}
+
+bool ProgramStartUp::ChangePriority(std::uint32_t priorityClass) {
+    return mdlPriority::ChangePriority(priorityClass);
+}
+
+std::optional<modMain::CommandLine> ProgramStartUp::parseCommandLine() {
+    try {
+        const std::u16string commandLine = fromWide(::GetCommandLineW());
+        return modMain::parseCommandLine(modMain::argumentsOf(commandLine));
+    } catch (const modMain::DuplicateArgument& error) {
+        refuseDuplicate(error);
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+}
+
+std::u16string ProgramStartUp::selectDatabase() { return mainForm().selectDatabase(); }
+
+void ProgramStartUp::doEvents() { forms::doEvents(); }
+
+void ProgramStartUp::createDiags() {
+    static MainDisplay display{mainForm()};
+    modDatabase::setDisplay(display);
+    modDatabase::setMacroTraceReader(mdlTraces::initMacroTraces);
+    diags() = std::make_unique<classDiags>(std::make_shared<WindowScheduler>(), display);
+    diags()->rsDiags().setFormatter(std::make_shared<SystemFormatter>());
+}
+
+void ProgramStartUp::connectToDB(const std::u16string& path) { modDatabase::connectToDB(path); }
+
+void ProgramStartUp::openRecordsets() { modDatabase::openRecordsets(); }
+
+void ProgramStartUp::reloadDBGrid() { mainForm().reloadDBGrid(diags()->rsDiags()); }
+
+void ProgramStartUp::showMainWindow() { mainForm().show(); }

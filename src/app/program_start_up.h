@@ -1,0 +1,26 @@
+// Start-up of the real program: the system's command line, the main window, the dialogs.
+//
+// The viewer's own thread.
+#pragma once
+
+#include "src/app/instance.h"
+#include "src/app/mod_main.h"
+
+class ProgramStartUp : public modMain::StartUp {
+public:
+    bool hasPreviousInstance() override { return instance_.isSecond(); }
+    void activatePreviousInstance() override;
+    VersionRecord getVersion() override { return Utilities::getVersion(); }
+    bool ChangePriority(std::uint32_t priorityClass) override;
+    std::optional<modMain::CommandLine> parseCommandLine() override;
+    std::u16string selectDatabase() override;
+    void doEvents() override;
+    void createDiags() override;
+    void connectToDB(const std::u16string& path) override;
+    void openRecordsets() override;
+    void reloadDBGrid() override;
+    void showMainWindow() override;
+
+private:
+    Instance instance_;
+};

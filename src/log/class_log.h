@@ -1,0 +1,115 @@
+// classLog: the program's own log, a text file for each run in the folder LOGS beside the program.
+//
+//   theLog().enterProc(kLabel);
+//   theLog().log(u"Number of Unique Traces Found: 12", classLog::kInfo, kLabel);
+//   theLog().exitProc(kLabel);
+//
+// Lines are gathered in memory while procedures are running and written when the outermost one
+// begins or ends, with every warning and error, and when the program ends. Nothing here throws: a
+// failure is logged itself if possible, and the line is lost.
+//
+// The viewer's own thread, but for lastWords.
+#pragma once
+
+#include "src/log/command_object.h"
+#include "src/log/log_format.h"
+#include "src/log/log_system.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace ado {
+class Recordset;
+}
+
+class classLog {
+public:
+    enum Level : int { kInfo = 0, kWarning = 1, kError = 2, kVerInfo = 3 };
+
+    /// Makes the folder if need be and removes old files. The file itself is opened by the first
+    /// line that is written into it.
+    explicit classLog(LogSystem system);
+    ~classLog();
+    classLog(const classLog&) = delete;
+    classLog& operator=(const classLog&) = delete;
+
+    /// 2: everything is written; below, neither kInfo nor kVerInfo; above, no kVerInfo.
+    std::int32_t nLogLevel = 2;
+
+    /// The full path of the current file.
+    const std::u16string& strLogFile() const { return strLogFile_; }
+    void setStrLogFile(std::u16string path) { strLogFile_ = std::move(path); }
+
+    /// Whether the program runs inside its development environment: under the name
+    /// ViewerDevelopment.exe. A failed step is then repeated instead of left behind.
+    bool DebugMode() const;
+
+    void log(std::u16string_view message, int level,
+             std::u16string_view label = logformat::kNoLabel);
+
+    /// Logs that a procedure begins or ends, and how long it took; lines between are indented.
+    void enterProc(std::u16string_view label);
+    void exitProc(std::u16string_view label);
+
+    /// Logs every field of the records from the current one on. Moves behind the last one.
+    void dumpRecordsets(ado::Recordset& recordset, std::u16string_view label = logformat::kNoLabel);
+    void dumpDictionary(const std::map<std::u16string, std::u16string>& dictionary,
+                        std::u16string_view label = logformat::kNoLabel);
+    void dumpCommandObject(const CommandObject& command,
+                           std::u16string_view label = logformat::kNoLabel);
+
+    /// Shows the current file to the user; the next line begins a new one.
+    void viewCurrentLogFile();
+
+    /// Ends the current file; the next line begins a new one.
+    void closeLog();
+
+    /// Removes files of earlier runs: those older than 14 days, 30 where there is room, 10 where
+    /// there is little.
+    void checkSizeOfLogs();
+
+    /// Writes what is gathered. Called before the program ends.
+    void flush() noexcept;
+
+    /// The last line of a program that crashed. Any thread: the others are taken for dead.
+    void lastWords(std::u16string_view message, std::u16string_view label) noexcept;
+
+private:
+    static bool passes(int level, std::int32_t threshold);
+    std::u16string newLogFile() const;
+    void setDepth(std::int32_t depth);
+    void logToFile(std::u16string_view message, int level, std::u16string_view label);
+    void append(std::u16string_view message, int level, std::u16string_view label);
+    void writeBuffer();
+    void closeStream();
+    std::u16string keyOf(std::u16string_view label, int activation) const;
+    int activations(std::u16string_view label) const;
+
+    LogSystem system_;
+    std::u16string folder_;
+    std::u16string strLogFile_;
+    bool debugOutput_ = false;
+    std::unique_ptr<LogStream> stream_;  ///< null until the first line of a file
+    std::string buffer_;                 ///< lines of the open file that are not written yet
+    bool failing_ = false;               ///< a failure to write is being reported
+    std::int32_t depth_ = 0;
+    std::u16string indent_;
+    std::unordered_map<std::u16string, float> timers_;  ///< by label and number of activation
+};
+
+/// Days that a log is kept.
+int retentionDays(std::uint64_t availableBytes);
+
+/// The log of the program, made when it is first asked for.
+classLog& theLog();
+
+/// Of what the shared log is made; a system without files if never called.
+void setLogSystem(std::function<LogSystem()> make);
+
+/// Puts another log in the place of the shared one and returns that; null: it is made anew when it
+/// is next asked for.
+std::unique_ptr<classLog> setLog(std::unique_ptr<classLog> replacement);

@@ -1,0 +1,87 @@
+#include "src/log/crash_report.h"
+
+#include "src/log/access_violation.h"
+#include "src/log/class_log.h"
+#include "src/log/procedure.h"
+#include "src/platform/text.h"
+
+#include <windows.h>
+#include <dbghelp.h>
+
+#include <atomic>
+#include <cstdio>
+#include <exception>
+
+namespace {
+
+constexpr std::u16string_view kLabel = u"[modMain]crash";
+
+/// Left to the handler when the stack is used up.
+constexpr ULONG kStackForHandler = 128 * 1024;
+
+using WriteDump = decltype(&::MiniDumpWriteDump);
+
+WriteDump loadDumpWriter() {
+    const HMODULE library = ::LoadLibraryExW(L"dbghelp.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    if (library == nullptr) return nullptr;
+    const FARPROC found = ::GetProcAddress(library, "MiniDumpWriteDump");
+    return reinterpret_cast<WriteDump>(reinterpret_cast<void*>(found));
+}
+
+bool writeDump(const std::u16string& path, EXCEPTION_POINTERS* exception) {
+    const WriteDump write = loadDumpWriter();
+    if (write == nullptr) return false;
+    const HANDLE file = ::CreateFileW(toWide(path).c_str(), GENERIC_WRITE, 0, nullptr,
+                                      CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    MINIDUMP_EXCEPTION_INFORMATION information{::GetCurrentThreadId(), exception, FALSE};
+    const BOOL done = write(::GetCurrentProcess(), ::GetCurrentProcessId(), file, MiniDumpNormal,
+                            exception != nullptr ? &information : nullptr, nullptr, nullptr);
+    ::CloseHandle(file);
+    return done != FALSE;
+}
+
+/// The name holds that of the log, so that it is removed with the old logs.
+void report(const std::u16string& what, EXCEPTION_POINTERS* exception) {
+    static std::atomic<bool> reported{false};
+    if (reported.exchange(true)) return;
+    classLog& log = theLog();
+    log.lastWords(u"The program crashed: " + what, kLabel);
+    const std::u16string dump = log.strLogFile() + u".dmp";
+    if (writeDump(dump, exception)) log.lastWords(u"Minidump: " + dump, kLabel);
+}
+
+std::u16string hexadecimal(unsigned long long number) {
+    char text[24];
+    const int length = std::snprintf(text, sizeof text, "0x%llX", number);
+    return fromAscii({text, static_cast<std::size_t>(length)});
+}
+
+LONG WINAPI onUnhandled(EXCEPTION_POINTERS* exception) {
+    const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
+    report(u"exception " + hexadecimal(record.ExceptionCode) + u" at " +
+               hexadecimal(reinterpret_cast<ULONG_PTR>(record.ExceptionAddress)),
+           exception);
+    return EXCEPTION_CONTINUE_SEARCH;
+}
+
+/// An exception that nobody catches would end in a message box of the C library.
+[[noreturn]] void onTerminate() {
+    std::u16string what = u"terminated";
+    if (const std::exception_ptr error = std::current_exception())
+        what = describe(toFailure(error));
+    report(what, nullptr);
+    constexpr UINT kAborted = 3;
+    ::TerminateProcess(::GetCurrentProcess(), kAborted);
+    std::abort();
+}
+
+}  // namespace
+
+void installCrashReports() {
+    ULONG size = kStackForHandler;
+    ::SetThreadStackGuarantee(&size);
+    ::SetUnhandledExceptionFilter(onUnhandled);
+    std::set_terminate(onTerminate);
+    catchAccessViolationsInSteps();
+}

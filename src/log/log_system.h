@@ -1,0 +1,98 @@
+// What the log needs of the system around it, one small interface a concern, so that tests put a
+// clock and a volume of their own in their place.
+//
+//   LogSystem system = windowsLogSystem();            // in the program
+//   LogSystem system = fake.system();                 // in a test
+//   classLog log{std::move(system)};
+//
+// The viewer's own thread.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Seconds since 1970-01-01 00:00 on the clock on the wall.
+using LocalSeconds = std::int64_t;
+
+/// The running program.
+struct LogProgram {
+    std::u16string folder;    ///< of the executable
+    std::u16string baseName;  ///< the executable's name without its extension
+    std::u16string hostPath;  ///< the executable's full path
+    std::u16string arguments;
+    int major = 0;
+    int minor = 0;
+    int revision = 0;
+};
+
+class LogClock {
+public:
+    virtual ~LogClock() = default;
+    virtual LocalSeconds now() = 0;
+    /// Seconds since midnight.
+    virtual float timer() = 0;
+};
+
+struct VolumeSpace {
+    std::uint64_t available = 0;  ///< bytes that the user may still fill
+    std::uint64_t total = 0;      ///< bytes in all
+    std::uint64_t free = 0;       ///< bytes that are free, the user's or not
+};
+
+struct LogFile {
+    std::u16string name;
+    LocalSeconds modified = 0;
+};
+
+/// A file that grows at its end; closed by its destructor.
+class LogStream {
+public:
+    virtual ~LogStream() = default;
+    virtual void write(std::string_view bytes) = 0;
+};
+
+/// Folders and files. Everything throws RuntimeError when it fails.
+class LogVolume {
+public:
+    virtual ~LogVolume() = default;
+    /// Does nothing if the folder is there.
+    virtual void createFolder(const std::u16string& path) = 0;
+    virtual VolumeSpace space(const std::u16string& folder) = 0;
+    /// Bytes of all files in the folder and below it.
+    virtual std::uint64_t folderSize(const std::u16string& folder) = 0;
+    virtual std::vector<LogFile> files(const std::u16string& folder) = 0;
+    /// Refuses files that are marked read-only.
+    virtual void remove(const std::u16string& path) = 0;
+    /// Opens a file for appending; makes it if it is not there.
+    virtual std::unique_ptr<LogStream> append(const std::u16string& path) = 0;
+};
+
+/// How the user's system writes dates and numbers. The ones here are one fixed form.
+class LogTexts {
+public:
+    virtual ~LogTexts() = default;
+    virtual std::u16string dateText(LocalSeconds time) const;
+    virtual std::u16string numberText(float number) const;
+    virtual char16_t decimalPoint() const { return u'.'; }
+    virtual char16_t groupSeparator() const { return u','; }
+    /// Appends the text in the encoding of the log file.
+    virtual void encode(std::u16string_view text, std::string& out) const;
+};
+
+struct LogSystem {
+    LogProgram program;
+    std::shared_ptr<LogClock> clock;
+    std::shared_ptr<LogVolume> volume;
+    std::shared_ptr<LogTexts> texts;
+    /// A line for the debugger.
+    std::function<void(const std::u16string& text)> debugOutput;
+    /// Shows a file to the user.
+    std::function<void(const std::u16string& path)> openFile;
+};
+
+/// A system without files: what is logged is lost, and costs nothing.
+LogSystem silentLogSystem();

@@ -1,0 +1,10 @@
+// The log's system on Windows: the clock, the volume, the debugger and the shell as they are.
+//
+//   setLogSystem(windowsLogSystem);
+//
+// The viewer's own thread.
+#pragma once
+
+#include "src/log/log_system.h"
+
+LogSystem windowsLogSystem();

@@ -1,0 +1,33 @@
+// mdlHTMLHelp: the compiled help file in the user's language, and showing it.
+//
+//   mdlHTMLHelp::showCHMHelp(hwnd(), mdlHTMLHelp::getHelpFileName());
+//
+// The viewer's own thread. Nothing here throws.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace mdlHTMLHelp {
+
+/// The help file of a folder in a language, if there is one; else the name of the English one.
+std::u16string helpFileIn(const std::u16string& folder, std::u16string_view language);
+
+/// The help file beside the program in the language in use; the English one if there is none.
+std::u16string getHelpFileName();
+
+/// Opens the file in the system's help window, at its first page or at the page of a context.
+void showCHMHelp(HWND owner, const std::u16string& file,
+                 std::optional<std::uint32_t> contextId = std::nullopt);
+
+/// Asks the help window that was opened to close, if it still exists.
+void closeHelp();
+
+/// Null if none was opened.
+HWND hwndHelp();
+
+}  // namespace mdlHTMLHelp

@@ -1,0 +1,14 @@
+// mdlPriority: the priority of the viewer's own process. The viewer's own thread.
+#pragma once
+
+#include <cstdint>
+
+namespace mdlPriority {
+
+/// As the system numbers them: below normal.
+inline constexpr std::uint32_t kBelowNormal = 16384;
+
+/// False if the system refused; why is logged.
+bool ChangePriority(std::uint32_t priorityClass);
+
+}  // namespace mdlPriority

@@ -1,0 +1,11 @@
+// The system's error codes as run-time failures. Any thread.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// Throws RuntimeError with the number customary for a failure with a file.
+[[noreturn]] void throwFileError(std::uint32_t code);
+
+/// The system's own sentence for a code, without a line end; empty if it has none.
+std::u16string systemMessage(std::uint32_t code);

@@ -1,0 +1,118 @@
+// The log on the system's real volume and clock.
+#include "src/log/windows_log_system.h"
+
+#include "src/log/class_log.h"
+#include "src/log/procedure.h"
+#include "src/platform/text.h"
+#include "tests/support/expected.h"
+
+#include <windows.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+std::string contentOf(const std::filesystem::path& path) {
+    std::ifstream file{path, std::ios::binary};
+    return {std::istreambuf_iterator<char>{file}, {}};
+}
+
+class WindowsLogTest : public testing::Test {
+protected:
+    LogSystem system() {
+        LogSystem made = windowsLogSystem();
+        made.program.folder = fromWide(folder_.path().wstring());
+        made.program.arguments.clear();
+        return made;
+    }
+    std::filesystem::path logs() const { return folder_.path() / "LOGS"; }
+    static std::string written(const classLog& log) { return contentOf(toWide(log.strLogFile())); }
+
+    fixture::TemporaryFolder folder_;
+};
+
+TEST_F(WindowsLogTest, KnowsTheProgramItIsIn) {
+    const LogProgram program = windowsLogSystem().program;
+    EXPECT_EQ(program.baseName, u"viewer_tests");
+    EXPECT_TRUE(program.hostPath.ends_with(u"viewer_tests.exe"));
+    EXPECT_TRUE(program.hostPath.starts_with(program.folder));
+}
+
+TEST_F(WindowsLogTest, MakesFolderAndFileAndOthersMayReadThem) {
+    classLog log{system()};
+    log.log(u"Gr\u00FC\u00DFe \u20AC \u65E5", 0, u"[a]b");
+    const std::string text = written(log);
+    EXPECT_TRUE(text.starts_with("\r\n****"));
+    EXPECT_TRUE(
+        text.ends_with("[a]b) Gr\xFC\xDF"
+                       "e \x80 ?\r\n"))
+        << text;
+}
+
+TEST_F(WindowsLogTest, LinesOfARunningProcedureAreOnDiskAtItsEnd) {
+    classLog log{system()};
+    log.enterProc(u"[a]b");
+    EXPECT_NE(written(log).find("Entering [a]b_0"), std::string::npos);
+    log.log(u"gathered", 0, u"[a]b");
+    EXPECT_EQ(written(log).find("gathered"), std::string::npos);
+    log.exitProc(u"[a]b");
+    EXPECT_NE(written(log).find("gathered"), std::string::npos);
+}
+
+TEST_F(WindowsLogTest, OldFilesGoReadOnlyOnesStay) {
+    std::filesystem::create_directories(logs());
+    const auto old = std::filesystem::file_time_type::clock::now() - std::chrono::hours{24 * 31};
+    for (const char* name : {"old.LOG", "kept.LOG", "old.log", "new.LOG"}) {
+        std::ofstream{logs() / name} << "x";
+        if (name[0] != 'n') std::filesystem::last_write_time(logs() / name, old);
+    }
+    SetFileAttributesW((logs() / "kept.LOG").c_str(), FILE_ATTRIBUTE_READONLY);
+    classLog log{system()};
+    EXPECT_FALSE(std::filesystem::exists(logs() / "old.LOG"));
+    EXPECT_TRUE(std::filesystem::exists(logs() / "new.LOG"));
+    // Names that differ in case only are one name here.
+    EXPECT_TRUE(std::filesystem::exists(logs() / "kept.LOG"));
+    EXPECT_NE(written(log).find("[classLog]checkSizeOfLogs) Err.Number = 75"), std::string::npos);
+    SetFileAttributesW((logs() / "kept.LOG").c_str(), FILE_ATTRIBUTE_NORMAL);
+}
+
+TEST_F(WindowsLogTest, AFileInTheFoldersPlaceCostsTheLogOnly) {
+    std::ofstream{folder_.path() / "LOGS"} << "x";
+    classLog log{system()};
+    log.enterProc(u"[a]b");
+    log.log(u"lost", 2, u"[a]b");
+    log.exitProc(u"[a]b");
+    EXPECT_EQ(contentOf(folder_.path() / "LOGS"), "x");
+}
+
+TEST_F(WindowsLogTest, TheTimerStandsBesideTheClock) {
+    LogSystem made = system();
+    SYSTEMTIME time{};
+    GetLocalTime(&time);
+    const double seconds = time.wHour * 3600.0 + time.wMinute * 60.0 + time.wSecond;
+    const double timer = static_cast<double>(made.clock->timer());
+    EXPECT_TRUE(std::abs(timer - seconds) < 3 || std::abs(timer - seconds) > 86390);
+    EXPECT_LT(made.clock->timer(), 86400.0F);
+}
+
+TEST_F(WindowsLogTest, EntriesAndExitsCostMicroseconds) {
+    classLog log{system()};
+    log.enterProc(u"[a]outer");
+    constexpr int kPairs = 20000;
+    const auto begin = std::chrono::steady_clock::now();
+    for (int i = 0; i < kPairs; ++i) {
+        log.enterProc(u"[a]inner");
+        log.exitProc(u"[a]inner");
+    }
+    const std::chrono::duration<double, std::micro> passed =
+        std::chrono::steady_clock::now() - begin;
+    log.exitProc(u"[a]outer");
+    RecordProperty("microseconds_a_pair", std::to_string(passed.count() / kPairs));
+    std::printf("%.2f microseconds an entry and exit\n", passed.count() / kPairs);
+    EXPECT_TRUE(written(log).ends_with("\r\n"));
+}
+
+}  // namespace
