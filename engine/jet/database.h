@@ -65,6 +65,10 @@ public:
     /// file again. Throws Error: WriteFailed, DiskFull, ReadFailed; none of them has happened then.
     void commit();
 
+    /// Has the catalog read again when it is next asked for. For what changes its rows, as soon as
+    /// it has.
+    void forgetCatalog();
+
     bool hasUncommittedChanges() const { return pager_.hasChanges(); }
 
     /// Where the catalog's dates come from; local time, unless a test or a tool says otherwise.
@@ -76,7 +80,6 @@ public:
 private:
     explicit Database(std::unique_ptr<Storage> storage);
     std::vector<CatalogEntry> readCatalog();
-    void forgetCatalog();
 
     Pager pager_;
     PageCache cache_;

@@ -105,6 +105,7 @@ void CatalogWriter::addTable(PageNumber definition, std::u16string_view name) {
     TableWriter writer{context_, objects->definition()};
     writer.insert(row.values);
     writer.finish();
+    context_.database.forgetCatalog();
     grantRights(definition);
 }
 
@@ -160,6 +161,7 @@ void CatalogWriter::removeTable(PageNumber definition) {
     TableWriter objectWriter{context_, objects->definition()};
     objectWriter.remove(found->row);
     objectWriter.finish();
+    context_.database.forgetCatalog();
 
     const auto rights = systemTable(context_.database, u"MSysACEs");
     std::vector<RowId> rows;
