@@ -1,4 +1,4 @@
-#include "engine/sql/token_stream.h"
+#include "engine/sql/statement_parsers.h"
 
 namespace sql {
 
@@ -117,15 +117,6 @@ private:
 
 }  // namespace
 
-Statement parseStatement(std::u16string_view text) {
-    TokenStream tokens{text};
-    if (!tokens.takeWord(u"SELECT")) {
-        tokens.fail("Syntax error: only SELECT statements are supported");
-    }
-    SelectStatement select = SelectParser{tokens}.parse();
-    tokens.takeSymbol(u";");
-    if (tokens.peek().kind != TokenKind::End) tokens.fail();
-    return select;
-}
+SelectStatement parseSelect(TokenStream& tokens) { return SelectParser{tokens}.parse(); }
 
 }  // namespace sql
