@@ -1,5 +1,9 @@
-// jetsql: runs a SELECT on a database file and prints the result in the plain form.
+// jetsql: runs statements on a database file and prints the rows of a SELECT in the plain form, and
+// of any other statement how many rows it changed.
+#include "engine/ado/constants.h"
+#include "engine/ado/error.h"
 #include "engine/jet/text.h"
+#include "engine/sql/execute.h"
 #include "engine/sql/query.h"
 #include "tools/console.h"
 #include "tools/listing.h"
@@ -18,13 +22,14 @@ constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
 constexpr const char* kUsage =
-    "usage: jetsql [--threads N] FILE SQL   print the result of a SELECT\n"
-    "       jetsql FILE                     list the tables and count their rows\n"
-    "       jetsql --schema FILE            print columns and indexes\n";
+    "usage: jetsql [--threads N] FILE SQL...   run statements; print the rows of a SELECT, and of\n"
+    "                                          others how many rows they changed\n"
+    "       jetsql FILE                        list the tables and count their rows\n"
+    "       jetsql --schema FILE               print columns and indexes\n";
 
 struct Options {
     std::string file;
-    std::optional<std::string> statement;
+    std::vector<std::string> statements;
     bool schema = false;
     unsigned threads = std::max(1u, std::thread::hardware_concurrency());
 };
@@ -49,11 +54,9 @@ std::optional<Options> parse(const std::vector<std::string>& arguments) {
             plain.push_back(argument);
         }
     }
-    if (plain.empty() || plain.size() > 2 || (options.schema && plain.size() > 1)) {
-        return std::nullopt;
-    }
+    if (plain.empty() || (options.schema && plain.size() > 1)) return std::nullopt;
     options.file = plain[0];
-    if (plain.size() == 2) options.statement = plain[1];
+    options.statements.assign(plain.begin() + 1, plain.end());
     return options;
 }
 
@@ -87,11 +90,31 @@ jet::Skipped printRows(sql::Cursor& cursor) {
     return cursor.skipped();
 }
 
-jet::Skipped runStatement(const std::shared_ptr<jet::Database>& database, const Options& options) {
-    const auto query = sql::Query::prepare(database, jet::toUtf16(*options.statement));
+/// Every statement is done by itself: one that fails takes none of those before it back.
+jet::Skipped runStatement(const std::shared_ptr<jet::Database>& database, const std::string& text,
+                          const Options& options) {
+    const sql::Statement statement = sql::parseStatement(jet::toUtf16(text));
+    const auto* const select = std::get_if<sql::SelectStatement>(&statement);
+    if (select == nullptr) {
+        const std::uint64_t rows = sql::execute(*database, statement);
+        database->commit();
+        plain::writeAll(std::to_string(rows) + " rows affected\n", stdout);
+        return {};
+    }
+    const auto query = sql::Query::prepare(database, *select);
     printHeader(*query);
     if (query->scannedTable()) return plain::dumpRows(*query, options.threads, stdout);
     return printRows(*query->execute());
+}
+
+jet::Skipped runStatements(const std::shared_ptr<jet::Database>& database, const Options& options) {
+    jet::Skipped all;
+    for (const std::string& text : options.statements) {
+        const jet::Skipped skipped = runStatement(database, text, options);
+        all.rows += skipped.rows;
+        all.pages += skipped.pages;
+    }
+    return all;
 }
 
 void run(const Options& options) {
@@ -100,8 +123,8 @@ void run(const Options& options) {
     jet::Skipped skipped;
     if (options.schema) {
         plain::listSchema(*database, stdout);
-    } else if (options.statement) {
-        skipped = runStatement(database, options);
+    } else if (!options.statements.empty()) {
+        skipped = runStatements(database, options);
     } else {
         skipped = plain::listTables(*database, stdout);
     }
@@ -115,22 +138,9 @@ void run(const Options& options) {
 }
 
 /// Failures go by the numbers that a data provider gives them.
-constexpr std::uint32_t kProviderFailure = 0x80004005;
-
-std::uint32_t numberOf(sql::Fault fault) {
-    switch (fault) {
-        case sql::Fault::NoSuchTable:
-            return 0x80040E37;
-        case sql::Fault::UnknownColumn:
-            return 0x80040E10;
-        default:
-            return 0x80040E14;
-    }
-}
-
-int report(std::uint32_t number, const char* text) {
+int report(std::int32_t number, const char* text) {
     std::fflush(stdout);
-    std::fprintf(stderr, "error %d (0x%08X): %s\n", static_cast<std::int32_t>(number), number,
+    std::fprintf(stderr, "error %d (0x%08X): %s\n", number, static_cast<std::uint32_t>(number),
                  text);
     return kFailed;
 }
@@ -148,8 +158,10 @@ int main(int count, char** values) {
         run(*options);
         return 0;
     } catch (const sql::Error& error) {
-        return report(numberOf(error.fault()), error.what());
+        return report(ado::toError(error).number(), error.what());
+    } catch (const jet::Error& error) {
+        return report(ado::toError(error, options->file).number(), error.what());
     } catch (const std::exception& error) {
-        return report(kProviderFailure, error.what());
+        return report(ado::kErrorFile, error.what());
     }
 }

@@ -1,8 +1,11 @@
 #include "engine/ado/connection.h"
 
 #include "engine/ado/connection_string.h"
-#include "engine/ado/error.h"
+#include "engine/ado/pending_changes.h"
 #include "engine/ado/recordset.h"
+#include "engine/sql/execute.h"
+
+#include <utility>
 
 namespace ado {
 namespace {
@@ -26,7 +29,10 @@ std::filesystem::path sourcePath(const ConnectionString& parts) {
 
 }  // namespace
 
-Connection::~Connection() { closeRecordsets(); }
+Connection::~Connection() {
+    closeRecordsets();
+    if (database_) finish();
+}
 
 void Connection::setConnectionString(std::u16string text) {
     if (database_) throwOpen();
@@ -36,6 +42,7 @@ void Connection::setConnectionString(std::u16string text) {
 void Connection::open() {
     if (database_) throwOpen();
     const std::filesystem::path path = sourcePath(ConnectionString{connectionString_});
+    PendingChanges::commit(path);
     open(translated(path, [&] { return jet::Database::open(path); }), path);
 }
 
@@ -54,6 +61,13 @@ void Connection::open(std::shared_ptr<jet::Database> database, const std::filesy
 void Connection::close() {
     if (!database_) throwClosed();
     closeRecordsets();
+    finish();
+    throwLostChanges();
+}
+
+/// Leaves the database with its changes durable, or lost.
+void Connection::finish() {
+    commitQuietly();
     database_.reset();
 }
 
@@ -65,6 +79,46 @@ std::unique_ptr<Recordset> Connection::execute(std::u16string_view statement) {
     auto rows = std::make_unique<Recordset>();
     rows->open(statement, *this);
     return rows;
+}
+
+// ---- Changes ------------------------------------------------------------------------------------
+
+void Connection::change(const sql::Statement& statement, const std::shared_ptr<Scheduler>& idle) {
+    throwLostChanges();
+    translated(path_, [&] { sql::execute(*database(), statement); });
+    if (database_->hasUncommittedChanges()) noteChanges(idle);
+}
+
+/// One task a batch: it comes up when the owner has done all that it does at a stretch.
+void Connection::noteChanges(const std::shared_ptr<Scheduler>& idle) {
+    PendingChanges::add(*this);
+    const auto& scheduler = idle ? idle : scheduler_;
+    if (!scheduler || batch_) return;
+    batch_ = std::make_shared<int>();
+    scheduler->post([this, weak = std::weak_ptr{batch_}] {
+        if (weak.lock()) commitQuietly();
+    });
+}
+
+void Connection::commit() {
+    commitQuietly();
+    throwLostChanges();
+}
+
+/// What is lost is told to the next who uses the connection.
+void Connection::commitQuietly() {
+    batch_.reset();
+    PendingChanges::remove(*this);
+    if (!database_) return;
+    try {
+        translated(path_, [&] { database_->commit(); });
+    } catch (const Error& error) {
+        lostChanges_ = error;
+    }
+}
+
+void Connection::throwLostChanges() {
+    if (const auto lost = std::exchange(lostChanges_, std::nullopt)) throw *lost;
 }
 
 const std::shared_ptr<jet::Database>& Connection::database() const {

@@ -4,13 +4,22 @@
 //   connection.open(u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=C:\\traces.mdb");
 //   ado::Recordset rows;  rows.open(u"SELECT * FROM tblTraces", connection);
 //
+// Statements that change the database take effect at once for this connection and become durable
+// together: when a SELECT is opened, when the connection closes, when another connection of the
+// thread opens the file, and when the owner is idle, if a scheduler tells. Until then nobody else can
+// open the file.
+//
 // Belongs to one thread, the owner's, with all recordsets opened on it.
 #pragma once
 
 #include "engine/ado/constants.h"
+#include "engine/ado/error.h"
+#include "engine/ado/scheduler.h"
 #include "engine/jet/database.h"
+#include "engine/sql/ast.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,9 +30,12 @@ class Recordset;
 
 class Connection {
 public:
-    Connection() = default;
+    /// Without a scheduler, its own or that of a recordset, changes wait until something asks for
+    /// them.
+    explicit Connection(std::shared_ptr<Scheduler> scheduler = nullptr)
+        : scheduler_{std::move(scheduler)} {}
 
-    /// Closes.
+    /// Closes, and says nothing of changes that could not be made durable.
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
@@ -43,15 +55,21 @@ public:
     /// Opens what is open already in other hands; `path` is for messages.
     void open(std::shared_ptr<jet::Database> database, const std::filesystem::path& path = {});
 
-    /// Closes the recordsets that were opened on it, ending their fetches, and then itself.
-    /// Throws Error{3704} if it is closed.
+    /// Closes the recordsets that were opened on it, ending their fetches, makes its changes durable
+    /// and closes itself. Throws Error: 3704 if it is closed; 0x80004005 if changes have been lost,
+    /// it is closed then all the same.
     void close();
 
     /// adStateClosed or adStateOpen.
     int state() const { return database_ ? adStateOpen : adStateClosed; }
 
-    /// A recordset of the rows of a SELECT, read to its end. Throws as Recordset::open.
+    /// A recordset of the rows of a SELECT, read to its end; a closed one of any other statement,
+    /// which has been executed. Throws as Recordset::open.
     std::unique_ptr<Recordset> execute(std::u16string_view statement);
+
+    /// Makes the changes of all statements durable. Throws Error{0x80004005} if that fails, or has
+    /// failed since it was asked for the last time: none of these statements has happened then.
+    void commit();
 
     /// Throws Error{3704} if it is closed.
     const std::shared_ptr<jet::Database>& database() const;
@@ -59,14 +77,26 @@ public:
 
 private:
     friend class Recordset;
+    friend class PendingChanges;
+
+    /// Executes a statement other than SELECT; `idle` comes to the end of the batch.
+    void change(const sql::Statement& statement, const std::shared_ptr<Scheduler>& idle);
+    void noteChanges(const std::shared_ptr<Scheduler>& idle);
+    void commitQuietly();
+    void throwLostChanges();
+    void finish();
     void attach(Recordset& recordset) { recordsets_.push_back(&recordset); }
     void detach(Recordset& recordset) { std::erase(recordsets_, &recordset); }
     void closeRecordsets();
 
+    std::shared_ptr<Scheduler> scheduler_;
     std::u16string connectionString_;
     std::filesystem::path path_;
     std::shared_ptr<jet::Database> database_;
     std::vector<Recordset*> recordsets_;  ///< those that are open on this connection
+
+    std::shared_ptr<int> batch_;        ///< lives while a commit is posted to the owner
+    std::optional<Error> lostChanges_;  ///< of a commit that nobody waited for
 };
 
 }  // namespace ado

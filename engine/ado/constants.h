@@ -73,11 +73,11 @@ inline constexpr std::int32_t adErrObjectOpen = 3705;
 inline constexpr std::int32_t adErrProviderNotFound = 3706;
 
 // ... and those that the provider passes on.
-inline constexpr std::int32_t kErrorFile = -2147467259;           ///< 0x80004005
+inline constexpr std::int32_t kErrorFile = -2147467259;           ///< 0x80004005: unusable file
 inline constexpr std::int32_t kErrorReadOnly = -2147217911;       ///< 0x80040E09
 inline constexpr std::int32_t kErrorParameter = -2147217904;      ///< 0x80040E10: unknown column
-inline constexpr std::int32_t kErrorStatement = -2147217900;      ///< 0x80040E14
-inline constexpr std::int32_t kErrorAlreadyExists = -2147217887;  ///< 0x80040E21
+inline constexpr std::int32_t kErrorStatement = -2147217900;      ///< 0x80040E14: anything else
+inline constexpr std::int32_t kErrorAlreadyExists = -2147217887;  ///< 0x80040E21: column or index
 inline constexpr std::int32_t kErrorNoSuchTable = -2147217865;    ///< 0x80040E37
 
 }  // namespace ado

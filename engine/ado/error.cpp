@@ -34,12 +34,40 @@ std::string sentence(jet::Fault fault, const std::string& path) {
         case jet::Fault::Truncated:
         case jet::Fault::Damaged:
             return "The database '" + path + "' is damaged.";
-        case jet::Fault::NoSuchTable:
-            break;
+        case jet::Fault::ReadOnly:
+            return "Cannot update. Database or object is read-only.";
+        case jet::Fault::WriteFailed:
+            return "Could not write to '" + path + "': disk or network error.";
+        case jet::Fault::DiskFull:
+            return "Could not write to '" + path + "': there is not enough space on the disk.";
+        case jet::Fault::FileFull:
+            return "The database '" + path + "' cannot become larger.";
         default:
-            break;
+            return {};  // failures of a statement, which the reason describes
     }
-    return {};
+}
+
+std::int32_t numberOf(jet::Fault fault) {
+    switch (fault) {
+        case jet::Fault::NoSuchTable:
+            return kErrorNoSuchTable;
+        case jet::Fault::NoSuchColumn:
+            return kErrorParameter;
+        case jet::Fault::AlreadyExists:
+            return kErrorAlreadyExists;
+        case jet::Fault::ReadOnly:
+            return kErrorReadOnly;
+        case jet::Fault::TableExists:
+        case jet::Fault::TooMany:
+        case jet::Fault::ValueTooLarge:
+        case jet::Fault::WrongType:
+        case jet::Fault::DuplicateKey:
+        case jet::Fault::NullKey:
+        case jet::Fault::IndexNotWritable:
+            return kErrorStatement;
+        default:
+            return kErrorFile;
+    }
 }
 
 std::string joined(const std::string& first, const std::string& reason) {
@@ -52,9 +80,7 @@ std::string joined(const std::string& first, const std::string& reason) {
 std::u16string Error::description() const { return jet::toUtf16(what()); }
 
 Error toError(const jet::Error& error, const std::filesystem::path& path) {
-    const bool noTable = error.fault() == jet::Fault::NoSuchTable;
-    return {noTable ? kErrorNoSuchTable : kErrorFile,
-            joined(sentence(error.fault(), toUtf8(path)), error.what())};
+    return {numberOf(error.fault()), joined(sentence(error.fault(), toUtf8(path)), error.what())};
 }
 
 Error toError(const sql::Error& error) {

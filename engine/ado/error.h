@@ -29,8 +29,8 @@ private:
     std::int32_t number_;
 };
 
-/// A failure to read the database at `path`. The description begins with the sentence that the
-/// number is known for and ends with the engine's own reason.
+/// A failure to read or change the database at `path`. The description begins with the sentence
+/// that the number is known for and ends with the engine's own reason.
 Error toError(const jet::Error& error, const std::filesystem::path& path);
 
 /// A failure of a statement.

@@ -1,6 +1,8 @@
 // Opening, fetching and closing. Moving about is in recordset_navigation.cpp.
 #include "engine/ado/recordset.h"
 
+#include "engine/sql/ast.h"
+
 #include <algorithm>
 
 namespace ado {
@@ -50,10 +52,16 @@ void Recordset::open(std::u16string_view source, Connection& connection, int, in
     requireClosed();
     const auto& database = connection.database();
     source_ = source;
+    const auto statement =
+        translated(connection.path(), [&] { return sql::parseStatement(source); });
+    const auto* const select = std::get_if<sql::SelectStatement>(&statement);
+    if (select == nullptr) return connection.change(statement, scheduler_);
+    connection.commit();
+
     const bool asynchronous =
         options != adOptionUnspecified && (options & adAsyncFetch) != 0 && scheduler_;
     translated(connection.path(), [&] {
-        auto query = sql::Query::prepare(database, source);
+        auto query = sql::Query::prepare(database, *select);
         auto set = std::make_shared<RowSet>();
         set->query = query;
         attachTo(connection, std::move(set));

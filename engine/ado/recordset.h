@@ -56,8 +56,14 @@ public:
     /// Opens the rows of a SELECT, with the first one current. With adAsyncFetch, a client cursor
     /// and a query whose rows are rows of a table, it returns when the first rows are there, and the
     /// rest follow. Other queries are run to their end; with adAsyncFetch fetchComplete follows.
+    /// Changes on the connection become durable first; a failure of that is one of the open.
+    ///
+    /// Any other statement is executed, whatever cursor and lock are asked for, and leaves the
+    /// recordset closed, without an event.
+    ///
     /// Throws Error: 3705 while it is open, 3704 for a closed connection, 3001, 0x80004005,
-    /// 0x80040E10, 0x80040E14, 0x80040E37. It is closed then.
+    /// 0x80040E10, 0x80040E14, 0x80040E37; of a statement that changes something also 0x80040E09 and
+    /// 0x80040E21. It is closed then.
     void open(std::u16string_view source, Connection& connection,
               int cursorType = adOpenForwardOnly, int lockType = adLockReadOnly,
               int options = adOptionUnspecified);

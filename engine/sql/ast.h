@@ -7,6 +7,7 @@
 #pragma once
 
 #include "engine/jet/value.h"
+#include "engine/jet/write/schema.h"
 
 #include <memory>
 #include <optional>
@@ -95,8 +96,51 @@ struct SelectStatement {
     std::vector<OrderItem> orderBy;
 };
 
+struct ColumnChange {
+    std::u16string column;
+    NodePtr value;
+    std::size_t position = 0;
+};
+
+struct UpdateStatement {
+    std::u16string table;
+    std::u16string tableAlias;  ///< empty if none
+    std::vector<ColumnChange> changes;
+    NodePtr where;  ///< null: every row
+};
+
+struct InsertStatement {
+    std::u16string table;
+    std::vector<std::u16string> columns;  ///< empty if not named
+    std::vector<NodePtr> values;          ///< of VALUES
+    std::optional<SelectStatement> rows;  ///< instead of values
+};
+
+struct CreateTableStatement {
+    std::u16string table;
+    std::vector<jet::NewColumn> columns;
+    std::vector<jet::NewIndex> indexes;  ///< those that the columns ask for
+};
+
+struct AddColumnStatement {
+    std::u16string table;
+    jet::NewColumn column;
+    std::vector<jet::NewIndex> indexes;  ///< those that the column asks for
+};
+
+struct CreateIndexStatement {
+    std::u16string table;
+    jet::NewIndex index;
+};
+
+struct DropTableStatement {
+    std::u16string table;
+};
+
 /// One alternative a kind of statement.
-using Statement = std::variant<SelectStatement>;
+using Statement =
+    std::variant<SelectStatement, UpdateStatement, InsertStatement, CreateTableStatement,
+                 AddColumnStatement, CreateIndexStatement, DropTableStatement>;
 
 /// Throws Error{Syntax}, naming the place.
 Statement parseStatement(std::u16string_view text);

@@ -11,6 +11,7 @@ enum class Fault {
     NoSuchTable,    ///< a table or query of that name does not exist
     UnknownColumn,  ///< a name stands for no column, so it is a parameter without a value
     TypeMismatch,   ///< an operator or comparison does not go with its operands
+    Conversion,     ///< a value cannot become one of its column: too large, too long, no number
 };
 
 /// what() is one UTF-8 sentence for a person.

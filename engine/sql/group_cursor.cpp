@@ -1,6 +1,7 @@
 #include "engine/sql/byte_map.h"
 #include "engine/sql/cursors.h"
 #include "engine/sql/key_store.h"
+#include "engine/sql/stored_key.h"
 
 #include <algorithm>
 #include <string>
@@ -15,9 +16,9 @@ class Grouping {
 public:
     explicit Grouping(const Plan& plan) : plan_{plan} {
         for (const ExpressionPtr& key : plan.groupKeys) {
-            const jet::Column* column = key->column();
-            rawKeys_ = rawKeys_ && column && !column->isLongValue();
+            if (key->column()) keyColumns_.push_back(key->column());
         }
+        rawKeys_ = keyColumns_.size() == plan.groupKeys.size() && haveStoredKeys(keyColumns_);
         // Without GROUP BY all rows are one group, also if there are none.
         if (plan.groupKeys.empty()) newGroup({});
     }
@@ -61,24 +62,11 @@ private:
     std::size_t groupOf(Row& row) {
         if (plan_.groupKeys.empty()) return 0;
         if (!rawKeys_) return groupByValue(row);
-        makeRawKey(row);
+        makeStoredKey(*row.record, keyColumns_, rawKey_);
         if (const std::uint32_t* place = byRawKey_.find(rawKey_)) return *place;
         const std::size_t place = groupByValue(row);
         byRawKey_.insert(rawKey_, static_cast<std::uint32_t>(place));
         return place;
-    }
-
-    void makeRawKey(const Row& row) {
-        rawKey_.clear();
-        for (const ExpressionPtr& key : plan_.groupKeys) {
-            const jet::StoredField field = row.record->field(*key->column());
-            const auto length = static_cast<std::uint16_t>(field.bytes.size());
-            rawKey_.insert(
-                rawKey_.end(),
-                {static_cast<std::uint8_t>((field.null ? 1 : 0) | (field.truth ? 2 : 0)),
-                 static_cast<std::uint8_t>(length), static_cast<std::uint8_t>(length >> 8)});
-            rawKey_.insert(rawKey_.end(), field.bytes.begin(), field.bytes.end());
-        }
     }
 
     std::size_t groupByValue(Row& row) {
@@ -102,7 +90,8 @@ private:
     }
 
     const Plan& plan_;
-    bool rawKeys_ = true;  ///< all keys are columns whose bytes stand in the record
+    Columns keyColumns_;
+    bool rawKeys_ = false;  ///< all keys are columns whose bytes stand in the record
     std::vector<Group> groups_;
     std::unordered_map<std::string, std::size_t> byKey_;
     ByteMap byRawKey_;

@@ -25,17 +25,6 @@ bool isGrouped(const SelectStatement& select) {
            std::any_of(select.orderBy.begin(), select.orderBy.end(), aggregates);
 }
 
-std::shared_ptr<const jet::Table> openTable(jet::Database& database, const std::u16string& name) {
-    try {
-        return database.table(name);
-    } catch (const jet::Error& error) {
-        if (error.fault() != jet::Fault::NoSuchTable) throw;
-        throw Error{Fault::NoSuchTable, "The input table or query '" + jet::toUtf8(name) +
-                                            "' cannot be found. Make sure that it exists and that "
-                                            "its name is spelled correctly."};
-    }
-}
-
 class SelectBinder {
 public:
     SelectBinder(const SelectStatement& select, jet::Database& database) : select_{select} {
@@ -135,6 +124,17 @@ private:
 };
 
 }  // namespace
+
+std::shared_ptr<const jet::Table> openTable(jet::Database& database, const std::u16string& name) {
+    try {
+        return database.table(name);
+    } catch (const jet::Error& error) {
+        if (error.fault() != jet::Fault::NoSuchTable) throw;
+        throw Error{Fault::NoSuchTable, "The input table or query '" + jet::toUtf8(name) +
+                                            "' cannot be found. Make sure that it exists and that "
+                                            "its name is spelled correctly."};
+    }
+}
 
 Plan bind(const SelectStatement& select, jet::Database& database) {
     return SelectBinder{select, database}.bind();

@@ -31,6 +31,9 @@ struct Plan {
     std::optional<std::uint64_t> top;
 };
 
+/// Throws Error{NoSuchTable}; jet::Error.
+std::shared_ptr<const jet::Table> openTable(jet::Database& database, const std::u16string& name);
+
 /// Throws Error: NoSuchTable, UnknownColumn, TypeMismatch, Syntax; jet::Error.
 Plan bind(const SelectStatement& select, jet::Database& database);
 

@@ -41,7 +41,16 @@ private:
 std::shared_ptr<const Query> Query::prepare(const std::shared_ptr<jet::Database>& database,
                                             std::u16string_view text) {
     const Statement statement = parseStatement(text);
-    return std::make_shared<SelectQuery>(bind(std::get<SelectStatement>(statement), *database));
+    const auto* const select = std::get_if<SelectStatement>(&statement);
+    if (select == nullptr) {
+        throw Error{Fault::Syntax, "Syntax error: the statement has no rows, SELECT is expected."};
+    }
+    return prepare(database, *select);
+}
+
+std::shared_ptr<const Query> Query::prepare(const std::shared_ptr<jet::Database>& database,
+                                            const SelectStatement& select) {
+    return std::make_shared<SelectQuery>(bind(select, *database));
 }
 
 }  // namespace sql

@@ -17,6 +17,8 @@
 
 namespace sql {
 
+struct SelectStatement;
+
 struct OutputColumn {
     std::u16string name;
     jet::ColumnType type = jet::ColumnType::Text;  ///< of a computed column: the type it yields
@@ -56,6 +58,10 @@ public:
     /// Throws Error: Syntax, NoSuchTable, UnknownColumn, TypeMismatch; jet::Error.
     static std::shared_ptr<const Query> prepare(const std::shared_ptr<jet::Database>& database,
                                                 std::u16string_view text);
+
+    /// Likewise, of a statement that has been parsed.
+    static std::shared_ptr<const Query> prepare(const std::shared_ptr<jet::Database>& database,
+                                                const SelectStatement& select);
 
     virtual const std::vector<OutputColumn>& columns() const = 0;
 

@@ -61,9 +61,11 @@ public:
         return take().text;
     }
 
-    [[noreturn]] void fail(const char* reason = "Syntax error in query expression") const {
-        failAt(peek().position, reason);
-    }
+    /// What fail() says is wrong where it is not told better. `reason` must outlive the stream.
+    void setReason(const char* reason) { reason_ = reason; }
+
+    [[noreturn]] void fail() const { fail(reason_); }
+    [[noreturn]] void fail(const char* reason) const { failAt(peek().position, reason); }
 
     [[noreturn]] void failAt(std::size_t position, const char* reason) const {
         throwSyntax(text_, position, reason);
@@ -72,6 +74,7 @@ public:
 private:
     std::u16string_view text_;
     std::vector<Token> tokens_;
+    const char* reason_ = "Syntax error in query expression";
     std::size_t at_ = 0;  ///< always the place of a token: the last one, End, is never passed
 };
 

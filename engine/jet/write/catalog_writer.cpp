@@ -107,8 +107,8 @@ void CatalogWriter::addTable(PageNumber definition, std::u16string_view name) {
     TableWriter writer{context_, objects->definition()};
     writer.insert(row.values);
     writer.finish();
-    grantRights(definition);
     context_.database.forgetCatalog();
+    grantRights(definition);
 }
 
 /// All rights for the owner, and for everyone to whom the container of tables hands them on. The
@@ -163,6 +163,7 @@ void CatalogWriter::removeTable(PageNumber definition) {
     TableWriter objectWriter{context_, objects->definition()};
     objectWriter.remove(found->row);
     objectWriter.finish();
+    context_.database.forgetCatalog();
 
     const auto rights = systemTable(context_.database, u"MSysACEs");
     std::vector<RowId> rows;
@@ -172,7 +173,6 @@ void CatalogWriter::removeTable(PageNumber definition) {
     TableWriter rightsWriter{context_, rights->definition()};
     for (const RowId row : rows) rightsWriter.remove(row);
     rightsWriter.finish();
-    context_.database.forgetCatalog();
 }
 
 }  // namespace jet
