@@ -85,7 +85,10 @@ std::unique_ptr<Recordset> Connection::execute(std::u16string_view statement) {
 
 void Connection::change(const sql::Statement& statement, const std::shared_ptr<Scheduler>& idle) {
     throwLostChanges();
-    translated(path_, [&] { sql::execute(*database(), statement); });
+    translated(path_, [&] {
+        jet::Database& changed = *database();
+        run([&] { sql::execute(changed, statement); });
+    });
     if (database_->hasUncommittedChanges()) noteChanges(idle);
 }
 
@@ -105,13 +108,23 @@ void Connection::commit() {
     throwLostChanges();
 }
 
+void Connection::run(const std::function<void()>& work) {
+    if (runner_) {
+        runner_(work);
+    } else {
+        work();
+    }
+}
+
 /// What is lost is told to the next who uses the connection.
 void Connection::commitQuietly() {
     batch_.reset();
     PendingChanges::remove(*this);
     if (!database_) return;
     try {
-        translated(path_, [&] { database_->commit(); });
+        translated(path_, [&] {
+            if (database_->hasUncommittedChanges()) run([&] { database_->commit(); });
+        });
     } catch (const Error& error) {
         lostChanges_ = error;
     }

@@ -18,6 +18,7 @@
 #include "engine/jet/database.h"
 #include "engine/sql/ast.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -67,6 +68,12 @@ public:
     /// which has been executed. Throws as Recordset::open.
     std::unique_ptr<Recordset> execute(std::u16string_view statement);
 
+    /// Who runs what may take long: statements that write, and making them durable. It must have run
+    /// the work when it returns, on whatever thread, and let its exceptions through. Until one is
+    /// set the work runs where it is asked for.
+    using Runner = std::function<void(const std::function<void()>& work)>;
+    void setRunner(Runner runner) { runner_ = std::move(runner); }
+
     /// Makes the changes of all statements durable. Throws Error{0x80004005} if that fails, or has
     /// failed since it was asked for the last time: none of these statements has happened then.
     void commit();
@@ -85,11 +92,13 @@ private:
     void commitQuietly();
     void throwLostChanges();
     void finish();
+    void run(const std::function<void()>& work);
     void attach(Recordset& recordset) { recordsets_.push_back(&recordset); }
     void detach(Recordset& recordset) { std::erase(recordsets_, &recordset); }
     void closeRecordsets();
 
     std::shared_ptr<Scheduler> scheduler_;
+    Runner runner_;
     std::u16string connectionString_;
     std::filesystem::path path_;
     std::shared_ptr<jet::Database> database_;

@@ -164,6 +164,7 @@ public:
     /// A file can only be had alone while nobody has it open, this object included.
     void lock() override {
         if (locked_) return;
+        refuseReadOnly();
         refuseWhileOthersWrite();
         const Identity before = identityOf(file_);
         file_.reset();
@@ -266,6 +267,15 @@ private:
             throwSystem(Fault::ReadFailed, "The file cannot be read", code);
         }
         return count;
+    }
+
+    /// Asked for before the file is given up: other systems behind a share may not refuse by
+    /// themselves.
+    void refuseReadOnly() const {
+        const DWORD attributes = ::GetFileAttributesW(name_.c_str());
+        if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+            failToWrite(Fault::ReadOnly, ERROR_ACCESS_DENIED);
+        }
     }
 
     /// The office program keeps a lock file beside a database that it shares. One that was left

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 /// Mouse pointers by their customary numbers.
@@ -29,6 +30,9 @@ public:
 
     /// The number of rows that the grid holds at this moment.
     virtual std::int64_t gridRowCount() = 0;
+    /// Runs the work to its end, with what it throws; the window is painted meanwhile, and takes no
+    /// input.
+    virtual void runWhilePainting(const std::function<void()>& work) = 0;
     /// Sorts the grid as a click on the heading of its column "Date" does.
     virtual void sortByDate() = 0;
 };

@@ -6,6 +6,8 @@
 #include "src/log/procedure.h"
 #include "src/platform/text.h"
 
+#include <array>
+
 using modLocalize::myLoadResString;
 
 namespace modDatabase {
@@ -29,6 +31,26 @@ constexpr std::u16string_view kOldestTracesQuery =
     u"tblTraces.Component, tblTraces.TraceLevel, tblTraces.Trace  FROM tblTraces ";
 
 constexpr std::u16string_view kMacroTracesQuery = u"SELECT * FROM tblMacroTraces";
+
+/// What an older file lacks, statement by statement.
+constexpr std::array<std::u16string_view, 8> kUpgradeStatements{
+    u"ALTER Table tblTraces ADD COLUMN Highlight YesNo",
+    u"ALTER Table tblTraces ADD COLUMN qrxIndex TEXT(160)",
+    u"ALTER Table tblTraces ADD COLUMN NotePresent YesNo",
+    u"ALTER Table tblTraces ADD COLUMN Notes Text(255)",
+    u"UPDATE tblTraces SET qrxIndex = [Component] & '_' & [Process] & '_' & [TraceLevel] & '_' & "
+    u"[Source]",
+    u"CREATE INDEX qrxIndex ON tblTraces (qrxIndex)",
+    u"CREATE Table tblUniqueFilters ( Component Text(50), Process Text(50), TraceLevel Integer, "
+    u"Source Text(50), qrxIndex Text(160) )",
+    u"INSERT INTO tblUniqueFilters ( Component, Process, TraceLevel, Source, qrxIndex) "
+    u"SELECT tblTraces.Component, tblTraces.Process, tblTraces.TraceLevel, tblTraces.Source, "
+    u"tblTraces.qrxIndex From tblTraces GROUP BY tblTraces.Component, tblTraces.Process, "
+    u"tblTraces.TraceLevel, tblTraces.Source, tblTraces.qrxIndex"};
+
+constexpr std::u16string_view kOlderFormatMessage =
+    u"Using older database format, please consider updating the QRX/QRS to use the newer, faster "
+    u"database format.  Visit the maker's tools web site for instructions";
 
 /// Rows of a page, of the cache and of the first delivery.
 constexpr int kPageSize = 100;
@@ -77,6 +99,44 @@ void createUniqueTracesArray(ado::Recordset& recordset) {
     });
 }
 
+/// Adds to an older file what it lacks. A statement that finds its column or index there already
+/// is left out; any other failure is logged and the statement tried again, until there are too
+/// many.
+void updateDatabaseFormat() {
+    constexpr Convention kConvention{.limit = Limit::TenErrors, .timed = true};
+    runProcedure(u"[modDatabase]updateDatabaseFormat", kConvention, [](Procedure& procedure) {
+        const auto skipOrRetry = [&](const Failure& failure) {
+            if (failure.number == ado::kErrorAlreadyExists) return Resume::Next;
+            procedure.report(failure);
+            return Resume::SameStep;
+        };
+        for (const std::u16string_view statement : kUpgradeStatements) {
+            procedure.step(
+                [&] {
+                    ado::Recordset recordset;
+                    recordset.open(statement, connection(), ado::adOpenKeyset,
+                                   ado::adLockPessimistic, ado::adOptionUnspecified);
+                },
+                skipOrRetry);
+        }
+        // A failure to make it all durable belongs to the upgrade, not to whoever reads next.
+        procedure.step([] { connection().commit(); });
+    });
+}
+
+/// What a file shows that lacks tblUniqueFilters, or columns of it.
+bool isOlderFormat(const Failure& failure) {
+    return failure.number == ado::kErrorNoSuchTable || failure.number == ado::kErrorParameter;
+}
+
+/// Reported under the name of the procedure that asked for the file to be opened.
+void upgradeOlderFormat() {
+    theLog().log(kOlderFormatMessage, classLog::kWarning, u"[modDatabase]openRecordsets");
+    theDisplay->setMousePointer(MousePointer::Hourglass);
+    updateDatabaseFormat();
+    theDisplay->setMousePointer(MousePointer::Default);
+}
+
 void openTraces(ado::Recordset& recordset, const std::u16string& query) {
     recordset.open(query, connection(), ado::adOpenForwardOnly, ado::adLockReadOnly,
                    ado::adAsyncFetch);
@@ -84,7 +144,11 @@ void openTraces(ado::Recordset& recordset, const std::u16string& query) {
 
 }  // namespace
 
-void setDisplay(LoadingDisplay& display) { theDisplay = &display; }
+void setDisplay(LoadingDisplay& display) {
+    theDisplay = &display;
+    connection().setRunner(
+        [](const std::function<void()>& work) { theDisplay->runWhilePainting(work); });
+}
 
 void setMacroTraceReader(std::function<void(ado::Recordset&)> reader) {
     macroTraceReader() = std::move(reader);
@@ -130,10 +194,16 @@ void openUniqueFilters() {
         procedure.step([&] {
             if (isOpen(uniqueFilters())) uniqueFilters().close();
         });
-        const bool opened = procedure.step([&] {
-            uniqueFilters().open(kUniqueFiltersQuery, connection(), ado::adOpenStatic,
-                                 ado::adLockReadOnly, ado::adOptionUnspecified);
-        });
+        const bool opened = procedure.step(
+            [&] {
+                uniqueFilters().open(kUniqueFiltersQuery, connection(), ado::adOpenStatic,
+                                     ado::adLockReadOnly, ado::adOptionUnspecified);
+            },
+            [](const Failure& failure) {
+                if (!isOlderFormat(failure)) return Resume::AsUsual;
+                upgradeOlderFormat();
+                return Resume::SameStep;
+            });
         if (opened) createUniqueTracesArray(uniqueFilters());
     });
 }

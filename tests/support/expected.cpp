@@ -130,4 +130,12 @@ std::filesystem::path TemporaryFolder::write(std::string_view name,
     return file;
 }
 
+std::filesystem::path TemporaryFolder::copy(const std::filesystem::path& file) const {
+    std::filesystem::path target = path_ / file.filename();
+    std::filesystem::copy_file(file, target, std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::permissions(target, std::filesystem::perms::owner_write,
+                                 std::filesystem::perm_options::add);
+    return target;
+}
+
 }  // namespace fixture

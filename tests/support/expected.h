@@ -54,6 +54,9 @@ public:
     std::filesystem::path write(std::string_view name,
                                 const std::vector<std::uint8_t>& bytes) const;
 
+    /// Copies a file into the folder, to be changed there, and returns the copy's path.
+    std::filesystem::path copy(const std::filesystem::path& file) const;
+
 private:
     std::filesystem::path path_;
 };

@@ -7,8 +7,10 @@
 #include <ole2.h>
 
 #include <deque>
+#include <exception>
 #include <mutex>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 namespace forms {
@@ -186,6 +188,40 @@ void doEvents() {
         }
     }
     paintAllForms();
+}
+
+void runWhilePainting(const std::function<void()>& work) {
+    const HANDLE done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    if (!done) {
+        work();
+        return;
+    }
+    std::exception_ptr failure;
+    std::thread worker([&] {
+        try {
+            work();
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        SetEvent(done);
+    });
+    // Asking for messages now and then tells the system that the windows are alive.
+    constexpr DWORD kAliveMilliseconds = 100;
+    while (MsgWaitForMultipleObjects(1, &done, FALSE, kAliveMilliseconds,
+                                     QS_PAINT | QS_SENDMESSAGE) != WAIT_OBJECT_0) {
+        MSG message{};
+        while (PeekMessageW(&message, nullptr, WM_PAINT, WM_PAINT, PM_REMOVE)) {
+            DispatchMessageW(&message);
+            if (WaitForSingleObject(done, 0) == WAIT_OBJECT_0) {
+                break;
+            }
+        }
+    }
+    worker.join();
+    CloseHandle(done);
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
 }
 
 void quit(int exitCode) { PostQuitMessage(exitCode); }

@@ -40,6 +40,10 @@ int run();
 // procedure, also inside another doEvents; it does not go on for ever when new events keep coming.
 void doEvents();
 
+// Runs the work on another thread and returns when it has ended, with what it threw. Meanwhile
+// windows are painted; input waits for its turn, and nothing that was posted runs.
+void runWhilePainting(const std::function<void()>& work);
+
 // Ends run, and every modal form on the way.
 void quit(int exitCode = 0);
 

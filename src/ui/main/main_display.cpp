@@ -1,6 +1,7 @@
 #include "src/ui/main/main_display.h"
 
 #include "src/platform/text.h"
+#include "toolkit/forms/application.h"
 
 void MainDisplay::displayStatus(const std::u16string& text, bool showProgress) {
     form_.status.displayStatus(text, showProgress, form_.isLoaded() ? &form_ : nullptr);
@@ -25,6 +26,10 @@ void MainDisplay::setMousePointer(MousePointer pointer) {
 void MainDisplay::rowsArrived() { form_.tdbgridData.rowCountChanged(); }
 
 std::int64_t MainDisplay::gridRowCount() { return form_.tdbgridData.approxCount(); }
+
+void MainDisplay::runWhilePainting(const std::function<void()>& work) {
+    forms::runWhilePainting(work);
+}
 
 void MainDisplay::sortByDate() {
     form_.tdbgridData_HeadClick(form_.tdbgridData.columnIndex(L"Date"));

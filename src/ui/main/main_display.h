@@ -16,6 +16,7 @@ public:
     void setMousePointer(MousePointer pointer) override;
     void rowsArrived() override;
     std::int64_t gridRowCount() override;
+    void runWhilePainting(const std::function<void()>& work) override;
     void sortByDate() override;
 
 private:

@@ -241,7 +241,7 @@ TEST_F(LoadingTest, SampleFilesLoadWhole) {
     for (const auto& entry : std::filesystem::directory_iterator{*folder}) {
         if (entry.path().extension() != ".mdb") continue;
         display_.lines.clear();
-        open(entry.path());
+        open(folder_.copy(entry.path()));
         ASSERT_TRUE(loadToEnd()) << entry.path();
         auto dump = entry.path();
         dump.replace_extension(".traces.tsv");

@@ -32,6 +32,10 @@ public:
         const ado::Recordset& rows = diags()->rsDiags();
         return rows.state() == ado::adStateClosed ? 0 : rows.recordCount();
     }
+    void runWhilePainting(const std::function<void()>& work) override {
+        ++works;
+        work();
+    }
     void sortByDate() override {
         note(u"sorted");
         diags()->rsDiags().setSort(u"Date ASC");
@@ -49,6 +53,7 @@ public:
     std::u16string position;
     MousePointer pointer = MousePointer::Default;
     int arrivals = 0;
+    int works = 0;  ///< that the window was painted during
 
 private:
     void note(std::u16string line) { lines.push_back(std::move(line)); }

@@ -309,7 +309,7 @@ TEST_F(MainWindowTest, EverySampleFileIsShownWhole) {
     if (!samples) GTEST_SKIP() << fixture::kNoTestData;
     for (const auto& entry : std::filesystem::directory_iterator{*samples}) {
         if (entry.path().extension() != ".mdb") continue;
-        open(entry.path());
+        open(folder.copy(entry.path()));
         ASSERT_TRUE(waitLoaded()) << entry.path();
         auto dump = entry.path();
         dump.replace_extension(".traces.tsv");
