@@ -309,6 +309,7 @@ std::optional<Key> TableWriter::keyOf(Index& index) {
         throw Error{Fault::IndexNotWritable,
                     "A table has an index in a text order that cannot be written."};
     }
+    pages_.forget();  // a long value of the row in hand may just have been written
     Key key;
     if (!index.keys->make(fields_, recordPage_, pages_, key)) return std::nullopt;
     return key;
