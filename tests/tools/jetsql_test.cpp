@@ -101,8 +101,9 @@ TEST_F(Jetsql, RunsChanges) {
 }
 
 TEST_F(Jetsql, KeepsWhatWasDoneBeforeAFailure) {
-    const auto result = jetsql({file_, "UPDATE tblTraces SET TraceLevel = 7",
-                                "UPDATE tblTraces SET TraceLevel = 'seven'", "DROP TABLE tblTraces"});
+    const auto result =
+        jetsql({file_, "UPDATE tblTraces SET TraceLevel = 7",
+                "UPDATE tblTraces SET TraceLevel = 'seven'", "DROP TABLE tblTraces"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.output, "900 rows affected\n");
     EXPECT_THAT(result.errors, StartsWith("error -2147217900 (0x80040E14): Type conversion"));
@@ -113,9 +114,9 @@ TEST_F(Jetsql, KeepsWhatWasDoneBeforeAFailure) {
 }
 
 TEST_F(Jetsql, ExplainsItsUsage) {
-    for (const auto& result : {jetsql({}), jetsql({"--threads", "0", file_, "SELECT"}),
-                               jetsql({"--unknown", file_}),
-                               jetsql({"--schema", file_, "SELECT"})}) {
+    for (const auto& result :
+         {jetsql({}), jetsql({"--threads", "0", file_, "SELECT"}), jetsql({"--unknown", file_}),
+          jetsql({"--schema", file_, "SELECT"})}) {
         EXPECT_EQ(result.exitCode, 2);
         EXPECT_THAT(result.errors, StartsWith("usage: "));
         EXPECT_EQ(result.output, "");

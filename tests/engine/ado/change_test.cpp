@@ -23,7 +23,8 @@ const std::u16string kCount = u"SELECT COUNT(*) FROM tblTraces WHERE TraceLevel 
 /// A storage whose file cannot be locked as long as it is told so, or whose next sync fails.
 class FailingStorage : public jet::MemoryStorage {
 public:
-    FailingStorage(fixture::ByteVector content, std::shared_ptr<std::optional<jet::Fault>> lockFault,
+    FailingStorage(fixture::ByteVector content,
+                   std::shared_ptr<std::optional<jet::Fault>> lockFault,
                    std::shared_ptr<std::optional<jet::Fault>> syncFault)
         : MemoryStorage{std::move(content)},
           lockFault_{std::move(lockFault)},

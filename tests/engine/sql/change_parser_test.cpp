@@ -55,7 +55,8 @@ TEST(ChangeParser, ReadsUpdates) {
 
 TEST(ChangeParser, ReadsTheKeyOfTheTraces) {
     const auto parsed = update(
-        u"UPDATE tblTraces SET qrxIndex = [Component] & '_' & [Process] & '_' & [TraceLevel] & '_' & "
+        u"UPDATE tblTraces SET qrxIndex = [Component] & '_' & [Process] & '_' & [TraceLevel] & '_' "
+        u"& "
         u"[Source]");
     ASSERT_EQ(parsed.changes.size(), 1u);
     EXPECT_EQ(parsed.changes[0].column, u"qrxIndex");
@@ -110,7 +111,8 @@ TEST(ChangeParser, NamesThePlaceOfAnError) {
     inUpdate(u"UPDATE t, u SET a = 1", "', u SET a = 1'");
 
     const auto inInsert = [](std::u16string_view text, const std::string& place) {
-        EXPECT_THAT(errorOf(text), HasSubstr("Syntax error in INSERT INTO statement near " + place));
+        EXPECT_THAT(errorOf(text),
+                    HasSubstr("Syntax error in INSERT INTO statement near " + place));
     };
     inInsert(u"INSERT t VALUES (1)", "'t VALUES (1)'");
     inInsert(u"INSERT INTO", "the end");

@@ -61,8 +61,8 @@ inline Lines secondReading(const std::shared_ptr<jet::Database>& database,
     const fixture::TemporaryFolder folder;
     const std::string file = folder.write("changed.mdb", contentOf(*database)).string();
     const std::string date = "%Y-%m-%d %H:%M:%S";
-    const auto result = fixture::runProgram({"mdb-export", "-H", "-Q", "-d", "|", "-0", "NULL", "-D",
-                                             date, "-T", date, file, table});
+    const auto result = fixture::runProgram(
+        {"mdb-export", "-H", "-Q", "-d", "|", "-0", "NULL", "-D", date, "-T", date, file, table});
     if (result.exitCode != 0 || !result.errors.empty()) return {"failed: " + result.errors};
     Lines lines;
     std::size_t start = 0;

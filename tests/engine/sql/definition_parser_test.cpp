@@ -87,7 +87,8 @@ TEST(DefinitionParser, ReadsSizes) {
 
 TEST(DefinitionParser, ReadsNewTables) {
     const auto create = parsed<sql::CreateTableStatement>(
-        u"CREATE Table tblUniqueFilters ( Component Text(50), Process Text(50), TraceLevel Integer, "
+        u"CREATE Table tblUniqueFilters ( Component Text(50), Process Text(50), TraceLevel "
+        u"Integer, "
         u"Source Text(50), qrxIndex Text(160) )");
     EXPECT_EQ(create.table, u"tblUniqueFilters");
     ASSERT_EQ(create.columns.size(), 5u);
@@ -109,8 +110,8 @@ TEST(DefinitionParser, ReadsNewTables) {
 }
 
 TEST(DefinitionParser, ReadsNewColumns) {
-    const auto alter = parsed<sql::AddColumnStatement>(
-        u"ALTER Table tblTraces ADD COLUMN qrxIndex TEXT(160)");
+    const auto alter =
+        parsed<sql::AddColumnStatement>(u"ALTER Table tblTraces ADD COLUMN qrxIndex TEXT(160)");
     EXPECT_EQ(alter.table, u"tblTraces");
     EXPECT_EQ(alter.column.name, u"qrxIndex");
     EXPECT_EQ(alter.column.size, 320);

@@ -25,10 +25,10 @@ TEST(Definition, MakesTables) {
               0u);
     const auto all = definitionOf(reopened(database), u"all");
     const std::vector<ColumnType> types{
-        ColumnType::Boolean, ColumnType::Byte,   ColumnType::Integer, ColumnType::Long,
-        ColumnType::Currency, ColumnType::Single, ColumnType::Double,  ColumnType::Date,
-        ColumnType::Text,    ColumnType::Memo,   ColumnType::Ole,     ColumnType::Binary,
-        ColumnType::Guid,    ColumnType::Numeric, ColumnType::Long,   ColumnType::Date};
+        ColumnType::Boolean,  ColumnType::Byte,    ColumnType::Integer, ColumnType::Long,
+        ColumnType::Currency, ColumnType::Single,  ColumnType::Double,  ColumnType::Date,
+        ColumnType::Text,     ColumnType::Memo,    ColumnType::Ole,     ColumnType::Binary,
+        ColumnType::Guid,     ColumnType::Numeric, ColumnType::Long,    ColumnType::Date};
     ASSERT_EQ(all.columns.size(), types.size());
     for (std::size_t i = 0; i < types.size(); ++i) EXPECT_EQ(all.columns[i].type, types[i]) << i;
     EXPECT_EQ(all.columns[8].size, 60);

@@ -30,10 +30,11 @@ TEST(Insert, AddsValues) {
 
 TEST(Insert, AddsTheRowsOfASelect) {
     const auto database = peopleAndGuests();
-    EXPECT_EQ(run(database,
-                  u"INSERT INTO Guests (Age, Name) SELECT Age, Name & '!' FROM People WHERE Age > 1 "
-                  u"ORDER BY Name DESC"),
-              3u);
+    EXPECT_EQ(
+        run(database,
+            u"INSERT INTO Guests (Age, Name) SELECT Age, Name & '!' FROM People WHERE Age > 1 "
+            u"ORDER BY Name DESC"),
+        3u);
     EXPECT_EQ(rows(database, u"SELECT Id, Name, Age FROM Guests"),
               (Lines{"1|Célia!|36", "2|bob!|20", "3|Ada!|36"}));
     EXPECT_EQ(run(database, u"INSERT INTO Guests (Name) SELECT Name FROM People WHERE 1 = 2"), 0u);
@@ -58,8 +59,7 @@ TEST(Insert, DoesNotSeeItsOwnRows) {
     const auto database = people();
     EXPECT_EQ(run(database, u"INSERT INTO People SELECT * FROM People"), 5u);
     EXPECT_EQ(run(database, u"INSERT INTO People SELECT * FROM People"), 10u);
-    EXPECT_EQ(rows(reopened(database), u"SELECT COUNT(*), SUM(Age) FROM People"),
-              Lines{"20|368"});
+    EXPECT_EQ(rows(reopened(database), u"SELECT COUNT(*), SUM(Age) FROM People"), Lines{"20|368"});
     EXPECT_EQ(rows(database, u"SELECT Notes, COUNT(*) FROM People WHERE Member GROUP BY Notes"),
               (Lines{"coach|4", "first programmer|4"}));
 }

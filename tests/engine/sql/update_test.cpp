@@ -109,7 +109,8 @@ TEST(Update, KeepsIndexesOfLongTextsRight) {
     }
     EXPECT_EQ(run(database, u"INSERT INTO Numbers (Id, Notes) SELECT Id + 100, Notes FROM Numbers"),
               60u);
-    const auto read = rows(reopened(database), u"SELECT Id FROM Numbers WHERE Notes LIKE 'brow 7*'");
+    const auto read =
+        rows(reopened(database), u"SELECT Id FROM Numbers WHERE Notes LIKE 'brow 7*'");
     EXPECT_THAT(read, ElementsAre("7", "107"));
 }
 
@@ -186,9 +187,9 @@ TEST(Update, MayPassDuplicatesOnTheWay) {
 
 TEST(Update, ChangesNothingInADamagedTable) {
     fixture::FixtureBuilder builder;
-    auto& table = builder.addTable({.name = u"Numbers",
-                                    .columns = {fixture::column(u"Id", ColumnType::Long),
-                                                fixture::textColumn(u"Label", 50)}});
+    auto& table = builder.addTable(
+        {.name = u"Numbers",
+         .columns = {fixture::column(u"Id", ColumnType::Long), fixture::textColumn(u"Label", 50)}});
     jet::RowId last;
     for (int i = 0; i < 900; ++i) last = table.insert({i, u"label"});
     fixture::ByteVector file = builder.bytes();

@@ -47,8 +47,9 @@ TEST(UpgradeStatements, BringOlderDatabasesUpToDate) {
     for (const auto format : {fixture::TraceFormat::Oldest, fixture::TraceFormat::Older}) {
         const auto database = jet::Database::open(std::make_unique<jet::MemoryStorage>(
             fixture::traceDatabase({.rows = kRows, .seed = 12}, format)));
-        const std::u16string old = u"SELECT Date, Process, Source, Component, TraceNumber, Trace, "
-                                   u"TraceLevel FROM tblTraces";
+        const std::u16string old =
+            u"SELECT Date, Process, Source, Component, TraceNumber, Trace, "
+            u"TraceLevel FROM tblTraces";
         const Lines before = rows(database, old);
         upgrade(database);
         const auto again = reopened(database);
@@ -64,11 +65,12 @@ TEST(UpgradeStatements, BringOlderDatabasesUpToDate) {
         EXPECT_GT(unique.size(), 20u);
         EXPECT_EQ((std::set<std::string>{unique.begin(), unique.end()}), expected);
         EXPECT_EQ(unique.size(), expected.size());
-        EXPECT_EQ(rows(again,
-                       u"SELECT COUNT(*) FROM tblTraces WHERE qrxIndex = Component & '_' & Process & "
-                       u"'_' & TraceLevel & '_' & Source AND NOT Highlight AND NOT NotePresent AND "
-                       u"Notes IS NULL"),
-                  Lines{std::to_string(kRows)});
+        EXPECT_EQ(
+            rows(again,
+                 u"SELECT COUNT(*) FROM tblTraces WHERE qrxIndex = Component & '_' & Process & "
+                 u"'_' & TraceLevel & '_' & Source AND NOT Highlight AND NOT NotePresent AND "
+                 u"Notes IS NULL"),
+            Lines{std::to_string(kRows)});
     }
 }
 
@@ -79,7 +81,8 @@ TEST(UpgradeStatements, GiveWhatFilesMadeNewerHave) {
     const auto newer = jet::Database::open(std::make_unique<jet::MemoryStorage>(
         fixture::traceDatabase(options, fixture::TraceFormat::Newer)));
     upgrade(older);
-    const auto types = [](const std::shared_ptr<jet::Database>& database, std::u16string_view name) {
+    const auto types = [](const std::shared_ptr<jet::Database>& database,
+                          std::u16string_view name) {
         std::map<std::u16string, std::pair<jet::ColumnType, unsigned>> found;
         const auto table = database->table(name);
         for (const jet::Column& column : table->definition().columns) {
