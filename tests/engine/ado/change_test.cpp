@@ -5,6 +5,7 @@
 #include "tests/support/expected.h"
 
 #include <filesystem>
+#include <fstream>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -292,6 +293,17 @@ TEST_F(Durability, IsNotAskedForByOtherFilesAndThreads) {
     }}.join();
     EXPECT_EQ(number, kErrorFile);
     EXPECT_TRUE(connection.database()->hasUncommittedChanges());
+}
+
+TEST_F(Durability, AFileThatMayNotBeWrittenRefusesEveryStatement) {
+    using std::filesystem::perms;
+    constexpr auto kWriting = perms::owner_write | perms::group_write | perms::others_write;
+    std::filesystem::permissions(path, kWriting, std::filesystem::perm_options::remove);
+    const bool refused = !std::ofstream{path, std::ios::app};
+    if (refused) EXPECT_EQ(errorNumber([&] { change(); }), kErrorReadOnly);
+    std::filesystem::permissions(path, kWriting, std::filesystem::perm_options::add);
+    if (!refused) GTEST_SKIP() << "this user may write to every file";
+    EXPECT_EQ(errorNumber([&] { change(); }), 0);
 }
 
 TEST_F(Durability, AConnectionThatReadsKeepsOthersFromWriting) {
