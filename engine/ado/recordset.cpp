@@ -44,8 +44,8 @@ void Recordset::setCacheSize(int rows) {
     cacheSize_ = rows;
 }
 
-void Recordset::setFormatter(std::shared_ptr<const ValueFormatter> formatter) {
-    formatter_ = formatter ? std::move(formatter) : defaultFormatter();
+void Recordset::setFormatter(const std::shared_ptr<const ValueFormatter>& formatter) {
+    formatter_ = formatter ? formatter : defaultFormatter();
 }
 
 void Recordset::open(std::u16string_view source, Connection& connection, int, int, int options) {

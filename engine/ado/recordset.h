@@ -48,7 +48,7 @@ public:
     Properties& properties() { return properties_; }
 
     /// How values become text; never null. Clones take it over.
-    void setFormatter(std::shared_ptr<const ValueFormatter> formatter);
+    void setFormatter(const std::shared_ptr<const ValueFormatter>& formatter);
     const ValueFormatter& formatter() const { return *formatter_; }
 
     // ---- Opening ----

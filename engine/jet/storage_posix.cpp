@@ -229,8 +229,9 @@ private:
 
 std::unique_ptr<Storage> openDescriptor(const std::filesystem::path& path, int flags) {
     Descriptor file{::open(path.c_str(), flags | O_CLOEXEC, 0666)};
-    const int code = file && S_ISDIR(statusOf(file.get()).st_mode) ? EISDIR : errno;
-    if (!file || code == EISDIR) {
+    int code = file ? 0 : errno;
+    if (file && S_ISDIR(statusOf(file.get()).st_mode)) code = EISDIR;
+    if (code != 0) {
         throwSystem(code == EISDIR ? Fault::AccessDenied : faultOf(code),
                     "The file " + path.string() + " cannot be opened", code);
     }

@@ -85,9 +85,38 @@ TEST_F(Jetsql, ReportsFailuresByNumber) {
     EXPECT_THAT(failure({file_ + ".none"}), StartsWith("error -2147467259 (0x80004005): "));
 }
 
+TEST_F(Jetsql, RunsChanges) {
+    const auto result = jetsql({file_, "ALTER TABLE tblTraces ADD COLUMN Mark YESNO",
+                                "UPDATE tblTraces SET Mark = True, TraceLevel = 7",
+                                "CREATE TABLE Marks (Mark YESNO, n LONG)",
+                                "INSERT INTO Marks SELECT Mark, COUNT(*) AS n FROM tblTraces GROUP "
+                                "BY Mark",
+                                "SELECT * FROM Marks"});
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_EQ(result.output,
+              "0 rows affected\n900 rows affected\n0 rows affected\n1 rows affected\nMark\tn\n"
+              "1\t900\n");
+    EXPECT_EQ(jetsql({file_, "SELECT COUNT(*) FROM tblTraces WHERE TraceLevel = 7"}).output,
+              "Expr1000\n900\n");
+}
+
+TEST_F(Jetsql, KeepsWhatWasDoneBeforeAFailure) {
+    const auto result =
+        jetsql({file_, "UPDATE tblTraces SET TraceLevel = 7",
+                "UPDATE tblTraces SET TraceLevel = 'seven'", "DROP TABLE tblTraces"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.output, "900 rows affected\n");
+    EXPECT_THAT(result.errors, StartsWith("error -2147217900 (0x80040E14): Type conversion"));
+    EXPECT_EQ(jetsql({file_, "SELECT COUNT(*) FROM tblTraces WHERE TraceLevel = 7"}).output,
+              "Expr1000\n900\n");
+    EXPECT_THAT(jetsql({file_, "ALTER TABLE tblTraces ADD COLUMN Date LONG"}).errors,
+                StartsWith("error -2147217887 (0x80040E21): "));
+}
+
 TEST_F(Jetsql, ExplainsItsUsage) {
-    for (const auto& result : {jetsql({}), jetsql({"--threads", "0", file_, "SELECT"}),
-                               jetsql({"--unknown", file_}), jetsql({file_, "a", "b"})}) {
+    for (const auto& result :
+         {jetsql({}), jetsql({"--threads", "0", file_, "SELECT"}), jetsql({"--unknown", file_}),
+          jetsql({"--schema", file_, "SELECT"})}) {
         EXPECT_EQ(result.exitCode, 2);
         EXPECT_THAT(result.errors, StartsWith("usage: "));
         EXPECT_EQ(result.output, "");
