@@ -313,7 +313,6 @@ std::optional<Key> TableWriter::keyOf(Index& index) {
         throw Error{Fault::IndexNotWritable,
                     "A table has an index in a text order that cannot be written."};
     }
-    pages_.forget();  // a long value of the row in hand may just have been written
     Key key;
     PageReader pages = freshReader();
     if (!index.keys->make(fields_, recordPage_, pages, key)) return std::nullopt;

@@ -15,6 +15,7 @@
 #include "tests/engine/jet/sample_files.h"
 #include "tests/support/external_program.h"
 #include "tests/support/fixture_builder.h"
+#include "tests/support/random.h"
 #include "tests/support/trace_database.h"
 
 #include <gmock/gmock.h>

@@ -214,8 +214,8 @@ TEST_F(UpgradeTest, TheLogSaysThatTheFileIsOld) {
     FakeLogSystem system;
     auto before = setLog(std::make_unique<classLog>(system.system()));
     const auto path = makeFile(50, fixture::TraceFormat::Older);
-    upgrade(path);
-    upgrade(path);
+    open(path);
+    open(path);
     theLog().flush();
     const std::string log = system.text(theLog().strLogFile());
     const auto count = [&](const std::string& text) {

@@ -2,6 +2,7 @@
 // then is the old one or the new one, byte for byte.
 #include "tests/engine/jet/write/written.h"
 #include "tests/support/faulty_disk.h"
+#include "tests/support/random.h"
 
 namespace jet {
 namespace {
