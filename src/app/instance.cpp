@@ -42,6 +42,20 @@ HWND nextOf(HWND from, UINT direction, const wchar_t* windowClass) {
     return window;
 }
 
+bool showsAnything(HWND window) {
+    return ::IsWindowVisible(window) || ::IsWindowVisible(::GetLastActivePopup(window));
+}
+
+/// A window that is hidden belongs to a viewer that is still loading, or is just ending.
+bool endsSoon(HWND window) {
+    constexpr DWORD kPatience = 1000;
+    const HANDLE process = ::OpenProcess(SYNCHRONIZE, FALSE, processOf(window));
+    if (process == nullptr) return !::IsWindow(window);
+    const bool ended = ::WaitForSingleObject(process, kPatience) == WAIT_OBJECT_0;
+    ::CloseHandle(process);
+    return ended;
+}
+
 /// A program that hangs must not take this one with it, so nothing here waits for an answer.
 void raise(HWND window) {
     const HWND front = ::GetLastActivePopup(window);
@@ -70,6 +84,11 @@ bool Instance::raiseFirst(const wchar_t* mainWindowClass) {
     if (first == nullptr) return false;
     HWND window = nextOf(first, GW_HWNDPREV, mainWindowClass);
     if (window == nullptr) window = nextOf(first, GW_HWNDNEXT, mainWindowClass);
-    if (window != nullptr) raise(window);
+    if (window == nullptr) return true;
+    if (!showsAnything(window) && endsSoon(window)) {
+        ::SetWindowTextW(window_, kTitle);  // this one is the first now
+        return false;
+    }
+    raise(window);
     return true;
 }

@@ -21,8 +21,8 @@ public:
     bool isSecond() const { return isSecond_; }
 
     /// Restores the first instance's window of that class, if it is minimised, and brings it or the
-    /// dialog in front of it to the foreground. False if there is no first instance to be found;
-    /// true also if it has no such window yet, as it is about to show one.
+    /// dialog in front of it to the foreground. False if there is no first instance to be found or
+    /// it is just ending; true also if it has no such window yet, as it is about to show one.
     bool raiseFirst(const wchar_t* mainWindowClass);
 
 private:

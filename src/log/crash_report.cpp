@@ -28,17 +28,39 @@ WriteDump loadDumpWriter() {
     return reinterpret_cast<WriteDump>(reinterpret_cast<void*>(found));
 }
 
-bool writeDump(const std::u16string& path, EXCEPTION_POINTERS* exception) {
+struct Dump {
+    std::u16string path;
+    EXCEPTION_POINTERS* exception;  ///< null if there is none
+    DWORD thread;                   ///< the one that crashed
+    bool written;
+};
+
+DWORD WINAPI writeDump(void* parameter) {
+    Dump& dump = *static_cast<Dump*>(parameter);
     const WriteDump write = loadDumpWriter();
-    if (write == nullptr) return false;
-    const HANDLE file = ::CreateFileW(toWide(path).c_str(), GENERIC_WRITE, 0, nullptr,
+    if (write == nullptr) return 0;
+    const HANDLE file = ::CreateFileW(toWide(dump.path).c_str(), GENERIC_WRITE, 0, nullptr,
                                       CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return false;
-    MINIDUMP_EXCEPTION_INFORMATION information{::GetCurrentThreadId(), exception, FALSE};
-    const BOOL done = write(::GetCurrentProcess(), ::GetCurrentProcessId(), file, MiniDumpNormal,
-                            exception != nullptr ? &information : nullptr, nullptr, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return 0;
+    MINIDUMP_EXCEPTION_INFORMATION information{dump.thread, dump.exception, FALSE};
+    dump.written =
+        write(::GetCurrentProcess(), ::GetCurrentProcessId(), file, MiniDumpNormal,
+              dump.exception != nullptr ? &information : nullptr, nullptr, nullptr) != FALSE;
     ::CloseHandle(file);
-    return done != FALSE;
+    return 0;
+}
+
+/// On a thread of its own: the stack of the one that crashed may be used up. Waits for it, but not
+/// for ever, as the crash may have left locks behind that a new thread needs.
+bool writeDumpAside(const std::u16string& path, EXCEPTION_POINTERS* exception) {
+    constexpr DWORD kPatience = 20000;
+    static Dump dump;
+    dump = {path, exception, ::GetCurrentThreadId(), false};
+    const HANDLE thread = ::CreateThread(nullptr, 0, writeDump, &dump, 0, nullptr);
+    if (thread == nullptr) return false;
+    const bool ended = ::WaitForSingleObject(thread, kPatience) == WAIT_OBJECT_0;
+    ::CloseHandle(thread);
+    return ended && dump.written;
 }
 
 /// The name holds that of the log, so that it is removed with the old logs.
@@ -48,7 +70,7 @@ void report(const std::u16string& what, EXCEPTION_POINTERS* exception) {
     classLog& log = theLog();
     log.lastWords(u"The program crashed: " + what, kLabel);
     const std::u16string dump = log.strLogFile() + u".dmp";
-    if (writeDump(dump, exception)) log.lastWords(u"Minidump: " + dump, kLabel);
+    if (writeDumpAside(dump, exception)) log.lastWords(u"Minidump: " + dump, kLabel);
 }
 
 std::u16string hexadecimal(unsigned long long number) {
@@ -62,7 +84,9 @@ LONG WINAPI onUnhandled(EXCEPTION_POINTERS* exception) {
     report(u"exception " + hexadecimal(record.ExceptionCode) + u" at " +
                hexadecimal(reinterpret_cast<ULONG_PTR>(record.ExceptionAddress)),
            exception);
-    return EXCEPTION_CONTINUE_SEARCH;
+    // Where the stack is used up, the system's own way out of here fails.
+    ::TerminateProcess(::GetCurrentProcess(), record.ExceptionCode);
+    return EXCEPTION_EXECUTE_HANDLER;
 }
 
 /// An exception that nobody catches would end in a message box of the C library.

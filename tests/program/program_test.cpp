@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <regex>
 
 namespace {
 
@@ -25,20 +26,13 @@ bool started(const ViewerFolder& folder) {
         [&] { return folder.log().find("Exiting [modMain]Main_0") != std::string::npos; });
 }
 
-/// The labels and messages of entries and exits, in order, without times.
+/// "Entering [modMain]Main_0" and so on, in order, without times.
 std::vector<std::string> entriesAndExits(const ViewerFolder& folder) {
+    const std::regex mark{"[^)]*\\) +((?:Entering|Exiting) [^ ]+).*"};
     std::vector<std::string> found;
     for (const std::string& line : folder.logLines()) {
-        for (const std::string mark : {"Entering ", "Exiting "}) {
-            const std::size_t at = line.find(
-                ") " +
-                std::string(line.find_first_not_of(' ', line.find(") ") + 2) - line.find(") ") - 2,
-                            ' ') +
-                mark);
-            if (at == std::string::npos) continue;
-            const std::size_t name = line.find(mark);
-            found.push_back(line.substr(name, line.find(' ', name + mark.size()) - name));
-        }
+        std::smatch parts;
+        if (std::regex_match(line, parts, mark)) found.push_back(parts[1]);
     }
     return found;
 }
@@ -59,7 +53,7 @@ TEST(ProgramTest, ARunWithADatabaseIsLoggedFromEntryToExit) {
     ASSERT_GT(lines.size(), 10u);
     EXPECT_THAT(lines[0], StartsWith("[classLog]checkSizeOfLogs) Removing logs older than "));
     EXPECT_EQ(lines[1], "[modMain]Main) Entering [modMain]Main_0");
-    EXPECT_THAT(lines, Contains(HasSubstr("[modDatabase]createUniqueTracesArray)       Number of "
+    EXPECT_THAT(lines, Contains(HasSubstr("[modDatabase]createUniqueTracesArray)         Number of "
                                           "Unique Traces Found: ")));
     const std::vector<std::string> steps = entriesAndExits(folder);
     const std::vector<std::string> beginning{"Entering [modMain]Main_0",
@@ -224,6 +218,18 @@ TEST_F(SecondStartTest, AfterTheFirstHasEndedThereIsNoFirst) {
     ASSERT_TRUE(first_.close());
     const RunningViewer next{folder_, dbSwitch(folder_.path() / "a.mdb")};
     EXPECT_TRUE(next.waitForWindow());
+}
+
+TEST_F(SecondStartTest, OneThatComesWhileTheFirstEndsTakesItsPlace) {
+    PostMessageW(window_, WM_CLOSE, 0, 0);
+    ASSERT_TRUE(eventually([this] { return !IsWindowVisible(window_); }));
+    ASSERT_TRUE(first_.runs()) << "too late for this test";
+    const RunningViewer next{folder_, dbSwitch(folder_.path() / "a.mdb")};
+    EXPECT_TRUE(next.waitForWindow());
+    EXPECT_FALSE(first_.runs());
+    // And a third one finds that one.
+    startAgain(L"");
+    EXPECT_TRUE(next.runs());
 }
 
 TEST(ProgramTest, ACrashLeavesALastLineAndAMinidump) {

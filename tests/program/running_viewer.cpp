@@ -41,8 +41,8 @@ BOOL CALLBACK compareWindow(HWND window, LPARAM parameter) {
 
 }  // namespace
 
-ViewerFolder::ViewerFolder() {
-    for (const char* name : {"VorelleDiagnosticViewer.exe", "VorelleDiagnosticViewer_ENU.chm"}) {
+ViewerFolder::ViewerFolder(const char* program) : program_{program} {
+    for (const char* name : {program_, "VorelleDiagnosticViewer_ENU.chm"}) {
         std::filesystem::copy_file(ownFolder() / name, folder_.path() / name);
     }
 }

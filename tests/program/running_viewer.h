@@ -21,12 +21,12 @@
 inline constexpr const wchar_t* kMainWindowClass = L"VorelleDiagnosticViewer.frmMain";
 inline constexpr const wchar_t* kDialogClass = L"#32770";
 
-/// A folder with a copy of the program, and what its runs leave behind.
+/// A folder with a copy of the program, or another one, and what its runs leave behind.
 class ViewerFolder {
 public:
-    ViewerFolder();
+    explicit ViewerFolder(const char* program = "VorelleDiagnosticViewer.exe");
 
-    std::filesystem::path program() const { return folder_.path() / "VorelleDiagnosticViewer.exe"; }
+    std::filesystem::path program() const { return folder_.path() / program_; }
     const std::filesystem::path& path() const { return folder_.path(); }
     std::filesystem::path makeDatabase(const std::string& name, std::uint32_t rows) const;
 
@@ -38,6 +38,7 @@ public:
     std::vector<std::string> logLines() const;
 
 private:
+    const char* program_;
     fixture::TemporaryFolder folder_;
 };
 

@@ -325,6 +325,18 @@ TEST_F(ClassLogTest, DumpsTheRecordsFromTheCurrentOneOn) {
     EXPECT_EQ(written(log), expected) << "a recordset at its end";
 }
 
+TEST_F(ClassLogTest, AnEntryThatFailsIsReportedAndLeft) {
+    classLog log{fake_.system()};
+    {
+        const FailingSteps failing{u"[classLog]enterProc"};
+        log.enterProc(u"[a]b");
+    }
+    log.exitProc(u"[a]b");
+    EXPECT_EQ(written(log), line("  ERROR", "[classLog]enterProc",
+                                 "Err.Number = 70 Err.Description = Permission denied") +
+                                line("   Info", "[a]b", "Exiting [a]b_-1"));
+}
+
 class PruningTest : public testing::Test {
 protected:
     void put(const std::u16string& name, int daysOld, int seconds = 0) {

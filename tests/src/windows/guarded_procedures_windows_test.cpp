@@ -3,6 +3,7 @@
 #include "src/platform/mdl_html_help.h"
 #include "src/platform/mdl_priority.h"
 #include "src/platform/utilities.h"
+#include "src/search/trace_search.h"
 #include "tests/src/log/guarded_procedures.h"
 #include "tests/src/ui/macro_traces_test.h"
 
@@ -103,6 +104,22 @@ TEST_F(GuardedWindowsTest, UnguardedOnesGoOn) {
     dialogs.answer = L"C:\\none.mdb";
     expectOneFailureByFault("[frmMain]mnuOpenTraceDatabase_Click",
                             [this] { form.mnuOpenTraceDatabase.onClick(); });
+}
+
+TEST_F(GuardedWindowsTest, MacroTracesAndFindGoOnToo) {
+    SharedFakeLog quiet;
+    open(makeFile("a.mdb", 20));
+    ASSERT_TRUE(waitLoaded());
+    expectOneFailureByFault("[frmMacroTraces]applyCheckedMacroTraces", [this] {
+        read({macroRow(u"Calls", u"Incoming")});
+        frmMacroTraces dialog{form.tvUniqueTraces};
+        dialog.load();
+        dialog.treeviewMacroTrace.node(1).setChecked(true);
+        dialog.cmdAdd.onClick();
+    });
+    lastFindText() = u"it's";
+    expectOneFailure("[frmMain]myfindText", [this] { form.myfindText(true); });
+    expectOneFailureByFault("[modDatabase]createUniqueTracesArray", modDatabase::openUniqueFilters);
 }
 
 TEST_F(GuardedWindowsTest, ACancelledDialogKeepsItsNumber) {

@@ -88,6 +88,42 @@ TEST_F(WindowsLogTest, AFileInTheFoldersPlaceCostsTheLogOnly) {
     EXPECT_EQ(contentOf(folder_.path() / "LOGS"), "x");
 }
 
+/// The user's program for log files, until the end of the block.
+class LogAssociation {
+public:
+    explicit LogAssociation(const std::wstring& command) {
+        set(L".LOG", L"vorelle_test_log");
+        set(L"vorelle_test_log\\shell\\open\\command", command);
+    }
+    ~LogAssociation() {
+        RegDeleteTreeW(HKEY_CLASSES_ROOT, L"vorelle_test_log");
+        RegDeleteTreeW(HKEY_CLASSES_ROOT, L".LOG");
+    }
+    LogAssociation(const LogAssociation&) = delete;
+    LogAssociation& operator=(const LogAssociation&) = delete;
+
+private:
+    static void set(const wchar_t* key, const std::wstring& value) {
+        RegSetKeyValueW(HKEY_CLASSES_ROOT, key, nullptr, REG_SZ, value.c_str(),
+                        static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
+    }
+};
+
+TEST_F(WindowsLogTest, ViewingOpensTheFileWithTheUsersProgram) {
+    const std::filesystem::path shown = folder_.path() / "shown.txt";
+    const LogAssociation association{L"C:\\windows\\system32\\cmd.exe /c copy \"%1\" \"" +
+                                     shown.wstring() + L"\""};
+    classLog log{system()};
+    log.enterProc(u"[a]b");
+    log.log(u"gathered", 0, u"[a]b");
+    const std::string before = contentOf(toWide(log.strLogFile()));
+    log.viewCurrentLogFile();
+    const ULONGLONG end = GetTickCount64() + 20000;
+    while (!contentOf(shown).ends_with("gathered\r\n") && GetTickCount64() < end) Sleep(20);
+    EXPECT_TRUE(contentOf(shown).starts_with(before));
+    EXPECT_TRUE(contentOf(shown).ends_with("gathered\r\n"));
+}
+
 TEST_F(WindowsLogTest, TheTimerStandsBesideTheClock) {
     LogSystem made = system();
     SYSTEMTIME time{};
