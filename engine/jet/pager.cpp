@@ -214,8 +214,9 @@ bool Pager::leaveTransaction() {
 
 Pager::Transaction& Pager::transaction() {
     if (!transaction_) {
-        transaction_.emplace(Transaction{
-            .journal = newJournal(), .pageCount = pageCount_, .saved = std::vector<bool>(pageCount_)});
+        transaction_.emplace(Transaction{.journal = newJournal(),
+                                         .pageCount = pageCount_,
+                                         .saved = std::vector<bool>(pageCount_)});
     }
     return *transaction_;
 }

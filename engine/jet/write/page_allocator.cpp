@@ -37,8 +37,8 @@ void store32(std::span<std::uint8_t> bytes, std::size_t offset, std::uint32_t va
 void requireOwned(Pager& pager, PageNumber number, PageKind kind, std::uint32_t owner) {
     const PagePtr page = pager.page(number);
     const std::uint8_t type = (*page)[0];
-    const bool right = kind == PageKind::Index ? type == 3 || type == 4
-                                               : type == static_cast<std::uint8_t>(kind);
+    const bool right =
+        kind == PageKind::Index ? type == 3 || type == 4 : type == static_cast<std::uint8_t>(kind);
     const bool hasOwner = kind == PageKind::Data || kind == PageKind::Index;
     if (!right || (hasOwner && load<std::uint32_t>(*page, 4) != owner)) {
         throwDamaged(number, "a page does not belong to the one whose map lists it");
