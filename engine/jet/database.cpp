@@ -91,6 +91,7 @@ const std::vector<CatalogEntry>& Database::catalog() {
 void Database::write(const std::function<void(WriteContext&)>& change) {
     pager_.begin();
     try {
+        forgetCatalog();  // others may have changed it
         WriteContext context{*this, pager_, PageAllocator{pager_}, clock_()};
         change(context);
     } catch (...) {

@@ -2,10 +2,14 @@
 
 #include "engine/jet/bytes.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
+#include <map>
 #include <optional>
 #include <random>
+#include <set>
+#include <utility>
 
 namespace jet {
 namespace {
@@ -71,16 +75,88 @@ std::optional<Head> readHead(const Storage& journal) {
     return head;
 }
 
-void replayRecords(const Storage& journal, std::uint64_t salt, std::uint64_t from,
-                   const Journal::Use& use) {
+/// Uses the record if its checksum is right.
+bool replayRecord(Bytes record, std::uint64_t salt, const Journal::Use& use) {
+    const auto head = load<std::uint64_t>(record, 0);
+    const Bytes page = record.subspan(kRecordHead);
+    if (load<std::uint64_t>(record, 8) != recordChecksum(salt, head, page)) return false;
+    use(Journal::Kind{static_cast<std::uint32_t>(head >> 32)},
+        PageNumber{static_cast<std::uint32_t>(head)}, page);
+    return true;
+}
+
+/// Uses the records from `from` to before `end`, up to the first that is damaged. That is where a
+/// crash cut the journal off: a page is overwritten only after its record and all before it are
+/// safe, so whatever stands behind belongs to pages that are still as they were.
+/// Returns where it stopped.
+std::uint64_t replayRecords(const Storage& journal, std::uint64_t salt, std::uint64_t from,
+                            std::uint64_t end, const Journal::Use& use) {
     std::vector<std::uint8_t> record(kRecordSize);
-    for (std::uint64_t at = from; journal.readAt(at, record) == kRecordSize; at += kRecordSize) {
-        const auto head = load<std::uint64_t>(record, 0);
-        const Bytes page = Bytes{record}.subspan(kRecordHead);
-        if (load<std::uint64_t>(record, 8) != recordChecksum(salt, head, page)) return;
-        use(Journal::Kind{static_cast<std::uint32_t>(head >> 32)},
-            PageNumber{static_cast<std::uint32_t>(head)}, page);
+    std::uint64_t at = from;
+    while (at < end && journal.readAt(at, record) == kRecordSize &&
+           replayRecord(record, salt, use)) {
+        at += kRecordSize;
     }
+    return at;
+}
+
+/// The pages as they were before the transaction, of all that the journal has.
+void replayTransaction(const Storage& journal, std::uint64_t salt,
+                       const std::function<void(PageNumber, Bytes)>& use) {
+    replayRecords(journal, salt, Journal::kFirstRecord, journal.size(),
+                  [&](Journal::Kind kind, PageNumber number, Bytes page) {
+                      if (kind == Journal::Kind::Transaction) use(number, page);
+                  });
+}
+
+/// The pages that a fingerprint is made of: the header and some that are spread over the file.
+std::set<std::uint32_t> samplePages(std::uint32_t pageCount) {
+    constexpr std::uint64_t kSteps = 32;
+    std::set<std::uint32_t> numbers;
+    for (std::uint64_t i = 0; i <= kSteps && pageCount != 0; ++i) {
+        numbers.insert(static_cast<std::uint32_t>(i * (pageCount - 1) / kSteps));
+    }
+    return numbers;
+}
+
+using PageImages = std::map<std::uint32_t, std::vector<std::uint8_t>>;
+
+/// `images` stand for the file's own pages.
+std::uint64_t fingerprint(const Storage& file, std::uint32_t pageCount, const PageImages& images) {
+    std::uint64_t sum = kMagic ^ pageCount;
+    std::vector<std::uint8_t> page(kPageSize);
+    for (const std::uint32_t number : samplePages(pageCount)) {
+        const auto image = images.find(number);
+        if (image == images.end()) {
+            std::fill(page.begin(), page.end(), std::uint8_t{0});
+            file.readAt(std::uint64_t{number} * kPageSize, page);
+        }
+        sum = checksum(sum, image == images.end() ? page : image->second);
+    }
+    return sum;
+}
+
+/// Whether the file, with the journal's pages put back, is the one that the journal was made of.
+bool belongsTo(const Storage& journal, const Head& head, const Storage& file) {
+    const std::set<std::uint32_t> samples = samplePages(head.pageCount);
+    PageImages images;
+    replayTransaction(journal, head.salt, [&](PageNumber number, Bytes page) {
+        if (samples.contains(raw(number))) images[raw(number)].assign(page.begin(), page.end());
+    });
+    return fingerprint(file, head.pageCount, images) == head.fingerprint;
+}
+
+struct HotJournal {
+    std::unique_ptr<Storage> file;
+    Head head;
+};
+
+std::optional<HotJournal> findHotJournal(Storage& file) {
+    auto journal = file.openJournal();
+    if (!journal) return std::nullopt;
+    const auto head = readHead(*journal);
+    if (!head || !belongsTo(*journal, *head, file)) return std::nullopt;
+    return HotJournal{std::move(journal), *head};
 }
 
 std::uint64_t newSalt() {
@@ -120,8 +196,16 @@ void Journal::sync() {
 }
 
 void Journal::replay(std::uint64_t from, const Use& use) {
-    flush();
-    replayRecords(*file_, salt_, from, use);
+    // What is not stored yet is used from memory: a full disk must not be in the way.
+    const std::vector<std::uint8_t> unwritten = buffer_;
+    const std::uint64_t stored = end_ - unwritten.size();
+    if (from < stored && replayRecords(*file_, salt_, from, stored, use) != stored) {
+        throw Error{Fault::ReadFailed, "The journal of a change cannot be read."};
+    }
+    for (std::uint64_t at = std::max(from, stored); at < end_; at += kRecordSize) {
+        replayRecord(Bytes{unwritten}.subspan(static_cast<std::size_t>(at - stored), kRecordSize),
+                     salt_, use);
+    }
 }
 
 void Journal::invalidate() {
@@ -130,34 +214,32 @@ void Journal::invalidate() {
     file_->sync();
 }
 
-std::uint64_t fingerprintOf(const Storage& file) {
-    std::array<std::uint8_t, kPageSize> page{};
-    file.readAt(0, page);
-    return checksum(kMagic, page);
+std::uint64_t fingerprintOf(const Storage& file, std::uint32_t pageCount) {
+    return fingerprint(file, pageCount, {});
 }
 
 void recover(Storage& file) {
-    auto journal = file.openJournal();
-    if (!journal) return;
-    const auto head = readHead(*journal);
-    // A journal of another file: one was put in the place of the other.
-    if (!head || head->fingerprint != fingerprintOf(file)) return;
+    if (!findHotJournal(file)) return;
     file.lock();
     try {
-        replayRecords(*journal, head->salt, Journal::kFirstRecord,
-                      [&](Journal::Kind kind, PageNumber number, Bytes page) {
-                          if (kind != Journal::Kind::Transaction) return;
-                          file.writeAt(std::uint64_t{raw(number)} * kPageSize, page);
-                      });
-        file.truncate(std::uint64_t{head->pageCount} * kPageSize);
-        file.sync();
-        journal.reset();
-        file.removeJournal();
+        recoverLocked(file);
     } catch (...) {
         file.unlock();
         throw;
     }
     file.unlock();
+}
+
+void recoverLocked(Storage& file) {
+    auto journal = findHotJournal(file);
+    if (!journal) return;
+    replayTransaction(*journal->file, journal->head.salt, [&](PageNumber number, Bytes page) {
+        file.writeAt(std::uint64_t{raw(number)} * kPageSize, page);
+    });
+    file.truncate(std::uint64_t{journal->head.pageCount} * kPageSize);
+    file.sync();
+    journal.reset();
+    file.removeJournal();
 }
 
 }  // namespace jet

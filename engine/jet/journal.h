@@ -6,7 +6,7 @@
 //   8       4     version, 1
 //   12      4     pages that the file had
 //   16      8     salt of the checksums, new for every journal
-//   24      8     fingerprint of the file's header page
+//   24      8     fingerprint of the file, see below
 //   32      8     checksum of the above
 //   40      ..    records: u32 page, u32 kind, u64 checksum, 4096 bytes
 //
@@ -44,7 +44,8 @@ public:
     /// Where the next record will stand.
     std::uint64_t end() const { return end_; }
 
-    /// Calls `use` with kind, number and bytes of each record from `from` on.
+    /// Calls `use` with kind, number and bytes of each record from `from` on that is there when it
+    /// begins. Throws Error{ReadFailed}, also for a record that is not as it was written.
     using Use = std::function<void(Kind, PageNumber, Bytes)>;
     void replay(std::uint64_t from, const Use& use);
     static constexpr std::uint64_t kFirstRecord = 40;
@@ -62,12 +63,17 @@ private:
     bool synced_ = false;
 };
 
-/// What ties a journal to its file: nothing in this project ever changes a header page.
-std::uint64_t fingerprintOf(const Storage& file);
+/// What ties a journal to its file: some of its pages as they were when the change began. Files that
+/// were copied from one template have the same header, so that alone would take a file that was put
+/// in the place of another for that one.
+std::uint64_t fingerprintOf(const Storage& file, std::uint32_t pageCount);
 
 /// Takes back a change that a crash cut short: puts back the pages in the storage's journal.
-/// Leaves a storage without a valid journal as it is. Throws Error: ReadOnly or InUse if that has
-/// to be done and cannot be, ReadFailed, WriteFailed.
+/// Leaves a storage without a valid journal of its own as it is. Throws Error: ReadOnly or InUse if
+/// that has to be done and cannot be, ReadFailed, WriteFailed.
 void recover(Storage& file);
+
+/// The same for the holder of the file's lock.
+void recoverLocked(Storage& file);
 
 }  // namespace jet

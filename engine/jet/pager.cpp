@@ -72,10 +72,7 @@ void Pager::begin() {
     owner_ = std::this_thread::get_id();
     try {
         if (broken_) throw Error{Fault::WriteFailed, "The database has to be opened anew."};
-        if (!locked_) {
-            file_->lock();
-            locked_ = true;
-        }
+        if (!locked_) takeFile();
         if (!transaction_) pageCount_ = file_->pageCount();
         statement_ = Statement{.pageCount = pageCount_,
                                .saved = std::vector<bool>(pageCount_),
@@ -86,6 +83,19 @@ void Pager::begin() {
         gate_.unlock();
         throw;
     }
+}
+
+/// Others may have written since the last statement, or may even have died in the middle of that.
+void Pager::takeFile() {
+    file_->lock();
+    try {
+        recoverLocked(*file_);
+    } catch (...) {
+        file_->unlock();
+        throw;
+    }
+    locked_ = true;
+    notify(kNoPage);
 }
 
 void Pager::end() {
@@ -139,14 +149,25 @@ void Pager::commit() {
 void Pager::takeBackStatement() {
     pageCount_ = statement_->pageCount;
     frames_.erase(frames_.lower_bound(pageCount_), frames_.end());
+    bool canWrite = true;
     transaction_->journal.replay(statement_->journalEnd,
                                  [&](Journal::Kind, PageNumber number, Bytes page) {
                                      if (raw(number) >= pageCount_) return;
                                      const auto restored = std::make_shared<Page>();
                                      std::copy(page.begin(), page.end(), restored->begin());
                                      frames_[raw(number)] = restored;
-                                     makeRoom();
+                                     if (canWrite) canWrite = tryToMakeRoom();
                                  });
+}
+
+/// On a full disk the pages that are taken back stay in memory.
+bool Pager::tryToMakeRoom() {
+    try {
+        makeRoom();
+        return true;
+    } catch (const Error&) {
+        return false;
+    }
 }
 
 void Pager::takeBackTransaction() {
@@ -160,37 +181,56 @@ void Pager::takeBackTransaction() {
         file_->truncate(offsetOf(transaction_->pageCount));
         file_->sync();
     }
-    if (transaction_) transaction_->journal.invalidate();
-    leaveTransaction();
+    bool meansNothing = true;
+    try {
+        if (transaction_) transaction_->journal.invalidate();
+    } catch (const Error&) {
+        meansNothing = false;
+    }
+    if (!leaveTransaction() && !meansNothing) broken_ = true;
 }
 
-void Pager::leaveTransaction() {
+/// Returns whether the journal is gone.
+bool Pager::leaveTransaction() {
     const bool hadJournal = transaction_.has_value();
     transaction_.reset();
     frames_.clear();
+    bool gone = true;
     try {
         if (hadJournal) file_->removeJournal();
     } catch (const Error&) {
-        // It says nothing any more; the next journal takes its place.
+        gone = false;
     }
-    if (!std::exchange(locked_, false)) return;
+    if (!std::exchange(locked_, false)) return gone;
     try {
         file_->unlock();
     } catch (const Error&) {
         broken_ = true;
     }
+    return gone;
 }
 
 // ---- Pages --------------------------------------------------------------------------------------
 
 Pager::Transaction& Pager::transaction() {
     if (!transaction_) {
-        transaction_.emplace(Transaction{
-            .journal = Journal{file_->createJournal(), pageCount_, fingerprintOf(*file_)},
-            .pageCount = pageCount_,
-            .saved = std::vector<bool>(pageCount_)});
+        transaction_.emplace(Transaction{.journal = newJournal(),
+                                         .pageCount = pageCount_,
+                                         .saved = std::vector<bool>(pageCount_)});
     }
     return *transaction_;
+}
+
+Journal Pager::newJournal() {
+    const std::uint64_t fingerprint = fingerprintOf(*file_, pageCount_);
+    auto file = file_->createJournal();
+    try {
+        return Journal{std::move(file), pageCount_, fingerprint};
+    } catch (const Error&) {
+        file.reset();
+        file_->removeJournal();
+        throw;
+    }
 }
 
 PagePtr Pager::page(PageNumber number) const {
@@ -254,20 +294,20 @@ void Pager::writeFrames(bool all) {
     transaction_->fileTouched = true;
     std::vector<std::uint8_t> run;
     std::uint32_t runStart = 0;
+    // Nothing is forgotten before it is written: that can fail.
     const auto writeRun = [&] {
-        if (!run.empty()) file_->writeAt(offsetOf(runStart), run);
+        if (run.empty()) return;
+        file_->writeAt(offsetOf(runStart), run);
+        const auto runEnd = runStart + static_cast<std::uint32_t>(run.size() / kPageSize);
+        if (!all) frames_.erase(frames_.find(runStart), frames_.lower_bound(runEnd));
         run.clear();
     };
-    for (auto frame = frames_.begin(); frame != frames_.end();) {
-        if (!all && frame->second.use_count() > 1) {
-            ++frame;
-            continue;
-        }
+    for (auto frame = frames_.begin(); frame != frames_.end(); ++frame) {
+        if (!all && frame->second.use_count() > 1) continue;
         const bool follows = frame->first == runStart + run.size() / kPageSize;
         if (!follows || run.size() >= kMostPagesAtOnce * kPageSize) writeRun();
         if (run.empty()) runStart = frame->first;
         run.insert(run.end(), frame->second->begin(), frame->second->end());
-        frame = all ? std::next(frame) : frames_.erase(frame);
     }
     writeRun();
 }

@@ -93,14 +93,17 @@ private:
         bool first = false;  ///< of its transaction
     };
 
+    void takeFile();
     Transaction& transaction();
+    Journal newJournal();
     void save(PageNumber number, const Page& page);
     PageEdit frame(PageNumber number);
     void makeRoom();
+    bool tryToMakeRoom();
     void writeFrames(bool all);
     void takeBackStatement();
     void takeBackTransaction();
-    void leaveTransaction();
+    bool leaveTransaction();
     bool isOwner() const { return owner_.load() == std::this_thread::get_id(); }
     void notify(PageNumber number) const;
 

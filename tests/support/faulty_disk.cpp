@@ -23,7 +23,10 @@ public:
         return static_cast<std::size_t>(count);
     }
 
-    void lock() override { disk_.requirePower(); }
+    void lock() override {
+        disk_.requirePower();
+        if (disk_.lockFault_) throw jet::Error{*disk_.lockFault_, "The disk refuses that."};
+    }
 
     void writeAt(std::uint64_t offset, jet::Bytes bytes) override {
         change({.offset = offset, .bytes = {bytes.begin(), bytes.end()}});
@@ -32,6 +35,7 @@ public:
     void truncate(std::uint64_t size) override { change({.newSize = size}); }
 
     void sync() override {
+        disk_.failOnce();
         disk_.count();
         file().safe = file().seen;
         file().pending.clear();
@@ -45,6 +49,7 @@ public:
     }
 
     std::unique_ptr<Storage> createJournal() override {
+        disk_.failOnce();
         disk_.count();
         disk_.journal_.emplace(Bytes{});
         disk_.journalIsSafe_ = false;
@@ -52,6 +57,7 @@ public:
     }
 
     void removeJournal() override {
+        disk_.failOnce();
         disk_.count();
         disk_.journal_.reset();
     }
@@ -60,6 +66,8 @@ private:
     File& file() const { return journal_ ? *disk_.journal_ : disk_.database_; }
 
     void change(Change change) {
+        disk_.failOnce();
+        disk_.requireRoom(journal_, change);
         disk_.pendingOf(journal_, change);  // the operation that fails may arrive in part
         disk_.count();
         apply(change, file().seen);
@@ -82,6 +90,22 @@ void FaultyDisk::count() {
         throw jet::Error{jet::Fault::WriteFailed, "The power has failed."};
     }
     ++count_;
+}
+
+void FaultyDisk::failOnce() {
+    if (!single_ || count_ != single_->operation) return;
+    const jet::Fault fault = single_->fault;
+    single_.reset();
+    ++count_;
+    throw jet::Error{fault, "The disk fails, once."};
+}
+
+void FaultyDisk::requireRoom(bool journal, const Change& change) const {
+    const std::uint64_t size = journal ? journal_->seen.size() : database_.seen.size();
+    const std::uint64_t end = change.newSize.value_or(change.offset + change.bytes.size());
+    if (end > size && used() - size + end > room_) {
+        throw jet::Error{jet::Fault::DiskFull, "The disk is full."};
+    }
 }
 
 void FaultyDisk::requirePower() const {

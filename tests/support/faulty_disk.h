@@ -6,6 +6,8 @@
 //   fixture::FaultyDisk after = disk.restarted(fixture::Survival::Torn, random);
 //   auto database = jet::Database::open(after.open());    // recovers
 //
+// It can also fail once and go on, be full, or be for reading only.
+//
 // Belongs to one thread. The disk must outlive the storages that it opens.
 #pragma once
 
@@ -40,6 +42,21 @@ public:
     /// ones throw jet::Error{WriteFailed}, and reading throws ReadFailed.
     void failAfter(std::uint64_t operations) { limit_ = count_ + operations; }
 
+    /// The operation after `operations` more of them throws `fault` and does not happen; all later
+    /// ones succeed.
+    void failOnceAfter(std::uint64_t operations, jet::Fault fault) {
+        single_ = {count_ + operations, fault};
+    }
+
+    /// What would make both files together larger than this throws jet::Error{DiskFull}.
+    void setRoom(std::uint64_t bytes) { room_ = bytes; }
+    std::uint64_t used() const {
+        return database_.seen.size() + (journal_ ? journal_->seen.size() : 0);
+    }
+
+    /// lock() throws this from now on.
+    void refuseLock(jet::Fault fault) { lockFault_ = fault; }
+
     /// Operations up to now: writes, cuts, syncs, files made and removed.
     std::uint64_t operations() const { return count_; }
     bool hasFailed() const { return failed_; }
@@ -68,7 +85,14 @@ private:
 
     class View;
 
+    struct SingleFailure {
+        std::uint64_t operation = 0;
+        jet::Fault fault{};
+    };
+
     void count();
+    void failOnce();
+    void requireRoom(bool journal, const Change& change) const;
     void pendingOf(bool journal, const Change& change);
     void requirePower() const;
     static void apply(const Change& change, Bytes& content);
@@ -81,6 +105,9 @@ private:
     std::uint64_t count_ = 0;
     std::uint64_t limit_ = std::numeric_limits<std::uint64_t>::max();
     bool failed_ = false;
+    std::optional<SingleFailure> single_;
+    std::uint64_t room_ = std::numeric_limits<std::uint64_t>::max();
+    std::optional<jet::Fault> lockFault_;
 };
 
 }  // namespace fixture

@@ -35,7 +35,17 @@ void formatDataPage(Page& page, std::uint32_t owner) {
 unsigned slotCount(const Page& page) { return load<std::uint16_t>(page, 12); }
 
 std::size_t freeBytes(const Page& page) {
-    return startOfRows(page) - kSlotTable - 2 * slotCount(page);
+    const std::size_t start = startOfRows(page);
+    const std::size_t slotsEnd = kSlotTable + 2 * slotCount(page);
+    return start > kPageSize || start < slotsEnd ? 0 : start - slotsEnd;
+}
+
+bool isSound(const Page& page, PageNumber number) {
+    const DataPage data{page, number};
+    for (unsigned i = 0; i < data.slotCount(); ++i) {
+        if (!data.slot(i)) return false;
+    }
+    return true;
 }
 
 bool hasRoom(const Page& page, std::size_t size) {
@@ -60,7 +70,7 @@ std::span<std::uint8_t> rowBytes(Page& page, PageNumber number, unsigned slot) {
                                    found->bytes.size());
 }
 
-PageLayout::PageLayout(const Page& page, PageNumber number) : copy_{page} {
+PageLayout::PageLayout(const Page& page, PageNumber number) : number_{number}, copy_{page} {
     const DataPage source{copy_, number};
     rows.reserve(source.slotCount());
     for (unsigned i = 0; i < source.slotCount(); ++i) {
@@ -79,6 +89,7 @@ std::size_t PageLayout::size() const {
 }
 
 void PageLayout::writeTo(Page& page) const {
+    if (!fits()) throwDamaged(number_, "rows overlap on a page");
     std::size_t start = kPageSize;
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const Row& row = rows[i];

@@ -30,7 +30,11 @@ inline constexpr std::size_t kMostRecordBytes = 4060;
 /// Makes `page` an empty data page.
 void formatDataPage(Page& page, std::uint32_t owner);
 
-/// Bytes for rows and their slots. Requires: a data page whose slots are sound.
+/// Whether each row lies within the page and behind none of the others. Throws Error{Damaged} if it
+/// is no data page.
+bool isSound(const Page& page, PageNumber number);
+
+/// Bytes for rows and their slots; none on a page whose slots are damaged.
 std::size_t freeBytes(const Page& page);
 unsigned slotCount(const Page& page);
 
@@ -63,10 +67,11 @@ public:
     static constexpr std::size_t kCapacity = kPageSize - 14;
     bool fits() const { return size() <= kCapacity; }
 
-    /// Requires: fits().
+    /// Throws Error{Damaged} if it does not fit: as it was read, that is, as rows overlapped.
     void writeTo(Page& page) const;
 
 private:
+    PageNumber number_;
     Page copy_;
 };
 

@@ -87,6 +87,7 @@ std::size_t IndexNode::size(std::size_t begin, std::size_t end) const {
 }
 
 void IndexNode::writeTo(Page& page, PageNumber owner) const {
+    if (!fits()) throwDamaged(number, "an index page is fuller than this engine can write it");
     page.fill(0);
     page[0] = isLeaf() ? 4 : 3;
     page[1] = 1;

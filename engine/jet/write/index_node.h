@@ -44,7 +44,8 @@ struct IndexNode {
     /// Whether the entries from `begin` to before `end` would fit onto a page.
     bool fits(std::size_t begin, std::size_t end) const { return size(begin, end) <= kCapacity; }
 
-    /// Requires: fits().
+    /// Throws Error{Damaged} if it does not fit: a page above the leaves may have been packed by
+    /// another engine.
     void writeTo(Page& page, PageNumber owner) const;
 
     PageNumber number = kNoPage;

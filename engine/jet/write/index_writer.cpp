@@ -259,6 +259,7 @@ bool IndexWriter::holds(const Key& key) const {
 void IndexWriter::rebuild(KeySorter& keys) {
     for (const PageNumber number : map_.pages()) {
         if (number == index_.root) continue;
+        requireOwned(pager_, number, PageKind::Index, raw(owner_));
         map_.erase(number);
         allocator_.release(number);
     }

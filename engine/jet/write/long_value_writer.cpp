@@ -59,13 +59,13 @@ RowId LongValueWriter::storeRow(Bytes row) {
     PageNumber candidate = current_ != kNoPage ? current_ : free.lastBefore(kMostFilePages);
     for (int attempt = 0; attempt < kAttempts && candidate != kNoPage; ++attempt) {
         const PagePtr page = pager_.page(candidate);
-        const DataPage checked{*page, candidate};
-        if (checked.owner() == kLongValueOwner && hasRoom(*page, row.size())) {
+        const bool usable = DataPage{*page, candidate}.owner() == kLongValueOwner &&
+                            (candidate == current_ || isSound(*page, candidate));
+        if (usable && hasRoom(*page, row.size())) {
             current_ = candidate;
             return RowId{candidate, *appendRow(*pager_.edit(candidate), row, 0)};
         }
-        if (checked.owner() != kLongValueOwner || freeBytes(*page) < kLeastRoom ||
-            slotCount(*page) >= kMostRows) {
+        if (!usable || freeBytes(*page) < kLeastRoom || slotCount(*page) >= kMostRows) {
             free.erase(candidate);
         }
         candidate = free.lastBefore(raw(candidate));
@@ -125,7 +125,9 @@ void LongValueWriter::remove(Bytes field) {
 }
 
 void LongValueWriter::removeRow(RowId row) {
-    if (!maps().owned.contains(row.page())) return;  // not this column's: leave it alone
+    // Not this column's: leave it alone.
+    if (!maps().owned.contains(row.page())) return;
+    if (DataPage{*pager_.page(row.page()), row.page()}.owner() != kLongValueOwner) return;
     const PageEdit page = pager_.edit(row.page());
     PageLayout layout{*page, row.page()};
     if (row.slot() >= layout.rows.size()) return;

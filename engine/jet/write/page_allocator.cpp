@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace jet {
 namespace {
@@ -33,7 +34,19 @@ void store32(std::span<std::uint8_t> bytes, std::size_t offset, std::uint32_t va
 
 }  // namespace
 
+void requireOwned(Pager& pager, PageNumber number, PageKind kind, std::uint32_t owner) {
+    const PagePtr page = pager.page(number);
+    const std::uint8_t type = (*page)[0];
+    const bool right =
+        kind == PageKind::Index ? type == 3 || type == 4 : type == static_cast<std::uint8_t>(kind);
+    const bool hasOwner = kind == PageKind::Data || kind == PageKind::Index;
+    if (!right || (hasOwner && load<std::uint32_t>(*page, 4) != owner)) {
+        throwDamaged(number, "a page does not belong to the one whose map lists it");
+    }
+}
+
 PageNumber PageAllocator::allocate() {
+    requireMap();
     if (!released_.empty()) {
         const PageNumber number = released_.back();
         released_.pop_back();
@@ -47,9 +60,41 @@ PageNumber PageAllocator::allocate() {
 }
 
 void PageAllocator::release(PageNumber number) {
+    requireMap();
     pager_.edit(number)->fill(0);
     mark(number, true);
     released_.push_back(number);
+}
+
+/// A map that gives the catalog away is a ruin, which would be handed on as if it were sound.
+void PageAllocator::requireMap() {
+    if (std::exchange(mapChecked_, true)) return;
+    for (const PageNumber number : {kMapPage, PageNumber{2}}) {
+        if (isFree(number)) throwDamaged(kMapPage, "the map of free pages is wrong");
+    }
+}
+
+bool PageAllocator::isFree(PageNumber number) const {
+    const PagePtr page = pager_.page(kMapPage);
+    const auto slot = DataPage{*page, kMapPage}.slot(kMapRow);
+    if (!slot || slot->deleted || slot->bytes.size() < kInlineHead || slot->bytes[0] > kReference) {
+        throwDamaged(kMapPage, "the map of free pages is of an unknown kind");
+    }
+    const Bytes row = slot->bytes;
+    const auto bitOf = [](Bytes bitmap, std::size_t bit) {
+        return bit / 8 >= bitmap.size() || (bitmap[bit / 8] >> (bit % 8) & 1) != 0;
+    };
+    const auto first = load<std::uint32_t>(row, 1);
+    if (row[0] == kInline) {
+        return raw(number) >= first && bitOf(row.subspan(kInlineHead), raw(number) - first);
+    }
+    // The pages asked about are in reach of the first bitmap.
+    if (PageNumber{first} == kNoPage) return true;
+    const PagePtr bitmap = pager_.page(PageNumber{first});
+    if ((*bitmap)[0] != kBitmapPageType) {
+        throwDamaged(PageNumber{first}, "a bitmap of free pages was expected");
+    }
+    return bitOf(Bytes{*bitmap}.subspan(kBitmapOffset), raw(number));
 }
 
 void PageAllocator::mark(PageNumber number, bool free) {

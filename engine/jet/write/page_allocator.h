@@ -11,6 +11,13 @@
 
 namespace jet {
 
+/// What the pages of a map are.
+enum class PageKind : std::uint8_t { Data = 1, Definition = 2, Index = 3, Bitmap = 5 };
+
+/// Throws Error{Damaged} if the page is not of that kind or, for Data and Index, not of that owner:
+/// what a damaged map lists must not be taken from the one whose it is.
+void requireOwned(Pager& pager, PageNumber number, PageKind kind, std::uint32_t owner = 0);
+
 class PageAllocator {
 public:
     explicit PageAllocator(Pager& pager) : pager_{pager} {}
@@ -19,10 +26,12 @@ public:
     /// Pager::edit.
     PageNumber allocate();
 
-    /// Requires: nothing refers to the page any more. Throws as Pager::edit.
+    /// Requires: nothing refers to the page any more. Throws as allocate.
     void release(PageNumber number);
 
 private:
+    void requireMap();
+    bool isFree(PageNumber number) const;
     void mark(PageNumber number, bool free);
     bool markInline(PageNumber number, bool free);
     void markReferenced(PageNumber number, bool free);
@@ -31,6 +40,7 @@ private:
 
     Pager& pager_;
     std::vector<PageNumber> released_;  ///< by this statement
+    bool mapChecked_ = false;
 };
 
 }  // namespace jet

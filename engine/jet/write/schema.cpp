@@ -59,7 +59,12 @@ void requireColumn(const NewColumn& column) {
     if (sized && (column.size == 0 || column.size > kLongestValue)) {
         throw Error{Fault::TooMany, "The column " + inQuotes(column.name) + " has a wrong length."};
     }
-    if (column.type == ColumnType::InternalBinary) {
+    const bool numbers = column.type == ColumnType::Long;
+    constexpr int kMostDigits = 28;
+    const bool countable = column.precision >= 1 && column.precision <= kMostDigits &&
+                           column.scale <= column.precision;
+    if ((column.autonumber && !numbers) || (column.type == ColumnType::Numeric && !countable) ||
+        column.type == ColumnType::InternalBinary) {
         throw Error{Fault::WrongType, "Columns of this type cannot be made."};
     }
 }
@@ -189,25 +194,31 @@ IndexWriter buildTree(WriteContext& context, const Table& table, const PhysicalI
 
 // ---- Dropping -----------------------------------------------------------------------------------
 
-/// Gives back the pages of a set, and what the set itself is kept on.
-void releaseAll(WriteContext& context, RowId map) {
-    if (map.page() == kNoPage) return;
-    const UsageMapWriter set{context.pager, map};
-    for (const PageNumber number : set.pages()) context.allocator.release(number);
-    for (const PageNumber number : set.bitmapPages()) context.allocator.release(number);
-}
-
 void releaseBitmaps(WriteContext& context, RowId map) {
     if (map.page() == kNoPage) return;
     for (const PageNumber number : UsageMapWriter{context.pager, map}.bitmapPages()) {
+        requireOwned(context.pager, number, PageKind::Bitmap);
         context.allocator.release(number);
     }
 }
+
+/// Gives back the pages of a set, and what the set itself is kept on.
+void releaseAll(WriteContext& context, RowId map, PageKind kind, std::uint32_t owner) {
+    if (map.page() == kNoPage) return;
+    for (const PageNumber number : UsageMapWriter{context.pager, map}.pages()) {
+        requireOwned(context.pager, number, kind, owner);
+        context.allocator.release(number);
+    }
+    releaseBitmaps(context, map);
+}
+
+constexpr std::uint32_t kMapOwner = 0;
 
 /// Removes the rows of maps; a page of maps that has no others left is given back.
 void removeMaps(WriteContext& context, const std::vector<RowId>& maps) {
     for (const RowId map : maps) {
         if (map.page() == kNoPage) continue;
+        requireOwned(context.pager, map.page(), PageKind::Data, kMapOwner);
         const PageEdit page = context.pager.edit(map.page());
         PageLayout layout{*page, map.page()};
         if (map.slot() >= layout.rows.size()) continue;
@@ -316,16 +327,17 @@ void dropTable(WriteContext& context, std::u16string_view name) {
     CatalogWriter{context}.removeTable(old.page);
 
     std::vector<RowId> maps{old.ownedMap, old.freeMap};
-    releaseAll(context, old.ownedMap);
+    const std::uint32_t owner = raw(old.page);
+    releaseAll(context, old.ownedMap, PageKind::Data, owner);
     releaseBitmaps(context, old.freeMap);
     for (const Column& column : old.columns) {
         if (!column.isLongValue()) continue;
-        releaseAll(context, column.ownedMap);
+        releaseAll(context, column.ownedMap, PageKind::Data, kLongValueOwner);
         releaseBitmaps(context, column.freeMap);
         maps.insert(maps.end(), {column.ownedMap, column.freeMap});
     }
     for (const PhysicalIndex& index : old.physicalIndexes) {
-        releaseAll(context, index.map);
+        releaseAll(context, index.map, PageKind::Index, owner);
         maps.push_back(index.map);
     }
     removeMaps(context, maps);

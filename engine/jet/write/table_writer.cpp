@@ -222,6 +222,10 @@ std::optional<RowId> TableWriter::placeOn(PageNumber number, Bytes record, std::
         if (data.owner() != raw(definition_.page)) {
             throwDamaged(number, "a page of the table belongs to something else");
         }
+        if (number != target_ && !isSound(*page, number)) {
+            free_.erase(number);
+            return std::nullopt;
+        }
         if (!hasRoom(*page, record.size())) {
             noteRoom(number, *page);
             return std::nullopt;

@@ -97,7 +97,7 @@ void encodeBinary(const Binary& bytes, const Column& column, Binary& out) {
 
 void encodeText(std::u16string_view text, bool compress, Binary& out) {
     // In front of a text these two bytes would say that it is compressed.
-    if (!text.empty() && text.front() == kByteOrderMark) text.remove_prefix(1);
+    while (!text.empty() && text.front() == kByteOrderMark) text.remove_prefix(1);
     if (compress && appendCompressed(text, out)) return;
     appendRaw(text, out);
 }

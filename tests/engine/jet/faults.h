@@ -38,6 +38,32 @@ inline std::string_view nameOf(Fault fault) {
             return "Damaged";
         case Fault::NoSuchTable:
             return "NoSuchTable";
+        case Fault::ReadOnly:
+            return "ReadOnly";
+        case Fault::WriteFailed:
+            return "WriteFailed";
+        case Fault::DiskFull:
+            return "DiskFull";
+        case Fault::FileFull:
+            return "FileFull";
+        case Fault::TableExists:
+            return "TableExists";
+        case Fault::AlreadyExists:
+            return "AlreadyExists";
+        case Fault::NoSuchColumn:
+            return "NoSuchColumn";
+        case Fault::TooMany:
+            return "TooMany";
+        case Fault::ValueTooLarge:
+            return "ValueTooLarge";
+        case Fault::WrongType:
+            return "WrongType";
+        case Fault::DuplicateKey:
+            return "DuplicateKey";
+        case Fault::NullKey:
+            return "NullKey";
+        case Fault::IndexNotWritable:
+            return "IndexNotWritable";
         default:
             return "another fault";
     }
