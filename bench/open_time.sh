@@ -8,7 +8,7 @@
 
 rounds=${1:-5}
 need_packages "${build_packages[@]}" "${wine_packages[@]}" libbenchmark-dev
-build_tree native make_trace_fixture
+build_tree native maketraces
 build_tree windows VorelleDiagnosticViewer windowprobe keeper
 "$root/scripts/wine-prefix.sh" test
 use_wine test
@@ -19,9 +19,9 @@ median() { sort -n | sed -n "$(((rounds + 1) / 2))p"; }
 
 program=$(windows_path "$build/windows/bin/VorelleDiagnosticViewer.exe")
 for rows in 10000 1000000; do
-    file=$build/bench-$rows.mdb
+    file=$build/bench-newer-$rows.mdb
     [ -e "$file" ] ||
-        "$build/native/bin/make_trace_fixture" "$file" --rows "$rows" --seed 1 --format older
+        "$build/native/bin/maketraces" "$file" --rows "$rows" --seed 1 --format newer
     times=''
     for ((round = 0; round <= rounds; ++round)); do # the first one warms up and does not count
         now=$(timeout -k 2 150 wine "$build/windows/bin/windowprobe.exe" time "$program" \

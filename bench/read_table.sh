@@ -10,8 +10,8 @@ rows=${1:-1000000}
 rounds=${2:-5}
 file=$build/bench-$rows.mdb
 need_packages "${build_packages[@]}" mdbtools libbenchmark-dev
-build_tree native jetsql make_trace_fixture
-[ -e "$file" ] || "$build/native/bin/make_trace_fixture" "$file" --rows "$rows" --seed 1 --format older
+build_tree native jetsql maketraces
+[ -e "$file" ] || "$build/native/bin/maketraces" "$file" --rows "$rows" --seed 1 --format older
 
 # milliseconds COMMAND...
 milliseconds() {

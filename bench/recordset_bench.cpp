@@ -1,6 +1,6 @@
 // Fetching, sorting and reading a recordset of traces, beside reading the file's bytes.
 //
-//   make_trace_fixture traces.mdb 1000000 && VORELLE_BENCH_TRACES=traces.mdb recordset_bench
+//   maketraces traces.mdb --rows 1000000 && VORELLE_BENCH_TRACES=traces.mdb recordset_bench
 //
 // The database is named by the environment; without it every benchmark reports an error.
 #include "engine/ado/recordset.h"

@@ -99,31 +99,6 @@ void createUniqueTracesArray(ado::Recordset& recordset) {
     });
 }
 
-/// Adds to an older file what it lacks. A statement that finds its column or index there already
-/// is left out; any other failure is logged and the statement tried again, until there are too
-/// many.
-void updateDatabaseFormat() {
-    constexpr Convention kConvention{.limit = Limit::TenErrors, .timed = true};
-    runProcedure(u"[modDatabase]updateDatabaseFormat", kConvention, [](Procedure& procedure) {
-        const auto skipOrRetry = [&](const Failure& failure) {
-            if (failure.number == ado::kErrorAlreadyExists) return Resume::Next;
-            procedure.report(failure);
-            return Resume::SameStep;
-        };
-        for (const std::u16string_view statement : kUpgradeStatements) {
-            procedure.step(
-                [&] {
-                    ado::Recordset recordset;
-                    recordset.open(statement, connection(), ado::adOpenKeyset,
-                                   ado::adLockPessimistic, ado::adOptionUnspecified);
-                },
-                skipOrRetry);
-        }
-        // A failure to make it all durable belongs to the upgrade, not to whoever reads next.
-        procedure.step([] { connection().commit(); });
-    });
-}
-
 /// What a file shows that lacks tblUniqueFilters, or columns of it.
 bool isOlderFormat(const Failure& failure) {
     return failure.number == ado::kErrorNoSuchTable || failure.number == ado::kErrorParameter;
@@ -173,6 +148,28 @@ void connectToDB(const std::u16string& path) {
                                              path + u";Persist Security Info=False");
         });
         procedure.step([&] { connection().open(); });
+    });
+}
+
+void updateDatabaseFormat() {
+    constexpr Convention kConvention{.limit = Limit::TenErrors, .timed = true};
+    runProcedure(u"[modDatabase]updateDatabaseFormat", kConvention, [](Procedure& procedure) {
+        const auto skipOrRetry = [&](const Failure& failure) {
+            if (failure.number == ado::kErrorAlreadyExists) return Resume::Next;
+            procedure.report(failure);
+            return Resume::SameStep;
+        };
+        for (const std::u16string_view statement : kUpgradeStatements) {
+            procedure.step(
+                [&] {
+                    ado::Recordset recordset;
+                    recordset.open(statement, connection(), ado::adOpenKeyset,
+                                   ado::adLockPessimistic, ado::adOptionUnspecified);
+                },
+                skipOrRetry);
+        }
+        // A failure to make it all durable belongs to the upgrade, not to whoever reads next.
+        procedure.step([] { connection().commit(); });
     });
 }
 

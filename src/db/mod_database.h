@@ -30,7 +30,13 @@ std::filesystem::path databasePath();
 /// Opens everything for the current connection: unique traces, trace records, macro traces.
 void openRecordsets();
 
+/// Opens the unique traces; a file of the older format is upgraded first.
 void openUniqueFilters();
+
+/// Adds to an older file what it lacks. A statement that finds its column or index there already
+/// is left out; any other failure is logged and the statement tried again, until there are too
+/// many.
+void updateDatabaseFormat();
 
 /// Opens the trace records. `whereClause` follows the query as it stands: "" for all rows, else a
 /// clause that begins with WHERE. Returns when the first rows are there; the rest arrive later.

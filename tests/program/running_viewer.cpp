@@ -1,7 +1,5 @@
 #include "tests/program/running_viewer.h"
 
-#include "tests/support/trace_database.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -47,10 +45,10 @@ ViewerFolder::ViewerFolder(const char* program) : program_{program} {
     }
 }
 
-std::filesystem::path ViewerFolder::makeDatabase(const std::string& name,
-                                                 std::uint32_t rows) const {
+std::filesystem::path ViewerFolder::makeDatabase(const std::string& name, std::uint32_t rows,
+                                                 fixture::TraceFormat format) const {
     const std::filesystem::path path = folder_.path() / name;
-    fixture::writeTraceDatabase(path, {.rows = rows}, fixture::TraceFormat::Newer);
+    fixture::writeTraceDatabase(path, {.rows = rows}, format);
     return path;
 }
 
@@ -114,6 +112,11 @@ HWND RunningViewer::waitForWindow(const wchar_t* className) const {
         return found != nullptr || !runs();
     });
     return found;
+}
+
+void RunningViewer::kill() const {
+    TerminateProcess(process_.hProcess, 99);
+    waitForEnd();
 }
 
 bool RunningViewer::close() const {

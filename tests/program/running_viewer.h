@@ -11,6 +11,7 @@
 #pragma once
 
 #include "tests/support/expected.h"
+#include "tests/support/trace_database.h"
 
 #include <windows.h>
 
@@ -28,7 +29,9 @@ public:
 
     std::filesystem::path program() const { return folder_.path() / program_; }
     const std::filesystem::path& path() const { return folder_.path(); }
-    std::filesystem::path makeDatabase(const std::string& name, std::uint32_t rows) const;
+    std::filesystem::path makeDatabase(
+        const std::string& name, std::uint32_t rows,
+        fixture::TraceFormat format = fixture::TraceFormat::Newer) const;
 
     /// Files in LOGS whose names end so, the oldest first.
     std::vector<std::filesystem::path> logFiles(const std::string& ending = ".LOG") const;
@@ -53,6 +56,9 @@ public:
     /// The process's visible window of a class; null if there is none.
     HWND window(const wchar_t* className) const;
     HWND waitForWindow(const wchar_t* className = kMainWindowClass) const;
+
+    /// Ends the process at once, in the middle of whatever it does.
+    void kill() const;
 
     /// Asks the main window to close and waits for the end.
     bool close() const;

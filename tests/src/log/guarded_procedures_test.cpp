@@ -55,6 +55,11 @@ TEST_F(GuardedProceduresTest, OpenUniqueFilters) {
     expectGuarded("[modDatabase]openUniqueFilters", Lines::Plain, modDatabase::openUniqueFilters);
 }
 
+TEST_F(GuardedProceduresTest, UpdateDatabaseFormat) {
+    expectGuarded("[modDatabase]updateDatabaseFormat", Lines::Plain,
+                  modDatabase::updateDatabaseFormat);
+}
+
 TEST_F(GuardedProceduresTest, OpenDiagRecordset) {
     expectGuarded("[modDatabase]openDiagRecordset", Lines::Plain,
                   [] { modDatabase::openDiagRecordset(u""); });
