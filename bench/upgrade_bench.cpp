@@ -28,7 +28,7 @@ public:
 }  // namespace
 
 /// Texts are shown only.
-std::u16string modLocalize::myLoadResString(int /*id*/) { return {}; }
+std::u16string modLocalize::myLoadResString(unsigned /*id*/) { return {}; }
 
 int main(int count, char** values) {
     if (count != 2) return 2;

@@ -474,10 +474,11 @@ TEST_F(OddTraces, AKeyThatIsTooLongFailsTheStatement) {
     }
     const auto path = folder_.write("long.mdb", builder.bytes());
     upgrade(path);
-    EXPECT_EQ(count(reportsOfOpening_,
-                    u"[modDatabase]updateDatabaseFormat: Err.Number = "
-                    u"-2147217900"),
-              110u);
+    // The statement is tried eleven times in the first call. In the nine that follow, the four
+    // columns that are there by then count as errors too, though nobody hears of them.
+    EXPECT_EQ(
+        count(reportsOfOpening_, u"[modDatabase]updateDatabaseFormat: Err.Number = -2147217900"),
+        11u + 9 * 7);
     EXPECT_TRUE(faultsOf(path).empty());
     const auto database = jet::Database::open(path);
     for (const PlainRow& row : jet::plainRows(*database->table(u"tblTraces"))) {
