@@ -96,6 +96,7 @@ public:
 
 private:
     struct Shared {
+        explicit Shared(std::shared_ptr<Content> held) : content{std::move(held)} {}
         std::shared_ptr<Content> content;
     };
     explicit MemoryStorage(Shared shared) : content_{std::move(shared.content)} {}

@@ -31,6 +31,7 @@ void Main(StartUp& startUp) {
         procedure.step([&] {
             if (startUp.hasPreviousInstance()) startUp.activatePreviousInstance();
         });
+        procedure.step([&] { startUp.InitalizeLanguages(); });
         procedure.step([&] { stepAsideForServer(startUp); });
         CommandLine arguments;
         procedure.step([&] { arguments = startUp.parseCommandLine().value_or(CommandLine{}); });

@@ -27,6 +27,7 @@ public:
     virtual bool hasPreviousInstance() = 0;
     /// Raises the other viewer's window and ends the process; returns if it finds none.
     virtual void activatePreviousInstance() = 0;
+    virtual void InitalizeLanguages() = 0;
     virtual VersionRecord getVersion() = 0;
     virtual bool ChangePriority(std::uint32_t priorityClass) = 0;
     /// The switches of this process; nothing after an error. Ends the process if one is given twice.

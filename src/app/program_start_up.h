@@ -5,11 +5,13 @@
 
 #include "src/app/instance.h"
 #include "src/app/mod_main.h"
+#include "src/i18n/mod_localize.h"
 
 class ProgramStartUp : public modMain::StartUp {
 public:
     bool hasPreviousInstance() override { return instance_.isSecond(); }
     void activatePreviousInstance() override;
+    void InitalizeLanguages() override { modLocalize::InitalizeLanguages(); }
     VersionRecord getVersion() override { return Utilities::getVersion(); }
     bool ChangePriority(std::uint32_t priorityClass) override;
     std::optional<modMain::CommandLine> parseCommandLine() override;

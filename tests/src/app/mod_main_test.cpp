@@ -13,6 +13,7 @@ class RecordingStartUp : public modMain::StartUp {
 public:
     bool hasPreviousInstance() override { return previous; }
     void activatePreviousInstance() override { note("activatePreviousInstance"); }
+    void InitalizeLanguages() override { note("InitalizeLanguages"); }
     VersionRecord getVersion() override {
         note("getVersion");
         return {.major = serverMajor};
@@ -68,8 +69,9 @@ TEST_F(MainTest, WithADatabaseOnTheCommandLineNothingIsAsked) {
     SharedFakeLog log;
     startUp_.arguments = CommandLine{{u"db", u"a.mdb"}};
     modMain::Main(startUp_);
-    const Asked expected{"getVersion",        "parseCommandLine", "doEvents",     "createDiags",
-                         "connectToDB a.mdb", "openRecordsets",   "reloadDBGrid", "showMainWindow"};
+    const Asked expected{"InitalizeLanguages", "getVersion",   "parseCommandLine",
+                         "doEvents",           "createDiags",  "connectToDB a.mdb",
+                         "openRecordsets",     "reloadDBGrid", "showMainWindow"};
     EXPECT_EQ(startUp_.asked, expected);
     EXPECT_FALSE(modMain::runningOnServer);
     const Asked lines{"Entering [modMain]Main_0",
@@ -81,17 +83,18 @@ TEST_F(MainTest, WithoutOneTheUserChooses) {
     SharedFakeLog log;
     startUp_.chosen = u"b.mdb";
     modMain::Main(startUp_);
-    const Asked expected{"getVersion",     "parseCommandLine", "selectDatabase",
-                         "doEvents",       "createDiags",      "connectToDB b.mdb",
-                         "openRecordsets", "reloadDBGrid",     "showMainWindow"};
+    const Asked expected{"InitalizeLanguages", "getVersion",     "parseCommandLine",
+                         "selectDatabase",     "doEvents",       "createDiags",
+                         "connectToDB b.mdb",  "openRecordsets", "reloadDBGrid",
+                         "showMainWindow"};
     EXPECT_EQ(startUp_.asked, expected);
 }
 
 TEST_F(MainTest, WhoCancelsGetsAnEmptyWindow) {
     SharedFakeLog log;
     modMain::Main(startUp_);
-    const Asked expected{"getVersion", "parseCommandLine", "selectDatabase",
-                         "doEvents",   "createDiags",      "showMainWindow"};
+    const Asked expected{"InitalizeLanguages", "getVersion",  "parseCommandLine", "selectDatabase",
+                         "doEvents",           "createDiags", "showMainWindow"};
     EXPECT_EQ(startUp_.asked, expected);
 }
 
@@ -99,8 +102,8 @@ TEST_F(MainTest, AnEmptyPathOnTheCommandLineIsNoDatabaseAndNoQuestion) {
     SharedFakeLog log;
     startUp_.arguments = CommandLine{{u"db", u""}};
     modMain::Main(startUp_);
-    const Asked expected{"getVersion", "parseCommandLine", "doEvents", "createDiags",
-                         "showMainWindow"};
+    const Asked expected{"InitalizeLanguages", "getVersion",  "parseCommandLine",
+                         "doEvents",           "createDiags", "showMainWindow"};
     EXPECT_EQ(startUp_.asked, expected);
 }
 
@@ -108,7 +111,7 @@ TEST_F(MainTest, AParserThatYieldsNothingIsNoArguments) {
     SharedFakeLog log;
     startUp_.arguments = std::nullopt;
     modMain::Main(startUp_);
-    EXPECT_EQ(startUp_.asked[2], "selectDatabase");
+    EXPECT_EQ(startUp_.asked[3], "selectDatabase");
     EXPECT_TRUE(log.failures("[modMain]Main").empty());
 }
 
@@ -116,14 +119,14 @@ TEST_F(MainTest, AnUpperCaseSwitchBeforeAnotherOneIsNotFound) {
     SharedFakeLog log;
     startUp_.arguments = modMain::parseCommandLine(u"-DB -x");
     modMain::Main(startUp_);
-    EXPECT_EQ(startUp_.asked[2], "selectDatabase");
+    EXPECT_EQ(startUp_.asked[3], "selectDatabase");
 }
 
 TEST_F(MainTest, OnAServerThePriorityIsLowered) {
     SharedFakeLog log;
     startUp_.serverMajor = 4;
     modMain::Main(startUp_);
-    EXPECT_EQ(startUp_.asked[1], "ChangePriority 16384");
+    EXPECT_EQ(startUp_.asked[2], "ChangePriority 16384");
     EXPECT_TRUE(modMain::runningOnServer);
 }
 
@@ -131,7 +134,7 @@ TEST_F(MainTest, AVersionOfZeroOrLessIsNoServer) {
     SharedFakeLog log;
     startUp_.serverMajor = -1;
     modMain::Main(startUp_);
-    EXPECT_EQ(startUp_.asked[1], "parseCommandLine");
+    EXPECT_EQ(startUp_.asked[2], "parseCommandLine");
     EXPECT_FALSE(modMain::runningOnServer);
 }
 

@@ -149,4 +149,52 @@ TEST_F(ApplicationTest, DoEventsPaints) {
     EXPECT_FALSE(GetUpdateRect(form.hwnd(), nullptr, FALSE));
 }
 
+/// Counts how often it is painted, and the keys that it gets.
+class WatchedForm : public PlainForm {
+public:
+    std::atomic<int> paints{0};
+    std::atomic<int> keys{0};
+
+protected:
+    LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override {
+        if (message == WM_PAINT) ++paints;
+        if (message == WM_KEYDOWN) ++keys;
+        return PlainForm::handleMessage(message, wParam, lParam);
+    }
+};
+
+TEST_F(ApplicationTest, WindowsArePaintedWhileWorkRuns) {
+    WatchedForm form;
+    form.show();
+    forms::doEvents();
+    const auto here = std::this_thread::get_id();
+    bool painted = false;
+    bool elsewhere = false;
+    bool posted = false;
+    int keysMeanwhile = 0;
+    forms::post([&] { posted = true; });
+    forms::runWhilePainting([&] {
+        elsewhere = std::this_thread::get_id() != here;
+        const int before = form.paints;
+        PostMessageW(form.hwnd(), WM_KEYDOWN, VK_SPACE, 0);
+        for (int i = 0; i < 500 && form.paints < before + 3; ++i) {
+            InvalidateRect(form.hwnd(), nullptr, TRUE);
+            Sleep(10);
+        }
+        painted = form.paints >= before + 3;
+        keysMeanwhile = form.keys;
+    });
+    EXPECT_TRUE(elsewhere);
+    EXPECT_TRUE(painted);
+    // Input and what was posted wait for their turn.
+    EXPECT_EQ(keysMeanwhile, 0);
+    EXPECT_FALSE(posted);
+    EXPECT_TRUE(waitUntil([&] { return posted && form.keys == 1; }));
+}
+
+TEST_F(ApplicationTest, WhatWorkThrowsArrivesHere) {
+    EXPECT_THROW(forms::runWhilePainting([] { throw std::runtime_error{"no"}; }),
+                 std::runtime_error);
+}
+
 }  // namespace
