@@ -34,7 +34,8 @@ std::size_t MemoryStorage::readAt(std::uint64_t offset, std::span<std::uint8_t> 
 }
 
 void MemoryStorage::writeAt(std::uint64_t offset, Bytes bytes) {
-    if (offset + bytes.size() > content_->size()) content_->resize(static_cast<std::size_t>(offset) + bytes.size());
+    if (offset + bytes.size() > content_->size())
+        content_->resize(static_cast<std::size_t>(offset) + bytes.size());
     std::copy(bytes.begin(), bytes.end(), content_->begin() + static_cast<std::ptrdiff_t>(offset));
 }
 

@@ -86,9 +86,7 @@ public:
 
     void lock() override {}
     void writeAt(std::uint64_t offset, Bytes bytes) override;
-    void truncate(std::uint64_t size) override {
-        content_->resize(static_cast<std::size_t>(size));
-    }
+    void truncate(std::uint64_t size) override { content_->resize(static_cast<std::size_t>(size)); }
     void sync() override {}
     std::unique_ptr<Storage> openJournal() override;
     std::unique_ptr<Storage> createJournal() override;
