@@ -53,7 +53,10 @@ TEST(UpgradeByTheProgram, AnOlderFileIsUpgradedAndShown) {
     ASSERT_NE(viewer.waitForWindow(), nullptr);
     ASSERT_TRUE(viewer.close());
     EXPECT_THAT(folder.log(), testing::HasSubstr("Using older database format"));
-    EXPECT_THAT(folder.log(), testing::Not(testing::HasSubstr("ERROR:(")));
+    for (const std::string& line : folder.logLines()) {
+        const bool ofDatabase = line.starts_with("[modDatabase]");
+        EXPECT_FALSE(ofDatabase && line.find("Err.Number") != std::string::npos) << line;
+    }
     expectWhole(database, 3000);
 }
 
@@ -97,29 +100,26 @@ void killAndLook(int times, std::uint64_t seed) {
     const auto content = contentOf(original);
     const auto database = folder.path() / "killed.mdb";
 
-    // How long it takes from the start to the end of the upgrade.
+    // How long it takes from the start to the end of the upgrade, after which the window comes.
     std::filesystem::copy_file(original, database);
     const ULONGLONG start = GetTickCount64();
     {
         const RunningViewer viewer{folder, argumentsFor(database)};
-        ASSERT_TRUE(eventually([&] {
-            return folder.log().find("Entering [modDatabase]openRec") != std::string::npos;
-        }));
+        ASSERT_NE(viewer.waitForWindow(), nullptr);
     }
-    const auto begin = static_cast<std::uint32_t>(GetTickCount64() - start);
-    const std::uint32_t patience = begin + 1500;
+    const auto duration = static_cast<std::uint32_t>(GetTickCount64() - start);
 
     fixture::Random random{seed};
     int old = 0;
     int complete = 0;
     int interrupted = 0;
     for (int i = 0; i < times; ++i) {
-        std::filesystem::copy_file(original, database,
-                                   std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::remove(database);
         std::filesystem::remove(database.string() + "-journal");
+        std::filesystem::copy_file(original, database);
         {
             const RunningViewer viewer{folder, argumentsFor(database)};
-            Sleep(random.between(begin / 2, patience));
+            Sleep(random.between(duration / 8, duration * 3 / 4));
             viewer.kill();
         }
         if (std::filesystem::exists(database.string() + "-journal")) ++interrupted;

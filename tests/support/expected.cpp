@@ -132,7 +132,8 @@ std::filesystem::path TemporaryFolder::write(std::string_view name,
 
 std::filesystem::path TemporaryFolder::copy(const std::filesystem::path& file) const {
     std::filesystem::path target = path_ / file.filename();
-    std::filesystem::copy_file(file, target, std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::remove(target);
+    std::filesystem::copy_file(file, target);
     std::filesystem::permissions(target, std::filesystem::perms::owner_write,
                                  std::filesystem::perm_options::add);
     return target;
