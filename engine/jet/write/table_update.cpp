@@ -33,7 +33,6 @@ std::uint64_t TableWriter::updatePage(PageNumber number, const RowChange& change
     }
     PageLayout layout{*source, number};
     std::vector<RowId> movedRows;
-    Assignments changes;
     std::uint64_t changed = 0;
     pageRecords_.clear();
     for (unsigned slot = 0; slot < layout.rows.size(); ++slot) {
@@ -42,14 +41,7 @@ std::uint64_t TableWriter::updatePage(PageNumber number, const RowChange& change
         if (row.flags == kPointerSlot) movedRows.push_back(id);
         if (row.flags != 0) continue;
         const Record record{row.bytes, number};
-        changes.clear();
-        PageReader pages = freshReader();
-        if (!change(record, pages, changes)) continue;
-        takeFields(record);
-        noteKeys(changes, id, false);
-        applyChanges(changes);
-        noteKeys(changes, id, true);
-        encodeRecord();
+        if (!changeRow(id, record, change)) continue;
         row.bytes = pageRecords_.emplace_back(record_);
         ++changed;
     }
@@ -61,6 +53,19 @@ std::uint64_t TableWriter::updatePage(PageNumber number, const RowChange& change
         noteRoom(number, *page);
     }
     return changed + updateMovedRows(movedRows, change);
+}
+
+/// Makes the changed record of one row, in record_; false if it stays as it is.
+bool TableWriter::changeRow(RowId id, const Record& record, const RowChange& change) {
+    Assignments changes;
+    PageReader pages = freshReader();
+    if (!change(record, pages, changes)) return false;
+    takeFields(record);
+    noteKeys(changes, id, false);
+    applyChanges(changes);
+    noteKeys(changes, id, true);
+    encodeRecord();
+    return true;
 }
 
 /// The longest records leave: so the fewest have to.
@@ -84,20 +89,12 @@ void TableWriter::moveOut(PageLayout& layout) {
 /// Rows whose records had moved before.
 std::uint64_t TableWriter::updateMovedRows(std::span<const RowId> rows, const RowChange& change) {
     std::uint64_t changed = 0;
-    Assignments changes;
     for (const RowId id : rows) {
         const Place place = locate(id);
         const PagePtr page = context_.pager.page(place.record.page());
         const auto slot = DataPage{*page, place.record.page()}.slot(place.record.slot());
         const Record record{slot->bytes, place.record.page()};
-        changes.clear();
-        PageReader pages = freshReader();
-        if (!change(record, pages, changes)) continue;
-        takeFields(record);
-        noteKeys(changes, id, false);
-        applyChanges(changes);
-        noteKeys(changes, id, true);
-        encodeRecord();
+        if (!changeRow(id, record, change)) continue;
         replaceRecord(place, record_);
         ++changed;
     }

@@ -106,6 +106,7 @@ private:
 
     std::uint64_t updatePage(PageNumber number, const RowChange& change);
     std::uint64_t updateMovedRows(std::span<const RowId> rows, const RowChange& change);
+    bool changeRow(RowId id, const Record& record, const RowChange& change);
     void moveOut(PageLayout& layout);
 
     bool affects(const Index& index, std::span<const Assignment> changes) const;
