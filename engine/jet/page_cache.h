@@ -61,12 +61,6 @@ public:
     /// them until the next loadBlock. Throws as Storage::readPages.
     void loadBlock(PageNumber first, std::size_t count);
 
-    /// Lets go of the page given last, which may have changed since.
-    void forget() {
-        heldNumber_ = kNoPage;
-        held_.reset();
-    }
-
     const Storage& storage() const { return *storage_; }
 
 private:
