@@ -164,6 +164,17 @@ bool Recordset::textAt(std::uint32_t position, std::size_t field, std::u16string
     }
 }
 
+std::vector<std::uint32_t> Recordset::valueRanks(std::size_t field) {
+    const std::uint32_t count = rowCount();
+    const std::vector<std::uint32_t> ranks =
+        translated(connection_->path(), [&] { return denseRanks(*set_->rows, field, count); });
+    std::vector<std::uint32_t> byPosition(count);
+    for (std::uint32_t position = 0; position < count; ++position) {
+        byPosition[position] = ranks[order_.rowAt(position)];
+    }
+    return byPosition;
+}
+
 std::size_t Recordset::byteCount() const {
     requireOpen();
     const auto& permutation = order_.permutation();

@@ -46,6 +46,10 @@ private:
     std::vector<std::uint32_t> rows_;  ///< empty if the rows came in this order already
 };
 
+/// For each of the first `count` rows the rank of its value among the different values of the
+/// column, from 0. Throws as Rows::value.
+std::vector<std::uint32_t> denseRanks(Rows& rows, std::size_t column, std::uint32_t count);
+
 /// Positions to rows and back. Rows that came after the sort stand behind the sorted ones.
 /// Descending is ascending backwards, rows that are equal among them included.
 class RowOrder {

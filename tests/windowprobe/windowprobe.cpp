@@ -8,6 +8,8 @@
 //   windowprobe resize WIDTH HEIGHT   sets the outer size in pixels
 //   windowprobe time PROGRAM FILE     starts the viewer, prints the milliseconds until the first page
 //                                     of rows is painted and until all are loaded, and closes it
+//   windowprobe frame COUNT           paints the grid anew COUNT times, then scrolls it COUNT pages;
+//                                     prints the medians of both in milliseconds
 //   windowprobe close                 asks the window to close, as its close button does
 //
 // Exit 1 when there is no such window or it does not answer, 64 on wrong use.
@@ -18,6 +20,7 @@
 #include <fcntl.h>
 #include <io.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -239,6 +242,31 @@ int timeOpening(const std::wstring& program, const wchar_t* file) {
     return kDone;
 }
 
+/// The median time of an action in milliseconds.
+template <typename Action>
+double medianTime(int count, Action action) {
+    std::vector<double> times;
+    for (int i = 0; i < count; ++i) {
+        const auto begin = std::chrono::steady_clock::now();
+        action();
+        const auto passed = std::chrono::steady_clock::now() - begin;
+        times.push_back(std::chrono::duration<double, std::milli>(passed).count());
+    }
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
+}
+
+int timeFrames(int count) {
+    const HWND window = mainWindow();
+    const HWND rows = window == nullptr ? nullptr : descendant(window, grid::kWindowClass);
+    if (rows == nullptr || count < 1) return kNoWindow;
+    const double paint = medianTime(
+        count, [&] { RedrawWindow(rows, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW); });
+    const double page = medianTime(count, [&] { ask(rows, WM_VSCROLL, SB_PAGEDOWN); });
+    std::printf("%.1f %.1f\n", paint, page);
+    return kDone;
+}
+
 int resize(int width, int height) {
     const HWND window = mainWindow();
     const bool done = window != nullptr && SetWindowPos(window, nullptr, 0, 0, width, height,
@@ -279,12 +307,14 @@ int run(const std::vector<std::wstring>& words) {
     if (command == L"wait-loaded" && count == 2) {
         return waitLoaded(std::chrono::seconds{number(words[1])});
     }
+    if (command == L"frame" && count == 2) return timeFrames(number(words[1]));
     if (command == L"click-tab" && count == 2)
         return clickTab(static_cast<WPARAM>(number(words[1])));
     if (command == L"resize" && count == 3) return resize(number(words[1]), number(words[2]));
     std::fputs(
         "usage: windowprobe open PROGRAM [FILE] | wait-loaded SECONDS | status |\n"
-        "       click-tab N | resize WIDTH HEIGHT | time PROGRAM FILE | close\n",
+        "       click-tab N | resize WIDTH HEIGHT | time PROGRAM FILE | frame COUNT |\n"
+        "       close\n",
         stderr);
     return kWrongUse;
 }

@@ -27,6 +27,7 @@
 
 namespace forms {
 
+class AccessibleObject;
 class Control;
 
 struct Bounds {
@@ -111,6 +112,12 @@ public:
     std::wstring caption() const { return text(); }
     void setCaption(const std::wstring& caption) { setText(caption); }
 
+    // What screen readers call a control whose own text is no name for it: a text box, a tree. A
+    // control that was given none has the name that the system finds: its caption, or that of the
+    // label before it.
+    const std::wstring& accessibleName() const { return accessibleName_; }
+    void setAccessibleName(const std::wstring& name) { accessibleName_ = name; }
+
     // Whether the control wants to be seen. It is when its container is, too.
     bool visible() const { return visible_; }
     void setVisible(bool visible);
@@ -183,6 +190,10 @@ protected:
     // it. A control that overrides this calls the base for what it does not handle.
     bool reflected(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) override;
 
+    // What screen readers are told of the inside of the window, with one reference for the caller;
+    // null for what the system tells by itself.
+    virtual AccessibleObject* makeAccessible();
+
     // Runs an event procedure if there is one.
     static void fire(const std::function<void()>& event);
 
@@ -216,6 +227,7 @@ private:
     int tab_ = 0;
     Bounds bounds_;
     bool visible_ = true;
+    std::wstring accessibleName_;
     Font font_;
     bool fontSet_ = false;
     GdiFont gdiFont_;
