@@ -1,0 +1,64 @@
+#include "tests/support/language_table.h"
+
+#include "engine/jet/text.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <stdexcept>
+
+namespace fixture {
+namespace {
+
+const std::filesystem::path kFolder = std::filesystem::path{VORELLE_SOURCE_DIR} / "languages";
+
+[[noreturn]] void refuse(const std::string& line) {
+    throw std::runtime_error{"no line of a language table: " + line};
+}
+
+void addLine(LanguageTable& table, const std::string& line) {
+    // No control characters, so no byte order mark, tabs or carriage returns either.
+    static const std::regex form{"([0-9]{4}) \"([^\"\\\\\\x00-\\x1f]+)\""};
+    std::smatch parts;
+    if (!std::regex_match(line, parts, form)) refuse(line);
+    const auto number = static_cast<unsigned>(std::stoul(parts[1]));
+    const std::string utf8 = parts[2];
+    const std::u16string text = jet::toUtf16(utf8);
+    if (jet::toUtf8(text) != utf8) refuse(line);
+    if (!table.empty() && table.rbegin()->first >= number) refuse(line);
+    table.emplace(number, text);
+}
+
+}  // namespace
+
+std::vector<std::string> languageCodes() {
+    std::vector<std::string> codes;
+    for (const auto& entry : std::filesystem::directory_iterator{kFolder}) {
+        if (entry.path().extension() == ".txt" && entry.path().stem() != "CMakeLists") {
+            codes.push_back(entry.path().stem().string());
+        }
+    }
+    std::sort(codes.begin(), codes.end());
+    return codes;
+}
+
+LanguageTable parseLanguageTable(std::string_view content) {
+    LanguageTable table;
+    while (!content.empty()) {
+        const std::size_t end = content.find('\n');
+        if (end == std::string_view::npos) refuse(std::string{content});
+        addLine(table, std::string{content.substr(0, end)});
+        content.remove_prefix(end + 1);
+    }
+    return table;
+}
+
+LanguageTable readLanguageTable(const std::string& code) {
+    std::ifstream file{kFolder / (code + ".txt"), std::ios::binary};
+    if (!file) throw std::runtime_error{"there is no language table " + code};
+    return parseLanguageTable(std::string{std::istreambuf_iterator<char>{file}, {}});
+}
+
+}  // namespace fixture
