@@ -32,7 +32,9 @@ FieldReader::FieldReader(std::shared_ptr<const jet::Table> table, Reading readin
     : table_{std::move(table)},
       reading_{reading},
       records_{table_->pageReader()},
-      longValues_{table_->pageReader()} {}
+      longValues_{table_->pageReader()} {
+    longValues_.borrowBlock(&records_);
+}
 
 bool FieldReader::read(jet::RowId row, const jet::Column& column, jet::StoredField& field) {
     return unlessDamaged([&] {
@@ -67,16 +69,21 @@ jet::Value FieldReader::value(const jet::StoredField& field, const jet::Column& 
         [&] { return jet::decodeField(longValues_, column, field, record_.page()); });
 }
 
+std::optional<jet::Bytes> FieldReader::storedText(const jet::StoredField& field,
+                                                  const jet::Column& column) {
+    if (field.null) return std::nullopt;
+    if (!column.isLongValue()) return field.bytes;
+    return unlessDamaged([&]() -> std::optional<jet::Bytes> {
+        return jet::readLongValue(longValues_, field.bytes, record_.page(), scratch_);
+    });
+}
+
 bool FieldReader::appendText(const jet::StoredField& field, const jet::Column& column,
                              std::u16string& out) {
     if (field.null) return true;
-    return unlessDamaged([&] {
-        const jet::Bytes bytes = column.isLongValue() ? jet::readLongValue(longValues_, field.bytes,
-                                                                           record_.page(), scratch_)
-                                                      : field.bytes;
-        jet::appendUtf16(bytes, out);
-        return true;
-    });
+    const auto bytes = storedText(field, column);
+    if (bytes) jet::appendUtf16(*bytes, out);
+    return bytes.has_value();
 }
 
 }  // namespace ado

@@ -38,6 +38,9 @@ public:
 
     std::uint32_t rowAt(std::uint32_t place) const { return rows_.empty() ? place : rows_[place]; }
 
+    /// Whether the rows came in this order.
+    bool isOfFetch() const { return rows_.empty(); }
+
     std::size_t byteCount() const { return rows_.capacity() * sizeof(std::uint32_t); }
 
 private:
@@ -67,6 +70,10 @@ public:
 
     /// Looks through the order: costs a pass over the rows.
     std::uint32_t positionOf(std::uint32_t row) const;
+
+    /// Whether positions count the rows as they came, or backwards if reversed.
+    bool isOfFetch() const { return !permutation_ || permutation_->isOfFetch(); }
+    bool isReversed() const { return permutation_ && reversed_; }
 
     const std::shared_ptr<const Permutation>& permutation() const { return permutation_; }
 

@@ -285,6 +285,7 @@ void frmMain::reloadDBGrid(ado::Recordset& recordset) {
     tdbgridData.setRowHeight(savedRowHeight_ * 2);
     arrangement.applyTo(tdbgridData);
     setupTraceGrid();
+    if (recordset.state() == ado::adStateClosed) txtTrace.setText(L"");
     tdbgridData_RowColChange();
     populateUniqueTracesTree();
 }
@@ -352,10 +353,7 @@ void frmMain::tdbgridData_ColResize(int column, bool& cancel) {
 }
 
 void frmMain::tdbgridData_RowColChange() {
-    if (recordset_ == nullptr || recordset_->state() == ado::adStateClosed) {
-        txtTrace.setText(L"");
-        return;
-    }
+    if (recordset_ == nullptr || recordset_->state() == ado::adStateClosed) return;
     statusbarMain.panel(kPositionPanel).setText(toWide(diags()->positionText()));
     const bool empty = recordset_->bof() && recordset_->eof();
     txtTrace.setText(empty ? L"" : forTextBox(recordset_->fields()[u"Trace"].text()));
