@@ -110,6 +110,23 @@ void click(HWND window) {
     click(window, {area.right / 2, area.bottom / 2});
 }
 
+void drag(POINT from, POINT to) {
+    constexpr int kSteps = 8;
+    constexpr DWORD kPause = 20;
+    const auto put = [](POINT at, DWORD flags) {
+        SetCursorPos(at.x, at.y);
+        std::vector<INPUT> input{mouseInput(flags)};
+        send(input);
+        Sleep(kPause);
+    };
+    put(from, MOUSEEVENTF_LEFTDOWN);
+    for (int step = 1; step <= kSteps; ++step) {
+        put({from.x + (to.x - from.x) * step / kSteps, from.y + (to.y - from.y) * step / kSteps},
+            MOUSEEVENTF_MOVE);
+    }
+    put(to, MOUSEEVENTF_LEFTUP);
+}
+
 HWND child(HWND window, const wchar_t* className, const wchar_t* text) {
     ChildSearch search{className, text, nullptr};
     EnumChildWindows(window, compareChild, reinterpret_cast<LPARAM>(&search));

@@ -29,6 +29,10 @@ void type(const std::wstring& text);
 void click(HWND window, POINT place);
 void click(HWND window);
 
+/// Presses the left button at one place of the screen and lets it go at another, with a few steps
+/// between as a hand makes them.
+void drag(POINT from, POINT to);
+
 /// A child of a class, at any depth, whose text is the one given, if one is; null if there is none.
 HWND child(HWND window, const wchar_t* className, const wchar_t* text = nullptr);
 

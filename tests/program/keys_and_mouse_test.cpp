@@ -1,6 +1,6 @@
 // The running viewer as a user's hands meet it; what came of it is read as a screen reader does.
+#include "tests/program/hands.h"
 #include "tests/program/running_viewer.h"
-#include "tests/program/user_input.h"
 #include "tests/support/accessible_client.h"
 
 #include <commctrl.h>
@@ -32,8 +32,8 @@ class KeysAndMouseTest : public testing::Test {
 protected:
     KeysAndMouseTest()
         : viewer{folder, L"-db \"" + folder.makeDatabase("a.mdb", kRows).wstring() + L'"'},
-          main{viewer.waitForWindow()},
-          hands{main} {
+          main{viewer.waitForWindow()} {
+        EXPECT_TRUE(hands::front(main));
         gridWindow = FindWindowExW(main, nullptr, L"DataGrid", nullptr);
         EXPECT_TRUE(eventually([&] { return table() && table().childCount() == kRows + 1; }));
         EXPECT_TRUE(eventually([&] {
@@ -60,6 +60,16 @@ protected:
         return {};
     }
 
+    static POINT middleOf(const RECT& place) {
+        return {(place.left + place.right) / 2, (place.top + place.bottom) / 2};
+    }
+
+    void click(const RECT& place) const {
+        POINT at = middleOf(place);
+        ScreenToClient(gridWindow, &at);
+        hands::click(gridWindow, at);
+    }
+
     struct Ole {
         Ole() { OleInitialize(nullptr); }
         ~Ole() { OleUninitialize(); }
@@ -67,26 +77,25 @@ protected:
     ViewerFolder folder;
     RunningViewer viewer;
     HWND main;
-    UserInput hands;
     HWND gridWindow = nullptr;
 };
 
 TEST_F(KeysAndMouseTest, KeysMoveSelectAndCopy) {
     const std::wstring second = cell(1, 1);
-    hands.press(VK_DOWN);
+    hands::press(VK_DOWN);
     EXPECT_TRUE(eventually([&] { return focusedCell() == second; }));
-    hands.press(VK_END, {VK_CONTROL});
+    hands::press(VK_END, {VK_CONTROL});
     const auto selected = [&](LONG row) {
         return (table().child(row + 2).state() & STATE_SYSTEM_SELECTED) != 0;
     };
     EXPECT_TRUE(eventually([&] { return selected(kRows - 1); }));
-    hands.press(VK_HOME, {VK_CONTROL});
-    hands.press(VK_DOWN, {VK_SHIFT});
-    hands.press(VK_DOWN, {VK_SHIFT});
+    hands::press(VK_HOME, {VK_CONTROL});
+    hands::press(VK_DOWN, {VK_SHIFT});
+    hands::press(VK_DOWN, {VK_SHIFT});
     EXPECT_TRUE(eventually([&] { return selected(2); }));
     EXPECT_TRUE(selected(0));
     EXPECT_FALSE(selected(3));
-    hands.press('C', {VK_CONTROL});
+    hands::press('C', {VK_CONTROL});
     EXPECT_TRUE(eventually([&] {
         const std::wstring text = copied();
         return std::count(text.begin(), text.end(), L'\n') == 3 && text.starts_with(cell(0, 1)) &&
@@ -97,11 +106,11 @@ TEST_F(KeysAndMouseTest, KeysMoveSelectAndCopy) {
 TEST_F(KeysAndMouseTest, AHeadingClickSortsAndAnotherReverses) {
     const auto first = [&] { return cell(0, 2); };
     const auto last = [&] { return cell(kRows - 1, 2); };
-    hands.click(middleOf(headingPlace(L"Process")));
+    click(headingPlace(L"Process"));
     ASSERT_TRUE(eventually([&] { return first() < last(); }));
     const std::wstring least = first();
     const std::wstring greatest = last();
-    hands.click(middleOf(headingPlace(L"Process")));
+    click(headingPlace(L"Process"));
     EXPECT_TRUE(eventually([&] { return first() == greatest && last() == least; }));
 }
 
@@ -109,7 +118,7 @@ TEST_F(KeysAndMouseTest, AHeadingDraggedUpGroupsAndOutAgainUngroups) {
     const RECT heading = headingPlace(L"Component");
     const RECT headings = table().child(1).location();
     const POINT strip{headings.right - 60, headings.top - 12};
-    hands.drag(middleOf(heading), strip);
+    hands::drag(middleOf(heading), strip);
     ASSERT_TRUE(eventually([&] { return table().childCount() < 100; }));
     const long groups = table().childCount() - 1;
     long rows = 0;
@@ -120,27 +129,27 @@ TEST_F(KeysAndMouseTest, AHeadingDraggedUpGroupsAndOutAgainUngroups) {
     }
     EXPECT_EQ(rows, kRows);
 
-    hands.press(VK_HOME, {VK_CONTROL});
-    hands.press(VK_RIGHT);
+    hands::press(VK_HOME, {VK_CONTROL});
+    hands::press(VK_RIGHT);
     EXPECT_TRUE(eventually([&] { return table().childCount() > groups + 1; })) << "unfolded";
-    hands.press(VK_DIVIDE);
+    hands::press(VK_DIVIDE);
     EXPECT_TRUE(eventually([&] { return table().childCount() == groups + 1; }));
-    hands.press(VK_MULTIPLY);
+    hands::press(VK_MULTIPLY);
     EXPECT_TRUE(eventually([&] { return table().childCount() == groups + 1 + kRows; }));
 
     const RECT row = table().child(1).location();
-    hands.drag({row.left + 40, row.top - 18}, {row.left + 300, row.top + 200});
+    hands::drag({row.left + 40, row.top - 18}, {row.left + 300, row.top + 200});
     EXPECT_TRUE(eventually([&] { return table().childCount() == kRows + 1; }));
     EXPECT_GT(headingPlace(L"Component").right, 0);
 }
 
 TEST_F(KeysAndMouseTest, TheMenuKeysOpenTheirDialogs) {
-    hands.press('F', {VK_CONTROL});
+    hands::press('F', {VK_CONTROL});
     const HWND find = viewer.waitForWindow(L"VorelleDiagnosticViewer.dlgFind");
     ASSERT_TRUE(find);
-    hands.press(VK_ESCAPE);
+    hands::press(VK_ESCAPE);
     EXPECT_TRUE(eventually([&] { return !IsWindowVisible(find); }));
-    hands.press('O', {VK_CONTROL});
+    hands::press('O', {VK_CONTROL});
     const HWND open = viewer.waitForWindow(kDialogClass);
     ASSERT_TRUE(open);
     EXPECT_EQ(textOf(open), L"Select Diagnostic Database File");
@@ -150,7 +159,7 @@ TEST_F(KeysAndMouseTest, TheMenuKeysOpenTheirDialogs) {
 }
 
 TEST_F(KeysAndMouseTest, AltAndF4EndTheProgram) {
-    hands.press(VK_F4, {VK_MENU});
+    hands::press(VK_F4, {VK_MENU});
     EXPECT_TRUE(viewer.waitForEnd());
     EXPECT_EQ(viewer.exitCode(), 0u);
 }

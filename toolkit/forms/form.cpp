@@ -116,8 +116,9 @@ void Form::show(const Form* owner) {
     SetWindowLongPtrW(hwnd(), GWLP_HWNDPARENT,
                       reinterpret_cast<LONG_PTR>(owner ? owner->hwnd() : nullptr));
     if (!visible()) {
-        ShowWindow(hwnd(), SW_SHOW);
+        // Laid out first: nobody is to see the controls where they were designed.
         Form_Resize();
+        ShowWindow(hwnd(), SW_SHOW);
     }
     SetForegroundWindow(hwnd());
 }

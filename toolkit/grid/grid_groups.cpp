@@ -102,7 +102,7 @@ Grouping Grid::madeGrouping() const {
         levels.push_back({source_->valueRanks(group.column), group.descending});
         levels.back().ranks.resize(static_cast<std::size_t>(count));
     }
-    Grouping made(count, std::move(levels));
+    Grouping made(count, levels);
     if (pointer) {
         SetCursor(pointer);
     }

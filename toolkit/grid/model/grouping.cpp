@@ -27,7 +27,7 @@ void sortByRank(const Grouping::Level& level, std::vector<std::uint32_t>& rows) 
 
 }  // namespace
 
-Grouping::Grouping(RowIndex rowCount, std::vector<Level> levels)
+Grouping::Grouping(RowIndex rowCount, const std::vector<Level>& levels)
     : levelCount_(static_cast<int>(levels.size())) {
     sortRows(levels, rowCount);
     makeGroups(levels);

@@ -51,7 +51,7 @@ public:
 
     // All groups folded; within a group the rows keep their order. Every level must hold ranks for
     // `rowCount` rows, which must be less than 2^32.
-    Grouping(RowIndex rowCount, std::vector<Level> levels);
+    Grouping(RowIndex rowCount, const std::vector<Level>& levels);
 
     bool active() const { return levelCount_ > 0; }
     int levelCount() const { return levelCount_; }
