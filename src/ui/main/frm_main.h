@@ -6,10 +6,10 @@
 
 #include "engine/ado/recordset.h"
 #include "src/db/frm_status.h"
+#include "src/i18n/localized_form.h"
 #include "src/search/dlg_find.h"
 #include "src/ui/main/trace_source.h"
 #include "toolkit/forms/buttons.h"
-#include "toolkit/forms/form.h"
 #include "toolkit/forms/menu.h"
 #include "toolkit/forms/status_bar.h"
 #include "toolkit/forms/tab_strip.h"
@@ -21,7 +21,7 @@
 #include <memory>
 #include <string>
 
-class frmMain : public forms::Form {
+class frmMain : public modLocalize::LocalizedForm {
 public:
     frmMain();
     ~frmMain() override { destroy(); }
@@ -41,6 +41,9 @@ public:
 
     /// Captions, wrapping and widths of the grid's columns.
     void setupTraceGrid();
+
+    /// Captions of tabs, buttons and menus, the title and the position, in the language in use.
+    void frmMain_Auto_Init();
 
     /// Ends the program. Set by start-up; tests put their own in its place.
     std::function<void()> endProgram;
@@ -78,6 +81,8 @@ public:
     forms::MenuItem mnuFindNext;
     forms::MenuItem mnuHelpMenu;
     forms::MenuItem mnuHelp;
+    forms::MenuItem pHelpSeperator;
+    forms::MenuItem mnuAbout;
 
 private:
     void build() override;
@@ -85,17 +90,21 @@ private:
     void Form_Resize() override;
     void Form_Unload(bool& cancel) override;
 
+    void Auto_Init() override { frmMain_Auto_Init(); }
     void localizeCaptions();
+    void layOutForLanguage();
     void centerDisplay();
     void shutDown();
 
     void mnuOpenTraceDatabase_Click();
     void mnuExit_Click();
     void mnuHelp_Click();
+    void mnuAbout_Click();
     void sstabMain_Click(int previousTab);
     void txtTrace_Click();
     void tdbgridData_ColResize(int column, bool& cancel);
     void tdbgridData_RowColChange();
+    void showPosition();
     void tdbgridData_FetchCellTips(std::int64_t row, bool& wrap);
 
     void layOutFilters();
