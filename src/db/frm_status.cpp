@@ -8,11 +8,11 @@ using modLocalize::myLoadResString;
 using namespace forms::literals;
 
 frmStatus::frmStatus()
-    : Form({.className = L"VorelleDiagnosticViewer.frmStatus",
-            .caption = L"Vorelle Diagnostic Viewer",
-            .border = forms::BorderStyle::fixedWindow,
-            .clientWidth = 5400_tw,
-            .clientHeight = 1500_tw}) {}
+    : LocalizedForm({.className = L"VorelleDiagnosticViewer.frmStatus",
+                     .caption = L"Vorelle Diagnostic Viewer",
+                     .border = forms::BorderStyle::fixedWindow,
+                     .clientWidth = 5400_tw,
+                     .clientHeight = 1500_tw}) {}
 
 void frmStatus::build() {
     createControls({
@@ -24,8 +24,14 @@ void frmStatus::build() {
 }
 
 void frmStatus::Form_Load() {
+    inUse_ = false;
+    modLocalize::applyLanguageFont(*this);
+    frmStatus_Auto_Init();
+}
+
+void frmStatus::frmStatus_Auto_Init() {
     frameStatus.setCaption(toWide(myLoadResString(1051)));
-    lblStatus.setText(toWide(myLoadResString(1045)));
+    if (!inUse_) lblStatus.setText(toWide(myLoadResString(1045)));
 }
 
 /// Closing the window with the mouse only hides it: it belongs to the operation that shows it.
@@ -37,6 +43,7 @@ void frmStatus::Form_Unload(bool& cancel) {
 void frmStatus::displayStatus(const std::u16string& text, bool showProgress,
                               const forms::Form* owner) {
     load();
+    inUse_ = true;
     lblStatus.setText(toWide(text));
     pbarStatus.setVisible(showProgress);
     center(owner);
@@ -46,6 +53,7 @@ void frmStatus::displayStatus(const std::u16string& text, bool showProgress,
 }
 
 void frmStatus::setStatus(const std::u16string& text) {
+    inUse_ = true;
     lblStatus.setText(toWide(text));
     lblStatus.refresh();
 }

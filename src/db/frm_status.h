@@ -7,14 +7,14 @@
 // The viewer's own thread.
 #pragma once
 
+#include "src/i18n/localized_form.h"
 #include "toolkit/forms/buttons.h"
-#include "toolkit/forms/form.h"
 #include "toolkit/forms/label.h"
 #include "toolkit/forms/progress_bar.h"
 
 #include <string>
 
-class frmStatus : public forms::Form {
+class frmStatus : public modLocalize::LocalizedForm {
 public:
     frmStatus();
     ~frmStatus() override { destroy(); }
@@ -29,6 +29,9 @@ public:
     /// Hides the window; it stays loaded.
     void hideStatus();
 
+    /// The captions in the language in use. A text that an operation has put there stays.
+    void frmStatus_Auto_Init();
+
     forms::Frame frameStatus;
     forms::Label lblStatus{{.accessKeys = false}};
     forms::ProgressBar pbarStatus;
@@ -37,4 +40,7 @@ private:
     void build() override;
     void Form_Load() override;
     void Form_Unload(bool& cancel) override;
+    void Auto_Init() override { frmStatus_Auto_Init(); }
+
+    bool inUse_ = false;  ///< an operation has put a text there
 };

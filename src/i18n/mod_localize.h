@@ -6,14 +6,24 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
+
+namespace forms {
+class Form;
+}
 
 namespace modLocalize {
 
 /// Loads the texts of the language in use, the user's own if none has been chosen, lists the
 /// languages that are installed, and gives the loaded forms the font that the language needs. A
-/// failure is shown in a message box.
+/// failure is shown in a message box, and the next of these steps follows. A missing library is no
+/// failure: all texts are English then.
 void InitalizeLanguages();
+
+/// Gives a form and all its controls the font that the language in use needs, or their own again.
+/// For forms that are loaded after InitalizeLanguages.
+void applyLanguageFont(forms::Form& form);
 
 /// The text of the given number (1000 to 1057) in the language in use; empty if there is none.
 std::u16string myLoadResString(unsigned id);
@@ -30,6 +40,14 @@ std::u16string currentLanguageCode();
 /// Codes of the resource libraries beside the program, spelled as their files are; one empty code
 /// if there are none.
 const std::vector<std::u16string>& installedLanguages();
+
+/// What the system calls a language, in the system's own language; "(error)" if it does not know
+/// it. By identifier, and by code.
+std::u16string languageName(std::uint16_t id);
+std::u16string languageNameOfCode(std::u16string_view code);
+
+/// The code of the language that the user chose for the system.
+std::u16string userLanguageCode();
 
 /// Where the libraries are looked for; the program's folder unless a test says otherwise.
 void setLanguageFolder(std::u16string folder);

@@ -21,6 +21,9 @@ namespace {
 constexpr std::u16string_view kPrefix = u"QRXbrandingres_";
 constexpr std::size_t kCodeLength = 3;
 
+/// Not out of the texts: they may be what failed.
+constexpr const wchar_t* kProduct = L"Vorelle Diagnostic Viewer";
+
 struct State {
     std::uint16_t language = 0;
     HMODULE library = nullptr;
@@ -54,32 +57,33 @@ bool beginsWithPrefix(const std::wstring& name) {
                                   static_cast<int>(kPrefix.size()), TRUE) == CSTR_EQUAL;
 }
 
-void listInstalled() {
-    std::vector<std::u16string>& installed = state().installed;
-    installed.clear();
+/// In the order in which the folder lists them. A root without files is found empty.
+std::vector<std::u16string> codesInFolder() {
+    std::vector<std::u16string> codes;
     WIN32_FIND_DATAW entry{};
     const HANDLE search = ::FindFirstFileW(toWide(folderOfLibraries() + u"\\*").c_str(), &entry);
-    if (search != INVALID_HANDLE_VALUE) {
-        do {
-            const std::wstring name = entry.cFileName;
-            const bool folder = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-            if (folder || !beginsWithPrefix(name)) continue;
-            installed.push_back(fromWide(name.substr(kPrefix.size(), kCodeLength)));
-        } while (::FindNextFileW(search, &entry));
-        ::FindClose(search);
+    if (search == INVALID_HANDLE_VALUE) {
+        if (const DWORD code = ::GetLastError(); code != ERROR_FILE_NOT_FOUND) throwFileError(code);
+        return codes;
     }
-    if (installed.empty()) installed.emplace_back();
+    do {
+        const std::wstring name = entry.cFileName;
+        const bool folder = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        if (folder || !beginsWithPrefix(name)) continue;
+        codes.push_back(fromWide(name.substr(kPrefix.size(), kCodeLength)));
+    } while (::FindNextFileW(search, &entry));
+    ::FindClose(search);
+    return codes;
 }
 
-void applyFont() {
-    const LanguageFont* const font = fontOfLanguage(state().language);
-    if (font == nullptr) return;
-    for (forms::Form* form : forms::loadedForms()) {
-        forms::Font changed = form->font();
-        changed.name = toWide(std::u16string{font->name});
-        changed.charset = font->characterSet;
-        form->setFont(changed);
-    }
+void listInstalled() {
+    state().installed = {u""};
+    std::vector<std::u16string> codes = codesInFolder();
+    if (!codes.empty()) state().installed = std::move(codes);
+}
+
+void applyFonts() {
+    for (forms::Form* form : forms::loadedForms()) applyLanguageFont(*form);
 }
 
 /// A failure is told to the user, and the next part follows.
@@ -89,7 +93,7 @@ void attempt(const std::u16string& beginning, const std::function<void()>& actio
     } catch (...) {
         const Failure failure = toFailure(std::current_exception());
         forms::dialogs().showMessage(
-            nullptr, {.title = L"", .text = toWide(beginning + failure.description)});
+            nullptr, {.title = kProduct, .text = toWide(beginning + failure.description)});
     }
 }
 
@@ -110,7 +114,14 @@ void InitalizeLanguages() {
     attempt(beginning, freeLibrary);
     attempt(beginning, loadLibrary);
     attempt(beginning, listInstalled);
-    attempt(beginning, applyFont);
+    attempt(beginning, applyFonts);
+}
+
+void applyLanguageFont(forms::Form& form) {
+    const LanguageFont* const font = fontOfLanguage(state().language);
+    form.setFace(font == nullptr ? std::nullopt
+                                 : std::optional{forms::FontFace{.name = toWide(font->name),
+                                                                 .charset = font->characterSet}});
 }
 
 std::u16string myLoadResString(unsigned id) {
@@ -129,6 +140,21 @@ void setCurrentLanguage(std::uint16_t id) { state().language = id; }
 std::u16string currentLanguageCode() { return codeOfLanguage(state().language); }
 
 const std::vector<std::u16string>& installedLanguages() { return state().installed; }
+
+std::u16string languageName(std::uint16_t id) {
+    std::array<wchar_t, 256> buffer{};
+    const DWORD length =
+        id == 0 ? 0 : ::VerLanguageNameW(id, buffer.data(), static_cast<DWORD>(buffer.size()));
+    // A name that is too long for the buffer is cut off, though its whole length is told.
+    return length < 1 ? std::u16string{u"(error)"}
+                      : fromWide(std::wstring_view{buffer.data()}.substr(0, length));
+}
+
+std::u16string languageNameOfCode(std::u16string_view code) {
+    return languageName(languageOfCode(code));
+}
+
+std::u16string userLanguageCode() { return codeOfLanguage(::GetUserDefaultLangID()); }
 
 void setLanguageFolder(std::u16string folder) { state().folder = std::move(folder); }
 

@@ -53,11 +53,11 @@ std::wstring levelsOf(Procedure& procedure, const xml::Node& diag) {
 }  // namespace
 
 frmMacroTraces::frmMacroTraces(forms::TreeView& uniqueTracesTree)
-    : Form({.className = L"VorelleDiagnosticViewer.frmMacroTraces",
-            .caption = L"Add Macro Traces to Filter",
-            .border = forms::BorderStyle::fixedDialog,
-            .clientWidth = 6000_tw,
-            .clientHeight = 5700_tw}),
+    : LocalizedForm({.className = L"VorelleDiagnosticViewer.frmMacroTraces",
+                     .caption = L"Add Macro Traces to Filter",
+                     .border = forms::BorderStyle::fixedDialog,
+                     .clientWidth = 6000_tw,
+                     .clientHeight = 5700_tw}),
       uniqueTracesTree_{uniqueTracesTree} {}
 
 void frmMacroTraces::build() {
@@ -76,15 +76,25 @@ void frmMacroTraces::build() {
 }
 
 void frmMacroTraces::Form_Load() {
-    setCaption(loadString(1015));
-    cmdCancel.setCaption(loadString(1018));
-    cmdAdd.setCaption(loadString(1016));
+    modLocalize::applyLanguageFont(*this);
+    frmMacroTraces_Auto_Init();
     populateMacroTracesTreeview();
     tipNode_ = nullptr;
     tooltip_ = std::make_unique<cTooltip>();
     tooltip_->Create(*this);
     tooltip_->setMaxTipWidth(kTipWidth);
     tooltip_->AddTool(treeviewMacroTrace, L"");
+}
+
+void frmMacroTraces::frmMacroTraces_Auto_Init() {
+    setCaption(loadString(1015));
+    cmdCancel.setCaption(loadString(1018));
+    cmdAdd.setCaption(loadString(1016));
+    for (int i = 0; i < treeviewMacroTrace.nodeCount(); ++i) {
+        TreeNode& node = treeviewMacroTrace.node(i);
+        if (node.parent() != nullptr) node.setTag(constructToolTipText(node));
+    }
+    tipNode_ = nullptr;
 }
 
 void frmMacroTraces::Form_Unload(bool& /*cancel*/) { tooltip_.reset(); }

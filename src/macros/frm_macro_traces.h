@@ -7,10 +7,10 @@
 // The filter itself is not applied here. The viewer's own thread.
 #pragma once
 
+#include "src/i18n/localized_form.h"
 #include "src/macros/c_tooltip.h"
 #include "src/macros/xml_document.h"
 #include "toolkit/forms/buttons.h"
-#include "toolkit/forms/form.h"
 #include "toolkit/forms/tree_view.h"
 
 #include <memory>
@@ -18,7 +18,7 @@
 
 class Procedure;
 
-class frmMacroTraces : public forms::Form {
+class frmMacroTraces : public modLocalize::LocalizedForm {
 public:
     /// `uniqueTracesTree` must outlive the form.
     explicit frmMacroTraces(forms::TreeView& uniqueTracesTree);
@@ -28,6 +28,9 @@ public:
     forms::Button cmdAdd;
     forms::Button cmdCancel;
 
+    /// The captions in the language in use, and the tips of the macro traces.
+    void frmMacroTraces_Auto_Init();
+
     /// Null while the form is not loaded.
     const cTooltip* tooltip() const { return tooltip_.get(); }
 
@@ -35,6 +38,7 @@ private:
     void build() override;
     void Form_Load() override;
     void Form_Unload(bool& cancel) override;
+    void Auto_Init() override { frmMacroTraces_Auto_Init(); }
 
     void treeviewMacroTrace_MouseMove(const forms::MouseEvent& event);
     void treeviewMacroTrace_NodeCheck(forms::TreeNode& node);

@@ -1,6 +1,7 @@
 #include "src/search/dlg_find.h"
 
 #include "src/db/class_diags.h"
+#include "src/i18n/mod_localize.h"
 #include "src/platform/text.h"
 #include "src/search/hourglass.h"
 #include "src/search/trace_search.h"
@@ -42,7 +43,9 @@ void dlgFind::build() {
     CancelButton.onClick = [this] { CancelButton_Click(); };
 }
 
+/// The captions are the same in every language, but what is searched for may need its font.
 void dlgFind::Form_Load() {
+    modLocalize::applyLanguageFont(*this);
     optionDirection[kDown].setValue(true);
     center();
 }

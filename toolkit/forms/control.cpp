@@ -110,8 +110,9 @@ void Control::create(Window& parent, const ControlPlace& place, const Font& inhe
         container_->placeBehindContained();
     }
     if (!fontSet_) {
-        font_ = inherited;
+        designedFont_ = inherited;
     }
+    font_ = inFace(designedFont_, face_);
     setWindowFont();
     applyBounds();
     created();
@@ -284,8 +285,20 @@ void Control::setTabStop(bool stop) {
 }
 
 void Control::setFont(const Font& font) {
-    font_ = font;
+    designedFont_ = font;
     fontSet_ = true;
+    useFont();
+}
+
+void Control::setFace(const std::optional<FontFace>& face) {
+    face_ = face;
+    if (font_ != inFace(designedFont_, face_)) {
+        useFont();
+    }
+}
+
+void Control::useFont() {
+    font_ = inFace(designedFont_, face_);
     if (isCreated()) {
         setWindowFont();
     }

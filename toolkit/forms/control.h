@@ -22,6 +22,7 @@
 #include "toolkit/forms/window.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -130,8 +131,12 @@ public:
     bool tabStop() const;
     void setTabStop(bool stop);
 
+    // The font that the control is drawn with: the one it was given, in the face that was set.
     const Font& font() const { return font_; }
+    const Font& designedFont() const { return designedFont_; }
     void setFont(const Font& font);
+    // Draws the control in another face, as its language may need; without one as designed.
+    void setFace(const std::optional<FontFace>& face);
     HFONT fontHandle() const { return gdiFont_.handle(); }
     const GdiFont& gdiFont() const { return gdiFont_; }
 
@@ -218,6 +223,7 @@ private:
     void placeBehindContained();
     POINT containerOrigin() const;
     RECT wantedPixels() const;
+    void useFont();
     void setWindowFont();
     bool startsGroup(const Window& parent) const;
 
@@ -228,7 +234,9 @@ private:
     Bounds bounds_;
     bool visible_ = true;
     std::wstring accessibleName_;
-    Font font_;
+    Font designedFont_;
+    std::optional<FontFace> face_;
+    Font font_;  // The designed one in the face.
     bool fontSet_ = false;
     GdiFont gdiFont_;
 };

@@ -47,12 +47,21 @@ Font messageFont() {
     return font;
 }
 
+Font inFace(const Font& font, const std::optional<FontFace>& face) {
+    Font result = font;
+    if (face) {
+        result.name = face->name;
+        result.charset = face->charset;
+    }
+    return result;
+}
+
 GdiFont::GdiFont(const Font& font, Dpi dpi) {
     const int height = -static_cast<int>(std::lround(font.points * dpi.value / kPointsPerInch));
     const DWORD pitch = font.fixedPitch ? DWORD{FIXED_PITCH | FF_MODERN} : DWORD{DEFAULT_PITCH};
-    handle_ = CreateFontW(height, 0, 0, 0, font.bold ? FW_BOLD : FW_NORMAL, FALSE, FALSE, FALSE,
-                          static_cast<DWORD>(font.charset), OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
-                          CLEARTYPE_QUALITY, pitch, font.name.c_str());
+    handle_ = CreateFontW(height, 0, 0, 0, font.bold ? FW_BOLD : FW_NORMAL, FALSE, font.underline,
+                          FALSE, static_cast<DWORD>(font.charset), OUT_DEFAULT_PRECIS,
+                          CLIP_DEFAULT_PRECIS, CLEARTYPE_QUALITY, pitch, font.name.c_str());
     if (!handle_) {
         throwLastError("CreateFontW");
     }

@@ -12,6 +12,7 @@
 
 #include <windows.h>
 
+#include <optional>
 #include <string>
 
 namespace forms {
@@ -25,9 +26,21 @@ struct Font {
     int charset = DEFAULT_CHARSET;
     // Tells the font mapper what to look for when the face is not installed.
     bool fixedPitch = false;
+    bool underline = false;
 
     bool operator==(const Font&) const = default;
 };
+
+// The part of a font that a script needs: the face and its character set, in any size or weight.
+struct FontFace {
+    std::wstring name = {};
+    int charset = DEFAULT_CHARSET;
+
+    bool operator==(const FontFace&) const = default;
+};
+
+// The font in that face, or as it is when there is none.
+Font inFace(const Font& font, const std::optional<FontFace>& face);
 
 // The font of the system's message boxes, which is what dialogs are drawn with.
 Font messageFont();

@@ -57,7 +57,10 @@ LONG heightOf(const RECT& rect) { return rect.bottom - rect.top; }
 const std::vector<Form*>& loadedForms() { return formList(); }
 
 Form::Form(const FormOptions& options)
-    : options_(options), dpi_(Dpi(GetDpiForSystem())), font_(messageFont()) {}
+    : options_(options),
+      dpi_(Dpi(GetDpiForSystem())),
+      designedFont_(messageFont()),
+      font_(designedFont_) {}
 
 Form::~Form() { destroy(); }
 
@@ -239,11 +242,20 @@ bool Form::handleSetCursor(LPARAM lParam) const {
 }
 
 void Form::setFont(const Font& font) {
-    const Font previous = std::exchange(font_, font);
+    const Font previous = std::exchange(designedFont_, font);
+    font_ = inFace(font, face_);
     for (Control* control : controls()) {
-        if (control->font() == previous) {
-            control->setFont(font_);
+        if (control->designedFont() == previous) {
+            control->setFont(font);
         }
+    }
+}
+
+void Form::setFace(const std::optional<FontFace>& face) {
+    face_ = face;
+    font_ = inFace(designedFont_, face);
+    for (Control* control : controls()) {
+        control->setFace(face);
     }
 }
 
@@ -270,7 +282,8 @@ Control* Form::control(const std::wstring& name) const {
 
 void Form::createControls(const std::vector<ControlSpec>& specs) {
     for (const ControlSpec& spec : specs) {
-        spec.control.create(*this, spec.place, font_);
+        spec.control.setFace(face_);
+        spec.control.create(*this, spec.place, designedFont_);
     }
 }
 

@@ -36,6 +36,7 @@
 // After windows.h, which it needs.
 #include <shellapi.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -128,6 +129,9 @@ public:
     const Font& font() const { return font_; }
     // For the controls made from now on, and for those on the form that have the form's font.
     void setFont(const Font& font);
+    // Draws the form and all its controls in another face, whatever their own fonts, or without
+    // one as designed. Controls made later get it too.
+    void setFace(const std::optional<FontFace>& face);
     // The height of a line of this text in the form's font.
     Twips textHeight(const std::wstring& text) const;
     Twips textWidth(const std::wstring& text) const;
@@ -190,7 +194,9 @@ private:
     FormOptions options_;
     Dpi dpi_;
     Bounds bounds_;
-    Font font_;
+    Font designedFont_;
+    std::optional<FontFace> face_;
+    Font font_;  // The designed one in the face.
     MenuBar menu_;
     MousePointer mousePointer_ = MousePointer::standard;
     HWND lastFocus_ = nullptr;

@@ -17,6 +17,8 @@ struct LabelOptions {
     Alignment alignment = Alignment::left;
     // False writes '&' as it is, for texts from outside.
     bool accessKeys = true;
+    // Underlined, with a pointing hand: the Tab key stops at it, Space and the arrow down click it.
+    bool link = false;
 };
 
 class Label : public Control {
@@ -24,12 +26,17 @@ public:
     explicit Label(const LabelOptions& options = {}) : options_(options) {}
 
     void setText(const std::wstring& text) override;
+    void click() { fire(onClick); }
 
 protected:
     Kind kind() const override;
+    void created() override;
     LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
 
 private:
+    LRESULT handleLinkMessage(UINT message, WPARAM wParam, LPARAM lParam);
+    void paintFocus() const;
+
     LabelOptions options_;
 };
 

@@ -3,6 +3,7 @@
 #include "resources/resource_ids.h"
 #include "src/db/class_diags.h"
 #include "src/db/mod_database.h"
+#include "src/i18n/frm_about.h"
 #include "src/i18n/mod_localize.h"
 #include "src/log/procedure.h"
 #include "src/platform/mdl_html_help.h"
@@ -71,10 +72,10 @@ std::wstring forTextBox(std::u16string_view text) {
 }  // namespace
 
 frmMain::frmMain()
-    : Form({.className = L"VorelleDiagnosticViewer.frmMain",
-            .caption = L"Vorelle Diagnostic Viewer",
-            .icon = IDI_VIEWER,
-            .takesFiles = true}) {}
+    : LocalizedForm({.className = L"VorelleDiagnosticViewer.frmMain",
+                     .caption = L"Vorelle Diagnostic Viewer",
+                     .icon = IDI_VIEWER,
+                     .takesFiles = true}) {}
 
 void frmMain::build() {
     menu().build({
@@ -90,6 +91,8 @@ void frmMain::build() {
         {1, mnuFindNext, L"mnuFindNext", L"Find &Next", [this] { mnuFindNext_Click(); }, L"F3"},
         {0, mnuHelpMenu, L"mnuHelpMenu", L"&Help"},
         {1, mnuHelp, L"mnuHelp", L"Help", [this] { mnuHelp_Click(); }, L"F1"},
+        {1, pHelpSeperator, L"pHelpSeperator", L"-"},
+        {1, mnuAbout, L"mnuAbout", L"About", [this] { mnuAbout_Click(); }},
         {0, mnuRightClick, L"mnuRightClick", L"RightClick"},
         {1, mnuAddEditNote, L"mnuAddEditNote", L"Add/Edit Note",
          [this] { mnuAddEditNote_Click(); }},
@@ -106,7 +109,7 @@ void frmMain::build() {
         {cmdApplyFilter,
          {L"cmdApplyFilter", L"Apply Filter", 180_tw, 480_tw, 1800_tw, 345_tw, 0, &sstabMain, 1}},
         {cmdAddMacroTraceToFilter,
-         {L"cmdAddMacroTraceToFilter", L"Add Macro Trace to Filter", 2040_tw, 480_tw, 2640_tw,
+         {L"cmdAddMacroTraceToFilter", L"Add Macro Trace to Filter", 2040_tw, 480_tw, 3240_tw,
           345_tw, 0, &sstabMain, 1}},
         {tvUniqueTraces,
          {L"tvUniqueTraces", L"", 120_tw, 900_tw, 5760_tw, 3000_tw, 0, &sstabMain, 1}},
@@ -114,10 +117,10 @@ void frmMain::build() {
         {cmdCollapseAll,
          {L"cmdCollapseAll", L"-", 540_tw, 3960_tw, 315_tw, 315_tw, 0, &sstabMain, 1}},
         {cmdClearAllUniqueTraces,
-         {L"cmdClearAllUniqueTraces", L"Clear All", 960_tw, 3960_tw, 1500_tw, 315_tw, 0, &sstabMain,
+         {L"cmdClearAllUniqueTraces", L"Clear All", 960_tw, 3960_tw, 1800_tw, 315_tw, 0, &sstabMain,
           1}},
         {cmdSelectAllUniqueTraces,
-         {L"cmdSelectAllUniqueTraces", L"Select All", 2520_tw, 3960_tw, 1500_tw, 315_tw, 0,
+         {L"cmdSelectAllUniqueTraces", L"Select All", 2820_tw, 3960_tw, 1800_tw, 315_tw, 0,
           &sstabMain, 1}},
         {statusbarMain, {L"statusbarMain", L"", 0_tw, 0_tw, 6000_tw, 300_tw}},
     });
@@ -144,13 +147,27 @@ void frmMain::build() {
 }
 
 void frmMain::Form_Load() {
-    localizeCaptions();
-    setCaption(loadString(1051));
+    modLocalize::applyLanguageFont(*this);
+    frmMain_Auto_Init();
     centerDisplay();
     setupTraceGrid();
     sstabMain.setTab(0);
     savedRowHeight_ = tdbgridData.rowHeight();
     tdbgridData.setFocus();
+}
+
+void frmMain::frmMain_Auto_Init() {
+    localizeCaptions();
+    setCaption(loadString(1051));
+    if (recordset_ != nullptr && recordset_->state() != ado::adStateClosed) showPosition();
+}
+
+/// Another font has lines of another height, and other headings need other widths. The texts of the
+/// tree are the same in every language.
+void frmMain::layOutForLanguage() {
+    modLocalize::applyLanguageFont(*this);
+    Form_Resize();
+    if (windowState() == forms::WindowState::minimized) setupTraceGrid();
 }
 
 void frmMain::localizeCaptions() {
@@ -169,6 +186,7 @@ void frmMain::localizeCaptions() {
     mnuFindNext.setCaption(loadString(1029));
     mnuHelpMenu.setCaption(loadString(1011));
     mnuHelp.setCaption(loadString(1031));
+    mnuAbout.setCaption(loadString(1013));
     // What screen readers call them.
     tdbgridData.setCaption(loadString(1046));
     txtTrace.setAccessibleName(loadString(1056));
@@ -226,6 +244,12 @@ void frmMain::Form_Unload(bool& /*cancel*/) { shutDown(); }
 void frmMain::mnuExit_Click() { shutDown(); }
 
 void frmMain::mnuHelp_Click() { mdlHTMLHelp::showCHMHelp(hwnd(), mdlHTMLHelp::getHelpFileName()); }
+
+void frmMain::mnuAbout_Click() {
+    frmAbout about;
+    about.layOutMainWindow = [this] { layOutForLanguage(); };
+    about.showModal();
+}
 
 /// Nothing is closed or saved one by one: files, fetches and windows go with the process.
 void frmMain::shutDown() {
@@ -354,9 +378,13 @@ void frmMain::tdbgridData_ColResize(int column, bool& cancel) {
 
 void frmMain::tdbgridData_RowColChange() {
     if (recordset_ == nullptr || recordset_->state() == ado::adStateClosed) return;
-    statusbarMain.panel(kPositionPanel).setText(toWide(diags()->positionText()));
+    showPosition();
     const bool empty = recordset_->bof() && recordset_->eof();
     txtTrace.setText(empty ? L"" : forTextBox(recordset_->fields()[u"Trace"].text()));
+}
+
+void frmMain::showPosition() {
+    statusbarMain.panel(kPositionPanel).setText(toWide(diags()->positionText()));
 }
 
 void frmMain::tdbgridData_FetchCellTips(std::int64_t row, bool& wrap) {

@@ -6,10 +6,10 @@
 
 #include "engine/ado/recordset.h"
 #include "src/db/frm_status.h"
+#include "src/i18n/localized_form.h"
 #include "src/search/dlg_find.h"
 #include "src/ui/main/trace_source.h"
 #include "toolkit/forms/buttons.h"
-#include "toolkit/forms/form.h"
 #include "toolkit/forms/menu.h"
 #include "toolkit/forms/status_bar.h"
 #include "toolkit/forms/tab_strip.h"
@@ -22,7 +22,7 @@
 #include <string>
 #include <vector>
 
-class frmMain : public forms::Form {
+class frmMain : public modLocalize::LocalizedForm {
 public:
     frmMain();
     ~frmMain() override { destroy(); }
@@ -42,6 +42,9 @@ public:
 
     /// Captions, wrapping and widths of the grid's columns.
     void setupTraceGrid();
+
+    /// Captions of tabs, buttons and menus, the title and the position, in the language in use.
+    void frmMain_Auto_Init();
 
     /// Ends the program. Set by start-up; tests put their own in its place.
     std::function<void()> endProgram;
@@ -79,6 +82,8 @@ public:
     forms::MenuItem mnuFindNext;
     forms::MenuItem mnuHelpMenu;
     forms::MenuItem mnuHelp;
+    forms::MenuItem pHelpSeperator;
+    forms::MenuItem mnuAbout;
     forms::MenuItem mnuRightClick;
     forms::MenuItem mnuAddEditNote;
     forms::MenuItem mnuHighlightRow;
@@ -90,7 +95,9 @@ private:
     void Form_Unload(bool& cancel) override;
     void Form_DropFiles(const std::vector<std::wstring>& paths) override;
 
+    void Auto_Init() override { frmMain_Auto_Init(); }
     void localizeCaptions();
+    void layOutForLanguage();
     void centerDisplay();
     void shutDown();
 
@@ -98,11 +105,13 @@ private:
     void openTraceDatabase(const std::u16string& path);
     void mnuExit_Click();
     void mnuHelp_Click();
+    void mnuAbout_Click();
     void mnuAddEditNote_Click() {}
     void sstabMain_Click(int previousTab);
     void txtTrace_Click();
     void tdbgridData_ColResize(int column, bool& cancel);
     void tdbgridData_RowColChange();
+    void showPosition();
     void tdbgridData_FetchCellTips(std::int64_t row, bool& wrap);
 
     void layOutFilters();

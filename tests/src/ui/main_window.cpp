@@ -32,7 +32,8 @@ std::optional<forms::FileDialogAnswer> AnsweringDialogs::saveFile(
     return answered(answer);
 }
 
-forms::MessageAnswer AnsweringDialogs::showMessage(HWND, const forms::MessageRequest&) {
+forms::MessageAnswer AnsweringDialogs::showMessage(HWND, const forms::MessageRequest& request) {
+    messages.push_back(request);
     return forms::MessageAnswer::ok;
 }
 

@@ -29,6 +29,7 @@ public:
 
     std::optional<std::wstring> answer;
     std::vector<forms::FileDialogRequest> asked;
+    std::vector<forms::MessageRequest> messages;
 };
 
 class MainWindowTest : public testing::Test {

@@ -5,6 +5,7 @@
 #include "src/platform/text.h"
 #include "src/platform/utilities.h"
 #include "tests/src/log/fake_log_system.h"
+#include "tests/src/ui/language_libraries.h"
 #include "tests/support/expected.h"
 
 #include <windows.h>
@@ -48,6 +49,19 @@ TEST(HelpFileTest, LiesBesideTheProgram) {
     SharedFakeLog log;
     EXPECT_EQ(mdlHTMLHelp::getHelpFileName(),
               program::folder() + u"\\VorelleDiagnosticViewer_ENU.chm");
+    EXPECT_TRUE(log.failures("[mdlHTMLHelp]getHelpFileName").empty());
+}
+
+TEST(HelpFileTest, IsInTheLanguageInUseIfItIsThere) {
+    SharedFakeLog log;
+    for (const auto& [language, code] : {std::pair{1031, u"DEU"}, {1041, u"JPN"}, {1036, u"ENU"}}) {
+        LanguageFolder::use(static_cast<std::uint16_t>(language));
+        const std::u16string file = mdlHTMLHelp::getHelpFileName();
+        EXPECT_EQ(file, program::folder() + u"\\VorelleDiagnosticViewer_" + std::u16string{code} +
+                            u".chm");
+        EXPECT_TRUE(std::filesystem::exists(toWide(file)));
+    }
+    LanguageFolder::use(kEnglish);
     EXPECT_TRUE(log.failures("[mdlHTMLHelp]getHelpFileName").empty());
 }
 

@@ -199,6 +199,30 @@ TEST_F(ControlsTest, AFontReachesTheWindowInPointsOfTheDensity) {
     EXPECT_EQ(logical.lfWeight, FW_BOLD);
 }
 
+TEST_F(ControlsTest, ALinkIsReachedAndClickedByMouseAndKeys) {
+    PlainForm other;
+    forms::Label link{{.link = true}};
+    forms::Button button;
+    int clicks = 0;
+    link.onClick = [&] { ++clicks; };
+    other.onBuild = [&] {
+        other.createControls({{button, {L"button", L"OK", 0_tw, 0_tw, 900_tw, 300_tw}},
+                              {link, {L"link", L"More", 0_tw, 600_tw, 900_tw, 300_tw}}});
+    };
+    other.show();
+    button.setFocus();
+    pressKey(VK_TAB);
+    EXPECT_TRUE(link.hasFocus());
+    SendMessageW(link.hwnd(), WM_CHAR, L' ', 1);
+    pressKey(VK_DOWN);
+    EXPECT_EQ(clicks, 2);
+    SendMessageW(link.hwnd(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(2, 2));
+    SendMessageW(link.hwnd(), WM_LBUTTONUP, 0, MAKELPARAM(2, 2));
+    EXPECT_EQ(clicks, 3);
+    EXPECT_TRUE(link.font().underline);
+    other.destroy();
+}
+
 TEST_F(ControlsTest, RefreshPaintsAtOnce) {
     InvalidateRect(label.hwnd(), nullptr, FALSE);
     label.refresh();

@@ -291,6 +291,37 @@ TEST_F(FormTest, TextHeightIsThatOfItsFont) {
     EXPECT_NEAR(form.textHeight(L"TEST").value, 2 * before.value, 60);
 }
 
+TEST_F(FormTest, AFaceTakesAllControlsAndGivesThemBackTheirOwn) {
+    PlainForm form;
+    forms::Button plain;
+    forms::Button fixed;
+    forms::Font own{.name = L"Courier New", .points = 11, .bold = true};
+    fixed.setFont(own);
+    const forms::FontFace face{.name = L"Liberation Serif", .charset = 128};
+    form.setFace(face);
+    form.onBuild = [&] {
+        form.createControls({{plain, {L"plain", L"", 0_tw, 0_tw, 900_tw, 300_tw}},
+                             {fixed, {L"fixed", L"", 0_tw, 0_tw, 900_tw, 300_tw}}});
+    };
+    form.load();
+    for (const forms::Control* control : {&plain, &fixed}) {
+        EXPECT_EQ(control->font().name, face.name);
+        LOGFONTW logical{};
+        GetObjectW(reinterpret_cast<HFONT>(SendMessageW(control->hwnd(), WM_GETFONT, 0, 0)),
+                   sizeof logical, &logical);
+        EXPECT_EQ(logical.lfFaceName, face.name);
+        EXPECT_EQ(logical.lfCharSet, 128);
+    }
+    EXPECT_EQ(form.font().name, face.name);
+    EXPECT_EQ(fixed.font().points, 11) << "size and weight stay";
+    EXPECT_TRUE(fixed.font().bold);
+    form.setFace(std::nullopt);
+    EXPECT_EQ(fixed.font(), own);
+    EXPECT_EQ(plain.font(), form.font());
+    EXPECT_EQ(form.font(), forms::messageFont());
+    form.destroy();
+}
+
 TEST_F(FormTest, FindsControlsByNameAndInTableOrder) {
     PlainForm form;
     forms::Button one;
