@@ -7,6 +7,7 @@
 // Belongs to one thread.
 #pragma once
 
+#include "engine/jet/data_page.h"
 #include "engine/jet/table.h"
 
 #include <optional>
@@ -41,6 +42,7 @@ public:
 
 private:
     void loadAround(jet::PageNumber page);
+    bool findInOrder(jet::RowId row);
 
     std::shared_ptr<const jet::Table> table_;
     Reading reading_;
@@ -51,6 +53,11 @@ private:
     jet::PageReader longValues_;
     jet::Record record_;
     jet::Binary scratch_;
+
+    // When reading in order: the page of the rows read last, for as long as its block is loaded,
+    // and other hands for records that moved away from it.
+    std::optional<jet::DataPage> page_;
+    jet::PageReader moved_;
 
     // The block of pages that records_ holds, when reading in order.
     std::uint32_t blockFirst_ = 0;

@@ -17,6 +17,8 @@ namespace {
 /// Folded, the most frequent in logs first; what is not listed is rarer.
 constexpr std::u16string_view kFrequent = u" ETAOINRSLDCUPMFGHBYW0123456789.,:;_-KVX()/=\"'";
 
+constexpr auto kNowhere = static_cast<std::size_t>(-1);
+
 std::size_t rarity(char16_t folded) {
     const std::size_t place = kFrequent.find(folded);
     return place == std::u16string_view::npos ? kFrequent.size() : place;
@@ -117,11 +119,15 @@ CaseBlindSearch::Anchors CaseBlindSearch::makeAnchors(std::size_t units) const {
     return anchors;
 }
 
-bool CaseBlindSearch::inNarrow(jet::Bytes text) const {
-    return fitsNarrow_ && contains<std::uint8_t>(text, narrow_);
+CaseBlindSearch::Found CaseBlindSearch::inNarrow(jet::Bytes text) const {
+    const std::size_t place = fitsNarrow_ ? find<std::uint8_t>(text, narrow_) : kNowhere;
+    if (place == kNowhere) return containsZero(text) ? Found::Mixed : Found::No;
+    return containsZero(text.first(place + wanted_.size())) ? Found::Mixed : Found::Yes;
 }
 
-bool CaseBlindSearch::inWide(jet::Bytes text) const { return contains<char16_t>(text, wide_); }
+bool CaseBlindSearch::inWide(jet::Bytes text) const {
+    return find<char16_t>(text, wide_) != kNowhere;
+}
 
 template <typename Unit>
 char16_t CaseBlindSearch::foldedAt(const std::uint8_t* text) const {
@@ -139,32 +145,32 @@ bool CaseBlindSearch::isAt(const std::uint8_t* text) const {
 }
 
 template <typename Unit>
-bool CaseBlindSearch::contains(jet::Bytes text, const Anchors& anchors) const {
+std::size_t CaseBlindSearch::find(jet::Bytes text, const Anchors& anchors) const {
     const std::size_t count = text.size() / sizeof(Unit);
-    if (count < wanted_.size()) return false;
+    if (count < wanted_.size()) return kNowhere;
     const std::size_t starts = count - wanted_.size() + 1;
 #ifdef __SSE2__
     if (way_ == Way::Fastest && starts >= 16 / sizeof(Unit) && anchors.eight) {
-        return anchors.two ? containsByLanes<Unit, 2>(text.data(), starts, anchors)
-                           : containsByLanes<Unit, 8>(text.data(), starts, anchors);
+        return anchors.two ? findByLanes<Unit, 2>(text.data(), starts, anchors)
+                           : findByLanes<Unit, 8>(text.data(), starts, anchors);
     }
 #endif
     const std::size_t place = anchors.first.place;
     for (std::size_t start = 0; start < starts; ++start) {
         const std::uint8_t* const at = text.data() + start * sizeof(Unit);
         if (foldedAt<Unit>(at + place * sizeof(Unit)) == wanted_[place] && isAt<Unit>(at)) {
-            return true;
+            return start;
         }
     }
-    return false;
+    return kNowhere;
 }
 
 #ifdef __SSE2__
 
 /// The last step goes back as far as is needed to be a whole one.
 template <typename Unit, int Variants>
-bool CaseBlindSearch::containsByLanes(const std::uint8_t* text, std::size_t starts,
-                                      const Anchors& anchors) const {
+std::size_t CaseBlindSearch::findByLanes(const std::uint8_t* text, std::size_t starts,
+                                         const Anchors& anchors) const {
     constexpr std::size_t kStep = 16 / sizeof(Unit);
     const LaneAnchor<Unit, Variants> first{anchors.first.variants};
     const LaneAnchor<Unit, Variants> second{anchors.second.variants};
@@ -177,9 +183,10 @@ bool CaseBlindSearch::containsByLanes(const std::uint8_t* text, std::size_t star
             _mm_and_si128(first.in(load16(ofFirst + at)), second.in(load16(ofSecond + at)));
         auto hits = static_cast<unsigned>(_mm_movemask_epi8(both)) & Lanes<Unit>::kEach;
         for (; hits != 0; hits &= hits - 1) {
-            if (isAt<Unit>(text + at + std::countr_zero(hits))) return true;
+            const std::size_t found = at + static_cast<std::size_t>(std::countr_zero(hits));
+            if (isAt<Unit>(text + found)) return found / sizeof(Unit);
         }
-        if (start == last) return false;
+        if (start == last) return kNowhere;
     }
 }
 

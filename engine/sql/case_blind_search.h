@@ -26,8 +26,11 @@ public:
     /// `wanted` is as foldCase gives it, and not empty.
     explicit CaseBlindSearch(std::u16string_view wanted, Way way = Way::Fastest);
 
-    /// In text of one byte a character, which are those below U+0100.
-    bool inNarrow(jet::Bytes text) const;
+    enum class Found { No, Yes, Mixed };
+
+    /// In text of one byte a character, which are those below U+0100; Mixed if a zero byte comes
+    /// before the wanted text ends: what is behind it has another form.
+    Found inNarrow(jet::Bytes text) const;
 
     /// In UTF-16LE; an odd last byte is left out.
     bool inWide(jet::Bytes text) const;
@@ -47,11 +50,12 @@ private:
         bool eight = false;  ///< neither has more than eight
     };
 
+    /// Where the text begins first; kNowhere if it is not there.
     template <typename Unit>
-    bool contains(jet::Bytes text, const Anchors& anchors) const;
+    std::size_t find(jet::Bytes text, const Anchors& anchors) const;
     template <typename Unit, int Variants>
-    bool containsByLanes(const std::uint8_t* text, std::size_t starts,
-                         const Anchors& anchors) const;
+    std::size_t findByLanes(const std::uint8_t* text, std::size_t starts,
+                            const Anchors& anchors) const;
     template <typename Unit>
     bool isAt(const std::uint8_t* text) const;
     template <typename Unit>

@@ -23,8 +23,8 @@ bool StoredLike::matches(jet::Bytes stored) {
 
 bool StoredLike::containsLiteral(jet::Bytes stored) {
     if (!jet::isCompressedText(stored)) return search_->inWide(stored);
-    const jet::Bytes characters = stored.subspan(2);
-    if (!containsZero(characters)) return search_->inNarrow(characters);
+    const auto found = search_->inNarrow(stored.subspan(2));
+    if (found != CaseBlindSearch::Found::Mixed) return found == CaseBlindSearch::Found::Yes;
     // Both forms in one text: what is wanted may begin in one and end in the other.
     text_.clear();
     jet::appendUtf16(stored, text_);

@@ -12,6 +12,7 @@
 namespace {
 
 using sql::CaseBlindSearch;
+using Found = CaseBlindSearch::Found;
 
 using Stored = std::vector<std::uint8_t>;
 
@@ -120,11 +121,11 @@ TEST_P(StoredLike, LooksAtAllPlacesAndAtNothingElse) {
                 std::u16string(before, u'e') + u"nEEdle" + std::u16string(behind, u'n');
             const std::string narrow(text.begin(), text.end());
             const auto* const bytes = reinterpret_cast<const std::uint8_t*>(narrow.data());
-            ASSERT_TRUE(search.inNarrow({bytes, narrow.size()}));
+            ASSERT_EQ(search.inNarrow({bytes, narrow.size()}), Found::Yes);
             ASSERT_TRUE(search.inWide(wideForm(text)));
             // One character less on either side, with the rest of it next to the view.
-            ASSERT_FALSE(search.inNarrow({bytes, before + 5}));
-            ASSERT_FALSE(search.inNarrow({bytes + before + 1, behind + 5}));
+            ASSERT_EQ(search.inNarrow({bytes, before + 5}), Found::No);
+            ASSERT_EQ(search.inNarrow({bytes + before + 1, behind + 5}), Found::No);
             const Stored wide = wideForm(text);
             ASSERT_FALSE(search.inWide({wide.data(), (before + 5) * 2 + 1}));
             ASSERT_FALSE(search.inWide({wide.data() + (before + 1) * 2, (behind + 5) * 2}));
