@@ -1,4 +1,5 @@
 // What a screen reader, a process of its own, learns of the running viewer.
+#include "tests/program/hands.h"
 #include "tests/program/running_viewer.h"
 #include "tests/support/accessible_client.h"
 
@@ -138,6 +139,11 @@ TEST_F(AccessibilityTest, EveryControlHasAName) {
     const HWND tree = childOfClass(main, WC_TREEVIEWW);
     ASSERT_TRUE(eventually([&] { return IsWindowVisible(tree); }));
     expectNames(main, 9);
+    ASSERT_TRUE(hands::front(main));
+    hands::press('F', {VK_CONTROL});
+    const HWND find = viewer.waitForWindow(L"VorelleDiagnosticViewer.dlgFind");
+    ASSERT_TRUE(find);
+    expectNames(find, 6);
 }
 
 }  // namespace
