@@ -133,7 +133,7 @@ CaseBlindSearch::Anchors CaseBlindSearch::makeAnchors(std::size_t units) const {
         anchor.variants.fill(variants.front());
         std::copy_n(variants.begin(), std::min(variants.size(), anchor.variants.size()),
                     anchor.variants.begin());
-        const unsigned difference = unsigned{anchor.variants[0]} ^ unsigned{anchor.variants[1]};
+        const unsigned difference = unsigned{anchor.variants[0]} ^ unsigned { anchor.variants[1] };
         anchor.bit = static_cast<char16_t>(difference);
         if (variants.size() > 2 || std::popcount(difference) > 1) anchors.oneBit = false;
         if (variants.size() > anchor.variants.size()) anchors.eight = false;
@@ -207,8 +207,11 @@ std::size_t CaseBlindSearch::findByLanes(jet::Bytes text, std::size_t starts,
     __m128i least = load16(begin);
     for (std::size_t start = 0;; start = std::min(start + kStep, last)) {
         const std::size_t at = start * sizeof(Unit);
-        const __m128i both =
-            _mm_and_si128(first.in(load16(ofFirst + at)), second.in(load16(ofSecond + at)));
+        __m128i both = first.in(load16(ofFirst + at));
+        // Many variants are many comparisons, and mostly the first anchor is not there.
+        if (sizeof(Unit) == 1 || _mm_movemask_epi8(both) != 0) {
+            both = _mm_and_si128(both, second.in(load16(ofSecond + at)));
+        }
         auto hits = static_cast<unsigned>(_mm_movemask_epi8(both)) & Lanes<Unit>::kEach;
         for (; hits != 0; hits &= hits - 1) {
             const std::size_t found = at + static_cast<std::size_t>(std::countr_zero(hits));
