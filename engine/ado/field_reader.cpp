@@ -4,6 +4,9 @@
 #include "engine/jet/text.h"
 
 #include <algorithm>
+#include <memory>
+#include <new>
+#include <type_traits>
 #include <utility>
 
 namespace ado {
@@ -41,7 +44,8 @@ bool FieldReader::read(jet::RowId row, const jet::Column& column, jet::StoredFie
     return unlessDamaged([&] {
         const bool found =
             reading_ == Reading::InOrder ? findInOrder(row) : table_->find(records_, row, record_);
-        if (found) field = record_.field(column);
+        // Made in place: copying what has just been written in pieces makes the processor wait.
+        if (found) new (&field) jet::StoredField(record_.field(column));
         return found;
     });
 }
@@ -57,9 +61,9 @@ bool FieldReader::findInOrder(jet::RowId row) {
     }
     const auto slot = page_->slot(row.slot());
     if (!slot || slot->moved) return false;
-    record_ = slot->pointer
-                  ? jet::Record{followPointer(moved_, slot->bytes, page_->owner()), row.page()}
-                  : jet::Record{slot->bytes, row.page()};
+    const jet::Bytes bytes =
+        slot->pointer ? followPointer(moved_, slot->bytes, page_->owner()) : slot->bytes;
+    std::construct_at(&record_, bytes, row.page());
     return true;
 }
 

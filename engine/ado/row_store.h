@@ -59,6 +59,9 @@ public:
             static_cast<std::uint32_t>(group.columns[0].whole(row % kGroupRows)));
     }
 
+    /// The packed row ids of the stretch that holds the row at place row % kGroupRows.
+    const PackedColumn& packedIds(std::uint32_t row) const { return groupOf(row).columns[0]; }
+
     /// The stretch that holds the row at place row % kGroupRows. Unit None if the values of these
     /// rows stay in the file.
     const PackedColumn& packed(std::uint32_t row, std::size_t column) const {

@@ -41,21 +41,40 @@ public:
           like_{sql::LikePattern{pattern}},
           reader_{rows.sharedTable(), reading} {}
 
+    /// A single row.
     bool matches(std::uint32_t row) {
         const std::size_t place = row % kGroupRows;
-        const PackedColumn& packed = store_.packed(row, column_);
-        if (packed.unit() == Unit::None) return matchesInFile(row);
-        return !packed.isNull(place) &&
-               matchesCode(static_cast<std::uint32_t>(packed.whole(place)));
+        return matchesAt(store_.packed(row, column_), store_.packedIds(row), place);
+    }
+
+    /// Sets the bits of the rows that match, from `begin` to `end`, in the words of their group.
+    void search(std::uint32_t begin, std::uint32_t end, std::uint64_t* words) {
+        if (begin == end) return;
+        // The group that has the last row has all rows before it, and stays as it is.
+        const PackedColumn& packed = store_.packed(end - 1, column_);
+        const PackedColumn& ids = store_.packedIds(end - 1);
+        for (std::size_t place = begin % kGroupRows; begin < end; ++begin, ++place) {
+            const std::uint64_t found = matchesAt(packed, ids, place) ? 1 : 0;
+            words[place / 64] |= found << (place % 64);
+        }
     }
 
 private:
     enum class Known : std::uint8_t { Unknown, Matches, DoesNot };
 
-    bool matchesInFile(std::uint32_t row) {
+    bool matchesAt(const PackedColumn& packed, const PackedColumn& ids, std::size_t place) {
+        if (packed.unit() == Unit::None) {
+            return matchesInFile(
+                jet::RowId::fromPacked(static_cast<std::uint32_t>(ids.whole(place))));
+        }
+        return !packed.isNull(place) &&
+               matchesCode(static_cast<std::uint32_t>(packed.whole(place)));
+    }
+
+    bool matchesInFile(jet::RowId row) {
         jet::StoredField field;
         const jet::Column& column = store_.stored(column_);
-        if (!reader_.read(store_.rowId(row), column, field)) return false;
+        if (!reader_.read(row, column, field)) return false;
         const auto text = reader_.storedText(field, column);
         return text && like_.matches(*text);
     }
@@ -184,9 +203,7 @@ void TextMatches::searchGroups(std::size_t first, std::size_t end) {
 void TextMatches::searchGroup(std::size_t group, Searcher& searcher) {
     const auto begin = static_cast<std::uint32_t>(group * kGroupRows);
     const std::uint32_t end = std::min(begin + kGroupRows, count_);
-    for (std::uint32_t row = begin + searched_[group]; row < end; ++row) {
-        if (searcher.matches(row)) bits_[row / 64] |= std::uint64_t{1} << (row % 64);
-    }
+    searcher.search(begin + searched_[group], end, &bits_[group * kGroupWords]);
     searched_[group] = static_cast<std::uint16_t>(end - begin);
 }
 

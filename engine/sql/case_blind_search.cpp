@@ -18,6 +18,7 @@ namespace {
 constexpr std::u16string_view kFrequent = u" ETAOINRSLDCUPMFGHBYW0123456789.,:;_-KVX()/=\"'";
 
 constexpr auto kNowhere = static_cast<std::size_t>(-1);
+constexpr auto kMixed = static_cast<std::size_t>(-2);
 
 std::size_t rarity(char16_t folded) {
     const std::size_t place = kFrequent.find(folded);
@@ -28,6 +29,10 @@ std::size_t rarity(char16_t folded) {
 
 __m128i load16(const std::uint8_t* at) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+}
+
+bool hasZero(__m128i bytes) {
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())) != 0;
 }
 
 /// Sixteen bytes as units of one or two bytes.
@@ -48,24 +53,42 @@ struct Lanes<char16_t> {
     static __m128i equal(__m128i left, __m128i right) { return _mm_cmpeq_epi16(left, right); }
 };
 
-/// The first variants of an anchor, each in all lanes.
-template <typename Unit, int Variants>
-class LaneAnchor {
+/// Finds one variant, or two that differ in one bit.
+template <typename Unit>
+class OneBitAnchor {
 public:
-    explicit LaneAnchor(const std::array<char16_t, 8>& variants) {
-        for (int i = 0; i < Variants; ++i) variants_[i] = Lanes<Unit>::repeat(variants[i]);
+    OneBitAnchor(const std::array<char16_t, 8>& variants, char16_t bit)
+        : bit_{Lanes<Unit>::repeat(bit)},
+          value_{Lanes<Unit>::repeat(static_cast<char16_t>(variants[0] | bit))} {}
+
+    __m128i in(__m128i units) const {
+        return Lanes<Unit>::equal(_mm_or_si128(units, bit_), value_);
+    }
+
+private:
+    __m128i bit_;
+    __m128i value_;
+};
+
+template <typename Unit>
+class VariantsAnchor {
+public:
+    VariantsAnchor(const std::array<char16_t, 8>& variants, char16_t /*bit*/) {
+        for (std::size_t i = 0; i < variants.size(); ++i) {
+            variants_[i] = Lanes<Unit>::repeat(variants[i]);
+        }
     }
 
     __m128i in(__m128i units) const {
-        __m128i found = Lanes<Unit>::equal(units, variants_[0]);
-        for (int i = 1; i < Variants; ++i) {
-            found = _mm_or_si128(found, Lanes<Unit>::equal(units, variants_[i]));
+        __m128i found = _mm_setzero_si128();
+        for (const __m128i variant : variants_) {
+            found = _mm_or_si128(found, Lanes<Unit>::equal(units, variant));
         }
         return found;
     }
 
 private:
-    __m128i variants_[Variants];
+    __m128i variants_[8];
 };
 
 #endif
@@ -79,7 +102,7 @@ bool containsZero(jet::Bytes bytes) {
     if (bytes.size() >= 16) {
         __m128i least = load16(end - 16);
         for (; end - at >= 16; at += 16) least = _mm_min_epu8(least, load16(at));
-        return _mm_movemask_epi8(_mm_cmpeq_epi8(least, _mm_setzero_si128())) != 0;
+        return hasZero(least);
     }
 #endif
     return std::find(at, end, std::uint8_t{0}) != end;
@@ -103,25 +126,28 @@ CaseBlindSearch::Anchors CaseBlindSearch::makeAnchors(std::size_t units) const {
         return rarity(wanted_[left]) > rarity(wanted_[right]);
     });
     Anchors anchors;
-    std::size_t most = 0;
+    anchors.oneBit = anchors.eight = true;
     const auto fill = [&](Anchor& anchor, std::size_t place) {
         const auto variants = variantsOf(wanted_[place], units);
         anchor.place = place;
         anchor.variants.fill(variants.front());
-        most = std::max(most, variants.size());
         std::copy_n(variants.begin(), std::min(variants.size(), anchor.variants.size()),
                     anchor.variants.begin());
+        const unsigned difference = unsigned{anchor.variants[0]} ^ unsigned { anchor.variants[1] };
+        anchor.bit = static_cast<char16_t>(difference);
+        if (variants.size() > 2 || std::popcount(difference) > 1) anchors.oneBit = false;
+        if (variants.size() > anchor.variants.size()) anchors.eight = false;
     };
     fill(anchors.first, places.front());
     fill(anchors.second, places[std::min(places.size() - 1, std::size_t{1})]);
-    anchors.two = most <= 2;
-    anchors.eight = most <= anchors.first.variants.size();
     return anchors;
 }
 
 CaseBlindSearch::Found CaseBlindSearch::inNarrow(jet::Bytes text) const {
-    const std::size_t place = fitsNarrow_ ? find<std::uint8_t>(text, narrow_) : kNowhere;
-    if (place == kNowhere) return containsZero(text) ? Found::Mixed : Found::No;
+    if (!fitsNarrow_) return containsZero(text) ? Found::Mixed : Found::No;
+    const std::size_t place = find<std::uint8_t>(text, narrow_);
+    if (place == kNowhere) return Found::No;
+    if (place == kMixed) return Found::Mixed;
     return containsZero(text.first(place + wanted_.size())) ? Found::Mixed : Found::Yes;
 }
 
@@ -151,8 +177,8 @@ std::size_t CaseBlindSearch::find(jet::Bytes text, const Anchors& anchors) const
     const std::size_t starts = count - wanted_.size() + 1;
 #ifdef __SSE2__
     if (way_ == Way::Fastest && starts >= 16 / sizeof(Unit) && anchors.eight) {
-        return anchors.two ? findByLanes<Unit, 2>(text.data(), starts, anchors)
-                           : findByLanes<Unit, 8>(text.data(), starts, anchors);
+        return anchors.oneBit ? findByLanes<Unit, OneBitAnchor<Unit>>(text, starts, anchors)
+                              : findByLanes<Unit, VariantsAnchor<Unit>>(text, starts, anchors);
     }
 #endif
     const std::size_t place = anchors.first.place;
@@ -162,32 +188,45 @@ std::size_t CaseBlindSearch::find(jet::Bytes text, const Anchors& anchors) const
             return start;
         }
     }
-    return kNowhere;
+    return sizeof(Unit) == 1 && containsZero(text) ? kMixed : kNowhere;
 }
 
 #ifdef __SSE2__
 
 /// The last step goes back as far as is needed to be a whole one.
-template <typename Unit, int Variants>
-std::size_t CaseBlindSearch::findByLanes(const std::uint8_t* text, std::size_t starts,
+template <typename Unit, typename LaneAnchor>
+std::size_t CaseBlindSearch::findByLanes(jet::Bytes text, std::size_t starts,
                                          const Anchors& anchors) const {
     constexpr std::size_t kStep = 16 / sizeof(Unit);
-    const LaneAnchor<Unit, Variants> first{anchors.first.variants};
-    const LaneAnchor<Unit, Variants> second{anchors.second.variants};
-    const std::uint8_t* const ofFirst = text + anchors.first.place * sizeof(Unit);
-    const std::uint8_t* const ofSecond = text + anchors.second.place * sizeof(Unit);
+    const LaneAnchor first{anchors.first.variants, anchors.first.bit};
+    const LaneAnchor second{anchors.second.variants, anchors.second.bit};
+    const std::uint8_t* const begin = text.data();
+    const std::uint8_t* const ofFirst = begin + anchors.first.place * sizeof(Unit);
+    const std::uint8_t* const ofSecond = begin + anchors.second.place * sizeof(Unit);
     const std::size_t last = starts - kStep;
+    __m128i least = load16(begin);
     for (std::size_t start = 0;; start = std::min(start + kStep, last)) {
         const std::size_t at = start * sizeof(Unit);
-        const __m128i both =
-            _mm_and_si128(first.in(load16(ofFirst + at)), second.in(load16(ofSecond + at)));
+        __m128i both = first.in(load16(ofFirst + at));
+        // Many variants are many comparisons, and mostly the first anchor is not there.
+        if (sizeof(Unit) == 1 || _mm_movemask_epi8(both) != 0) {
+            both = _mm_and_si128(both, second.in(load16(ofSecond + at)));
+        }
         auto hits = static_cast<unsigned>(_mm_movemask_epi8(both)) & Lanes<Unit>::kEach;
         for (; hits != 0; hits &= hits - 1) {
             const std::size_t found = at + static_cast<std::size_t>(std::countr_zero(hits));
-            if (isAt<Unit>(text + found)) return found / sizeof(Unit);
+            if (isAt<Unit>(begin + found)) return found / sizeof(Unit);
         }
-        if (start == last) return kNowhere;
+        if constexpr (sizeof(Unit) == 1) least = _mm_min_epu8(least, load16(begin + at));
+        if (start == last) break;
     }
+    if constexpr (sizeof(Unit) == 1) {
+        // What stands behind the last place at which the text could begin.
+        const bool zero = hasZero(least) || containsZero(text.subspan(text.size() - 16)) ||
+                          (wanted_.size() > 17 && containsZero(text.subspan(starts)));
+        if (zero) return kMixed;
+    }
+    return kNowhere;
 }
 
 #endif

@@ -40,22 +40,23 @@ private:
     struct Anchor {
         std::size_t place = 0;
         std::array<char16_t, 8> variants{};  ///< filled up with the first
+        char16_t bit = 0;                    ///< what two variants differ in, if that is one bit
     };
 
     /// Two characters that are looked for before the others are compared.
     struct Anchors {
         Anchor first;
         Anchor second;
-        bool two = false;    ///< neither has more than two variants
-        bool eight = false;  ///< neither has more than eight
+        bool oneBit = false;  ///< each has one variant, or two that differ in one bit
+        bool eight = false;   ///< neither has more than eight variants
     };
 
-    /// Where the text begins first; kNowhere if it is not there.
+    /// Where the text begins first; kNowhere if it is not there, kMixed if it is not and one of the
+    /// bytes of a narrow text is zero.
     template <typename Unit>
     std::size_t find(jet::Bytes text, const Anchors& anchors) const;
-    template <typename Unit, int Variants>
-    std::size_t findByLanes(const std::uint8_t* text, std::size_t starts,
-                            const Anchors& anchors) const;
+    template <typename Unit, typename LaneAnchor>
+    std::size_t findByLanes(jet::Bytes text, std::size_t starts, const Anchors& anchors) const;
     template <typename Unit>
     bool isAt(const std::uint8_t* text) const;
     template <typename Unit>

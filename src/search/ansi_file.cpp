@@ -15,13 +15,21 @@ void toAnsi(std::u16string_view text, std::string& bytes) {
     ::WideCharToMultiByte(CP_ACP, 0, from, length, bytes.data(), size, nullptr, nullptr);
 }
 
+/// A file that says it may not be written is left alone, also by those who could.
+HANDLE create(const std::wstring& path) {
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+        throwFileError(ERROR_ACCESS_DENIED);
+    }
+    const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                      CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) throwFileError(::GetLastError());
+    return file;
+}
+
 }  // namespace
 
-AnsiFile::AnsiFile(const std::wstring& path)
-    : file_{::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
-                          FILE_ATTRIBUTE_NORMAL, nullptr)} {
-    if (file_ == INVALID_HANDLE_VALUE) throwFileError(::GetLastError());
-}
+AnsiFile::AnsiFile(const std::wstring& path) : file_{create(path)} {}
 
 AnsiFile::~AnsiFile() { ::CloseHandle(file_); }
 

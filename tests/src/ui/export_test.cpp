@@ -225,6 +225,31 @@ TEST_F(ExportTest, ATargetThatRefusesIsReported) {
     EXPECT_FALSE(form.status.visible());
 }
 
+TEST_F(ExportTest, AFileThatMayNotBeWrittenIsReportedAndStays) {
+    openRows(20);
+    folder.write("out.txt", {'k', 'e', 'p', 't'});
+    ::SetFileAttributesW(target().c_str(), FILE_ATTRIBUTE_READONLY);
+    exportTo(target());
+    ::SetFileAttributesW(target().c_str(), FILE_ATTRIBUTE_NORMAL);
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_TRUE(reports[0].starts_with(u"[frmMain]mnuExportData_Click: Err.Number = 75 "));
+    EXPECT_EQ(content(target()), "kept");
+    EXPECT_EQ(panel(1), L"");
+    exportTo(target());
+    EXPECT_TRUE(content(target()).starts_with(kHeading)) << "and the next one works";
+}
+
+TEST_F(ExportTest, ThePathMayHoldAnyCharacters) {
+    openRows(120);
+    const std::filesystem::path path =
+        folder.path() / L"\u00DCbung \u97F3\u58F0 \u0416" / L"\u7559\u5B88.txt";
+    std::filesystem::create_directory(path.parent_path());
+    exportTo(path);
+    EXPECT_EQ(blockEnds(content(path)), 2u);
+    EXPECT_EQ(panel(1), L"Export complete (" + path.wstring() + L")");
+    EXPECT_TRUE(reports.empty());
+}
+
 TEST_F(ExportTest, AFullDiskIsReported) {
     const std::filesystem::path full{L"Z:\\dev\\full"};
     // A device has no attributes to look up; its folder has.

@@ -1,4 +1,4 @@
-#include "tests/program/jetsql_answer.h"
+#include "tests/program/tools.h"
 
 #include "engine/jet/text.h"
 
@@ -11,12 +11,14 @@
 
 namespace {
 
-std::wstring commandLine(const std::filesystem::path& database, const std::wstring& query) {
+/// The tools stand in the folder of the test program.
+std::filesystem::path tool(const char* name) {
     std::array<wchar_t, 1024> own{};
     GetModuleFileNameW(nullptr, own.data(), static_cast<DWORD>(own.size()));
-    const auto program = std::filesystem::path{own.data()}.parent_path() / "jetsql.exe";
-    return L'"' + program.wstring() + L"\" \"" + database.wstring() + L"\" \"" + query + L'"';
+    return std::filesystem::path{own.data()}.parent_path() / name;
 }
+
+std::wstring quoted(const std::wstring& text) { return L'"' + text + L'"'; }
 
 /// All that comes until the other side closes the pipe.
 std::string readAll(HANDLE pipe) {
@@ -28,6 +30,35 @@ std::string readAll(HANDLE pipe) {
         text.append(part.data(), count);
     }
     return text;
+}
+
+/// What the tool prints.
+std::string run(const char* name, const std::wstring& arguments) {
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    HANDLE reading = nullptr;
+    HANDLE writing = nullptr;
+    CreatePipe(&reading, &writing, &inherited, 1 << 20);
+    SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = writing;
+    PROCESS_INFORMATION process{};
+    std::wstring line = quoted(tool(name).wstring()) + L' ' + arguments;
+    const BOOL started = CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                        nullptr, &startup, &process);
+    CloseHandle(writing);
+    std::string output = started ? readAll(reading) : std::string{};
+    CloseHandle(reading);
+    DWORD code = 1;
+    if (started) {
+        WaitForSingleObject(process.hProcess, 30000);
+        GetExitCodeProcess(process.hProcess, &code);
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
+    }
+    if (code != 0) throw std::runtime_error{std::string{name} + " failed"};
+    return output;
 }
 
 /// yyyy-mm-dd hh:mm:ss as the system's settings have it.
@@ -63,30 +94,13 @@ std::string ansi(const std::wstring& text) {
 }  // namespace
 
 fixture::PlainTable jetsqlAnswer(const std::filesystem::path& database, const std::wstring& query) {
-    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-    HANDLE reading = nullptr;
-    HANDLE writing = nullptr;
-    CreatePipe(&reading, &writing, &inherited, 1 << 20);
-    SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdOutput = writing;
-    PROCESS_INFORMATION process{};
-    std::wstring line = commandLine(database, query);
-    const BOOL started = CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                        nullptr, &startup, &process);
-    CloseHandle(writing);
-    const std::string output = started ? readAll(reading) : std::string{};
-    CloseHandle(reading);
-    if (!started) throw std::runtime_error{"jetsql cannot be started"};
-    WaitForSingleObject(process.hProcess, 30000);
-    DWORD code = 1;
-    GetExitCodeProcess(process.hProcess, &code);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    if (code != 0) throw std::runtime_error{"jetsql failed"};
-    return fixture::parsePlainTable(output);
+    return fixture::parsePlainTable(
+        run("jetsql.exe", quoted(database.wstring()) + L' ' + quoted(query)));
+}
+
+void makeTraces(const std::filesystem::path& database, int rows) {
+    run("maketraces.exe", quoted(database.wstring()) + L" --rows " + std::to_wstring(rows) +
+                              L" --format newer --macros");
 }
 
 std::string asExported(const fixture::PlainTable& table) {

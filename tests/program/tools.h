@@ -1,5 +1,6 @@
-// What jetsql, which shares the engine with the viewer but none of its windows and recordsets,
-// answers to a query, and how the viewer's export of the same rows has to look.
+// The command line tools beside the viewer: maketraces fills databases, and jetsql, which shares the
+// engine with the viewer but none of its windows and recordsets, answers queries. And how the
+// viewer's export of an answer has to look. All throw std::runtime_error if a tool fails.
 #pragma once
 
 #include "tests/support/expected.h"
@@ -7,8 +8,9 @@
 #include <filesystem>
 #include <string>
 
-/// Runs jetsql.exe of the folder that the test program stands in. Throws std::runtime_error if it
-/// fails.
+/// A database of the newer format with macro traces.
+void makeTraces(const std::filesystem::path& database, int rows);
+
 fixture::PlainTable jetsqlAnswer(const std::filesystem::path& database, const std::wstring& query);
 
 /// The bytes of an exported file with these rows, whose first column is a date: tabs between the
