@@ -24,10 +24,10 @@ std::u16string versionText() {
            toText(version.revision);
 }
 
-/// In every form that is loaded, also in those that are hidden.
+/// In every form that is loaded, also in those that are hidden. The list is a copy, as forms may
+/// load others meanwhile.
 void relocalizeForms(Procedure& procedure) {
-    const std::vector<forms::Form*> loaded = forms::loadedForms();
-    for (forms::Form* const form : loaded) {
+    for (forms::Form* const form : std::vector<forms::Form*>{forms::loadedForms()}) {
         procedure.step([&] { modLocalize::applyLanguageFont(*form); });
         procedure.step([&] {
             auto* const localized = dynamic_cast<modLocalize::LocalizedForm*>(form);
