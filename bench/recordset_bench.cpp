@@ -4,6 +4,7 @@
 //
 // The database is named by the environment; without it every benchmark reports an error.
 #include "engine/ado/recordset.h"
+#include "toolkit/grid/model/grouping.h"
 
 #include <benchmark/benchmark.h>
 
@@ -113,6 +114,30 @@ void reverse(benchmark::State& state) {
     }
 }
 BENCHMARK(reverse)->Unit(benchmark::kMillisecond);
+
+/// Groups as the grid does for two columns, one within the other.
+void group(benchmark::State& state) {
+    if (skipped(state)) return;
+    ado::Connection connection;
+    openConnection(connection);
+    ado::Recordset rows;
+    rows.open(kQuery, connection);
+    rows.setSort(u"Date ASC");
+    const auto fieldNamed = [&](std::u16string_view name) {
+        std::size_t field = 0;
+        while (rows.fields()[static_cast<int>(field)].name() != name) ++field;
+        return field;
+    };
+    const std::size_t outer = fieldNamed(u"Component");
+    const std::size_t inner = fieldNamed(u"Process");
+    for (auto _ : state) {
+        grid::Grouping grouping{rows.rowCount(),
+                                {{rows.valueRanks(outer), false}, {rows.valueRanks(inner), true}}};
+        grouping.setAllUnfolded(true);
+        benchmark::DoNotOptimize(grouping.viewCount());
+    }
+}
+BENCHMARK(group)->Unit(benchmark::kMillisecond);
 
 /// Every cell of forty rows in the middle, as a grid paints them.
 void paintScreen(benchmark::State& state) {

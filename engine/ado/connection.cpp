@@ -85,6 +85,7 @@ std::unique_ptr<Recordset> Connection::execute(std::u16string_view statement) {
 
 void Connection::change(const sql::Statement& statement, const std::shared_ptr<Scheduler>& idle) {
     throwLostChanges();
+    for (Recordset* recordset : recordsets_) recordset->forgetMatches();
     translated(path_, [&] {
         jet::Database& changed = *database();
         run([&] { sql::execute(changed, statement); });

@@ -68,9 +68,9 @@ public:
     /// which has been executed. Throws as Recordset::open.
     std::unique_ptr<Recordset> execute(std::u16string_view statement);
 
-    /// Who runs what may take long: statements that write, and making them durable. It must have run
-    /// the work when it returns, on whatever thread, and let its exceptions through. Until one is
-    /// set the work runs where it is asked for.
+    /// Who runs what may take long: statements that write, making them durable, searches for texts.
+    /// It must have run the work when it returns, on whatever thread, and let its exceptions through.
+    /// Until one is set the work runs where it is asked for.
     using Runner = std::function<void(const std::function<void()>& work)>;
     void setRunner(Runner runner) { runner_ = std::move(runner); }
 

@@ -32,15 +32,35 @@ FieldReader::FieldReader(std::shared_ptr<const jet::Table> table, Reading readin
     : table_{std::move(table)},
       reading_{reading},
       records_{table_->pageReader()},
-      longValues_{table_->pageReader()} {}
+      longValues_{table_->pageReader()},
+      moved_{table_->pageReader()} {
+    longValues_.borrowBlock(&records_);
+}
 
 bool FieldReader::read(jet::RowId row, const jet::Column& column, jet::StoredField& field) {
     return unlessDamaged([&] {
-        if (reading_ == Reading::InOrder) loadAround(row.page());
-        if (!table_->find(records_, row, record_)) return false;
-        field = record_.field(column);
-        return true;
+        const bool found =
+            reading_ == Reading::InOrder ? findInOrder(row) : table_->find(records_, row, record_);
+        if (found) field = record_.field(column);
+        return found;
     });
+}
+
+/// What Table::find does, with the page looked up once for all its rows that follow each other.
+bool FieldReader::findInOrder(jet::RowId row) {
+    if (!page_ || page_->number() != row.page()) {
+        page_.reset();
+        loadAround(row.page());
+        const jet::DataPage page{records_.page(row.page()), row.page()};
+        if (page.owner() != raw(table_->definition().page)) return false;
+        page_ = page;
+    }
+    const auto slot = page_->slot(row.slot());
+    if (!slot || slot->moved) return false;
+    record_ = slot->pointer
+                  ? jet::Record{followPointer(moved_, slot->bytes, page_->owner()), row.page()}
+                  : jet::Record{slot->bytes, row.page()};
+    return true;
 }
 
 /// Loads the block that begins with the page, or ends with it on the way back, if the page before
@@ -67,16 +87,21 @@ jet::Value FieldReader::value(const jet::StoredField& field, const jet::Column& 
         [&] { return jet::decodeField(longValues_, column, field, record_.page()); });
 }
 
+std::optional<jet::Bytes> FieldReader::storedText(const jet::StoredField& field,
+                                                  const jet::Column& column) {
+    if (field.null) return std::nullopt;
+    if (!column.isLongValue()) return field.bytes;
+    return unlessDamaged([&]() -> std::optional<jet::Bytes> {
+        return jet::readLongValue(longValues_, field.bytes, record_.page(), scratch_);
+    });
+}
+
 bool FieldReader::appendText(const jet::StoredField& field, const jet::Column& column,
                              std::u16string& out) {
     if (field.null) return true;
-    return unlessDamaged([&] {
-        const jet::Bytes bytes = column.isLongValue() ? jet::readLongValue(longValues_, field.bytes,
-                                                                           record_.page(), scratch_)
-                                                      : field.bytes;
-        jet::appendUtf16(bytes, out);
-        return true;
-    });
+    const auto bytes = storedText(field, column);
+    if (bytes) jet::appendUtf16(*bytes, out);
+    return bytes.has_value();
 }
 
 }  // namespace ado

@@ -7,8 +7,10 @@
 // Belongs to one thread.
 #pragma once
 
+#include "engine/jet/data_page.h"
 #include "engine/jet/table.h"
 
+#include <optional>
 #include <string>
 
 namespace ado {
@@ -21,6 +23,8 @@ public:
     };
 
     FieldReader(std::shared_ptr<const jet::Table> table, Reading reading);
+    FieldReader(const FieldReader&) = delete;
+    FieldReader& operator=(const FieldReader&) = delete;
 
     /// False if the row is gone or damaged. The field's bytes hold until the next read().
     /// Throws jet::Error for failures of the storage.
@@ -29,20 +33,31 @@ public:
     /// The value of a field just read; Null if it is damaged. Throws as read().
     jet::Value value(const jet::StoredField& field, const jet::Column& column);
 
+    /// The stored bytes of a text just read, wherever they stand; nothing if it is Null or damaged.
+    /// They hold until the next use of the reader. Throws as read().
+    std::optional<jet::Bytes> storedText(const jet::StoredField& field, const jet::Column& column);
+
     /// Appends the characters of a text; false if it is damaged. Throws as read().
     bool appendText(const jet::StoredField& field, const jet::Column& column, std::u16string& out);
 
 private:
     void loadAround(jet::PageNumber page);
+    bool findInOrder(jet::RowId row);
 
     std::shared_ptr<const jet::Table> table_;
     Reading reading_;
 
-    // The record read last stays valid while its long values are read by other hands.
+    // The record read last stays valid while its long values are read by other hands. These mostly
+    // find them in the block that was loaded for the records.
     jet::PageReader records_;
     jet::PageReader longValues_;
     jet::Record record_;
     jet::Binary scratch_;
+
+    // When reading in order: the page of the rows read last, for as long as its block is loaded,
+    // and other hands for records that moved away from it.
+    std::optional<jet::DataPage> page_;
+    jet::PageReader moved_;
 
     // The block of pages that records_ holds, when reading in order.
     std::uint32_t blockFirst_ = 0;

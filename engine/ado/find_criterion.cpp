@@ -130,6 +130,14 @@ void FindCriterion::setValue(std::u16string_view literal) {
     value_ = fitLiteral(std::move(value_), type_);
 }
 
+bool FindCriterion::isOfText() const {
+    return type_ == jet::ColumnType::Text || type_ == jet::ColumnType::Memo;
+}
+
+const std::u16string* FindCriterion::textPattern() const {
+    return pattern_ && isOfText() ? std::get_if<std::u16string>(&value_) : nullptr;
+}
+
 bool FindCriterion::matches(Rows& rows, std::uint32_t row) {
     const std::int64_t code = rows.code(row, column_);
     if (code < 0) return evaluate(rows, row);
@@ -146,7 +154,7 @@ bool FindCriterion::evaluate(Rows& rows, std::uint32_t row) {
 }
 
 bool FindCriterion::matchesPattern(Rows& rows, std::uint32_t row) {
-    if (type_ != jet::ColumnType::Text && type_ != jet::ColumnType::Memo) {
+    if (!isOfText()) {
         const jet::Value value = rows.value(row, column_);
         if (jet::isNull(value)) return false;
         text_.clear();

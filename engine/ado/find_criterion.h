@@ -25,10 +25,15 @@ public:
     /// Null matches nothing but "= Null". Throws jet::Error for failures of the storage.
     bool matches(Rows& rows, std::uint32_t row);
 
+    /// The pattern if it is one of LIKE for a column of texts; else null.
+    const std::u16string* textPattern() const;
+    std::size_t column() const { return column_; }
+
 private:
     enum class Operator { Equal, NotEqual, Less, Greater, LessOrEqual, GreaterOrEqual, Like };
     enum class Known : std::uint8_t { Unknown, Matches, DoesNot };
 
+    bool isOfText() const;
     static Operator takeOperator(std::u16string_view& text);
     void setValue(std::u16string_view literal);
     bool holds(const jet::Value& value) const;

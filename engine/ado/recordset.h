@@ -15,6 +15,7 @@
 #include "engine/ado/fetch.h"
 #include "engine/ado/field.h"
 #include "engine/ado/sort_order.h"
+#include "engine/ado/text_matches.h"
 
 #include <functional>
 #include <memory>
@@ -22,6 +23,8 @@
 #include <string>
 
 namespace ado {
+
+class FindCriterion;
 
 class Recordset {
 public:
@@ -132,7 +135,10 @@ public:
 
     /// Makes the next record current that satisfies "Field op value" (FindCriterion), from the
     /// current one on after leaving out `skipRecords`; behind the last or before the first row if
-    /// there is none. Throws Error: 3021 without a current record, 3001, 3265, 0x80004005.
+    /// there is none. A search for texts is left to the connection's runner, and what it finds out
+    /// is kept for the next one with the same pattern.
+    /// Throws Error: 3021 without a current record, 3001, 3265, 0x80004005; 3704 if it was closed
+    /// meanwhile.
     void find(std::u16string_view criterion, int skipRecords = 0, int direction = adSearchForward);
 
     /// The next `rows` rows as text, and moves behind them; all of them for adGetRowsRest.
@@ -153,10 +159,16 @@ public:
     /// because there is no row.
     bool textAt(std::uint32_t position, std::size_t field, std::u16string& out);
 
+    /// For each position a number by which rows are grouped: equal exactly for equal values, smaller
+    /// for smaller ones, Null first, all numbers below the greatest used. Costs as much as sorting
+    /// by the field. Throws Error: 3704, 0x80004005.
+    std::vector<std::uint32_t> valueRanks(std::size_t field);
+
     /// Memory that the rows and their order take; when the fetch has ended.
     std::size_t byteCount() const;
 
 private:
+    friend class Connection;
     friend class Field;
     friend class Fields;
 
@@ -166,7 +178,8 @@ private:
         std::shared_ptr<Rows> rows;
         OrderCache orders;
         std::vector<Recordset*> views;
-        jet::Skipped skipped;  ///< of rows that are in memory
+        std::shared_ptr<TextMatches> matches;  ///< of the latest search for a text; may be null
+        jet::Skipped skipped;                  ///< of rows that are in memory
     };
 
     enum class Place { Before, On, Behind };
@@ -187,6 +200,10 @@ private:
     void sortAgain();
     void attachTo(Connection& connection, std::shared_ptr<RowSet> set);
     void moveTo(Place place, std::uint32_t position);
+    std::shared_ptr<TextMatches> textMatches(const FindCriterion& criterion);
+    std::int64_t findText(TextMatches& matches, std::int64_t position, int direction);
+    std::int64_t findRow(FindCriterion& criterion, std::int64_t position, int direction);
+    void forgetMatches() { set_->matches.reset(); }
     void appendRow(std::uint32_t row, std::u16string_view columnDelimiter,
                    std::u16string_view nullText, std::u16string& out);
 

@@ -92,16 +92,51 @@ void Recordset::find(std::u16string_view criterion, int skipRecords, int directi
     currentRow();
     const std::int64_t count = rowCount();
     std::int64_t position = std::int64_t{position_} + std::int64_t{skipRecords} * direction;
-    translated(connection_->path(), [&] {
-        const Pass pass{*set_->rows};
-        while (position >= 0 && position < count &&
-               !wanted.matches(*set_->rows, order_.rowAt(static_cast<std::uint32_t>(position)))) {
-            position += direction;
-        }
-    });
+    if (position >= 0 && position < count) {
+        const auto matches = textMatches(wanted);
+        position = matches ? findText(*matches, position, direction)
+                           : findRow(wanted, position, direction);
+    }
     if (position < 0) return moveTo(Place::Before, 0);
     if (position >= count) return moveTo(Place::Behind, 0);
     moveTo(Place::On, static_cast<std::uint32_t>(position));
+}
+
+/// Null if the criterion is no search for a text in the file.
+std::shared_ptr<TextMatches> Recordset::textMatches(const FindCriterion& criterion) {
+    const std::u16string* const pattern = criterion.textPattern();
+    auto rows = std::dynamic_pointer_cast<const ScannedRows>(set_->rows);
+    if (pattern == nullptr || !rows) return nullptr;
+    if (!set_->matches || !set_->matches->isFor(criterion.column(), *pattern)) {
+        set_->matches =
+            std::make_shared<TextMatches>(std::move(rows), criterion.column(), *pattern);
+    }
+    return set_->matches;
+}
+
+/// Who runs the search may let the owner do something else meanwhile, such as close this recordset.
+std::int64_t Recordset::findText(TextMatches& matches, std::int64_t position, int direction) {
+    const std::weak_ptr<int> opening = opening_;
+    const RowOrder order = order_;
+    const std::uint32_t count = rowCount();
+    translated(std::filesystem::path{connection_->path()}, [&] {
+        connection_->run([&] { position = matches.find(order, position, count, direction); });
+    });
+    if (opening.expired()) throwClosed();
+    return position;
+}
+
+std::int64_t Recordset::findRow(FindCriterion& criterion, std::int64_t position, int direction) {
+    const std::int64_t count = rowCount();
+    translated(connection_->path(), [&] {
+        const Pass pass{*set_->rows};
+        while (
+            position >= 0 && position < count &&
+            !criterion.matches(*set_->rows, order_.rowAt(static_cast<std::uint32_t>(position)))) {
+            position += direction;
+        }
+    });
+    return position;
 }
 
 std::u16string Recordset::getString(int format, int rows, std::u16string_view columnDelimiter,
@@ -162,6 +197,17 @@ bool Recordset::textAt(std::uint32_t position, std::size_t field, std::u16string
         out.clear();
         return false;
     }
+}
+
+std::vector<std::uint32_t> Recordset::valueRanks(std::size_t field) {
+    const std::uint32_t count = rowCount();
+    const std::vector<std::uint32_t> ranks =
+        translated(connection_->path(), [&] { return denseRanks(*set_->rows, field, count); });
+    std::vector<std::uint32_t> byPosition(count);
+    for (std::uint32_t position = 0; position < count; ++position) {
+        byPosition[position] = ranks[order_.rowAt(position)];
+    }
+    return byPosition;
 }
 
 std::size_t Recordset::byteCount() const {

@@ -15,7 +15,9 @@ public:
     explicit ScannedRows(std::shared_ptr<const sql::Query> query);
 
     RowStore& store() { return store_; }
+    const RowStore& store() const { return store_; }
     const jet::Table& table() const { return *table_; }
+    const std::shared_ptr<const jet::Table>& sharedTable() const { return table_; }
 
     std::uint32_t count() const override { return store_.count(); }
     jet::Value value(std::uint32_t row, std::size_t column) override;

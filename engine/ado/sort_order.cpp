@@ -76,6 +76,44 @@ Permutation::Permutation(Rows& rows, std::vector<SortColumn> columns)
     if (std::is_sorted(rows_.begin(), rows_.end())) std::vector<std::uint32_t>{}.swap(rows_);
 }
 
+namespace {
+
+/// Of keys none of which is above `greatest`, which is small enough for a table.
+std::vector<std::uint32_t> ranksByTable(const std::vector<std::uint64_t>& keys,
+                                        std::uint64_t greatest) {
+    std::vector<std::uint32_t> rankOf(static_cast<std::size_t>(greatest) + 1);
+    for (const std::uint64_t key : keys) rankOf[static_cast<std::size_t>(key)] = 1;
+    std::exclusive_scan(rankOf.begin(), rankOf.end(), rankOf.begin(), 0u);
+    std::vector<std::uint32_t> ranks(keys.size());
+    std::transform(keys.begin(), keys.end(), ranks.begin(),
+                   [&](std::uint64_t key) { return rankOf[static_cast<std::size_t>(key)]; });
+    return ranks;
+}
+
+std::vector<std::uint32_t> ranksBySorting(const std::vector<std::uint64_t>& keys) {
+    std::vector<std::uint32_t> rows(keys.size());
+    std::iota(rows.begin(), rows.end(), 0u);
+    sortByKey(keys, rows);
+    std::vector<std::uint32_t> ranks(keys.size());
+    std::uint32_t rank = 0;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        if (i > 0 && keys[rows[i]] != keys[rows[i - 1]]) ++rank;
+        ranks[rows[i]] = rank;
+    }
+    return ranks;
+}
+
+}  // namespace
+
+std::vector<std::uint32_t> denseRanks(Rows& rows, std::size_t column, std::uint32_t count) {
+    const Pass pass{rows};
+    const std::vector<std::uint64_t> keys = rows.orderKeys(column, count);
+    if (keys.empty()) return {};
+    const std::uint64_t greatest = *std::max_element(keys.begin(), keys.end());
+    return greatest < 2 * std::uint64_t{count} + 1024 ? ranksByTable(keys, greatest)
+                                                      : ranksBySorting(keys);
+}
+
 std::uint32_t RowOrder::positionOf(std::uint32_t row) const {
     if (!permutation_ || row >= permutation_->count()) return row;
     std::uint32_t place = 0;

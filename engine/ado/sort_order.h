@@ -38,6 +38,9 @@ public:
 
     std::uint32_t rowAt(std::uint32_t place) const { return rows_.empty() ? place : rows_[place]; }
 
+    /// Whether the rows came in this order.
+    bool isOfFetch() const { return rows_.empty(); }
+
     std::size_t byteCount() const { return rows_.capacity() * sizeof(std::uint32_t); }
 
 private:
@@ -45,6 +48,10 @@ private:
     std::uint32_t count_ = 0;
     std::vector<std::uint32_t> rows_;  ///< empty if the rows came in this order already
 };
+
+/// For each of the first `count` rows the rank of its value among the different values of the
+/// column, from 0. Throws as Rows::value.
+std::vector<std::uint32_t> denseRanks(Rows& rows, std::size_t column, std::uint32_t count);
 
 /// Positions to rows and back. Rows that came after the sort stand behind the sorted ones.
 /// Descending is ascending backwards, rows that are equal among them included.
@@ -63,6 +70,10 @@ public:
 
     /// Looks through the order: costs a pass over the rows.
     std::uint32_t positionOf(std::uint32_t row) const;
+
+    /// Whether positions count the rows as they came, or backwards if reversed.
+    bool isOfFetch() const { return !permutation_ || permutation_->isOfFetch(); }
+    bool isReversed() const { return permutation_ && reversed_; }
 
     const std::shared_ptr<const Permutation>& permutation() const { return permutation_; }
 

@@ -48,9 +48,10 @@ void PageCache::forget(PageNumber number) {
 }
 
 Bytes PageReader::page(PageNumber number) {
-    // One unsigned comparison covers both ends of the block.
-    const std::uint32_t inBlock = raw(number) - blockFirst_;
-    if (inBlock < blockCount_) return Bytes{block_}.subspan(inBlock * kPageSize, kPageSize);
+    if (const Bytes page = pageOfBlock(number); !page.empty()) return page;
+    if (lender_) {
+        if (const Bytes page = lender_->pageOfBlock(number); !page.empty()) return page;
+    }
     if (!held_ || heldNumber_ != number) {
         held_ = cache_->get(number);
         heldNumber_ = number;

@@ -61,11 +61,24 @@ public:
     /// them until the next loadBlock. Throws as Storage::readPages.
     void loadBlock(PageNumber first, std::size_t count);
 
+    /// Looks into the block that `lender` has loaded before asking the cache; null ends that. What
+    /// it gives from there holds as the lender's.
+    void borrowBlock(const PageReader* lender) { lender_ = lender; }
+
     const Storage& storage() const { return *storage_; }
 
 private:
+    /// Empty if the loaded block does not hold the page.
+    Bytes pageOfBlock(PageNumber number) const {
+        // One unsigned comparison covers both ends of the block.
+        const std::uint32_t inBlock = raw(number) - blockFirst_;
+        if (inBlock >= blockCount_) return {};
+        return Bytes{block_}.subspan(inBlock * kPageSize, kPageSize);
+    }
+
     const Storage* storage_;
     PageCache* cache_;
+    const PageReader* lender_ = nullptr;
     std::vector<std::uint8_t> block_;
     std::uint32_t blockFirst_ = 0;
     std::uint32_t blockCount_ = 0;

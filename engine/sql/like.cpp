@@ -1,44 +1,18 @@
 #include "engine/sql/like.h"
 
-#include "engine/jet/collation.h"
-#include "engine/jet/collation_weights.h"
+#include "engine/sql/case_fold.h"
 #include "engine/sql/error.h"
 
 #include <algorithm>
 #include <string>
-#include <unordered_map>
 
 namespace sql {
 
 namespace {
 
-/// Letters are one when the collation gives them one key. Characters without a weight of their
-/// own, and halves of surrogate pairs, stand for themselves.
-std::vector<char16_t> makeFoldTable() {
-    const jet::CharacterWeights& weights = jet::CharacterWeights::general();
-    std::unordered_map<std::string, char16_t> firstWithKey;
-    std::vector<char16_t> table(0x10000);
-    for (std::size_t code = 0; code < table.size(); ++code) {
-        const auto unit = static_cast<char16_t>(code);
-        const jet::CharacterWeight& weight = weights[unit];
-        const bool letter = weight.weight != 0 && (unit < 0xD800 || unit > 0xDFFF) &&
-                            weight.kind != jet::WeightKind::Mark &&
-                            weight.kind != jet::WeightKind::Hidden;
-        table[code] =
-            letter ? firstWithKey.try_emplace(jet::textKey({&unit, 1}), unit).first->second : unit;
-    }
-    return table;
-}
-
 bool isDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 
 }  // namespace
-
-char16_t foldCase(char16_t c) {
-    if (c < 0x80) return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
-    static const std::vector<char16_t> table = makeFoldTable();
-    return table[c];
-}
 
 LikePattern::LikePattern(std::u16string_view pattern) {
     for (std::size_t at = 0; at < pattern.size();) {
@@ -59,6 +33,21 @@ LikePattern::LikePattern(std::u16string_view pattern) {
             elements_.push_back({Kind::Character, foldCase(c), false, {}});
         }
     }
+    findLiteral();
+}
+
+void LikePattern::findLiteral() {
+    std::u16string stretch;
+    for (const Element& element : elements_) {
+        if (element.kind != Kind::Character) {
+            stretch.clear();
+            continue;
+        }
+        stretch.push_back(element.character);
+        if (stretch.size() > literal_.size()) literal_ = stretch;
+    }
+    containment_ = !literal_.empty() && elements_.size() == literal_.size() + 2 &&
+                   elements_.front().kind == Kind::Run && elements_.back().kind == Kind::Run;
 }
 
 /// Reads the list whose first character is at `at`; gives the place behind its bracket. An empty

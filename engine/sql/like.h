@@ -7,14 +7,12 @@
 // A pattern is immutable and may be shared between threads.
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 namespace sql {
-
-/// The character that stands for all that differ from `c` in case only.
-char16_t foldCase(char16_t c);
 
 class LikePattern {
 public:
@@ -22,6 +20,13 @@ public:
     explicit LikePattern(std::u16string_view pattern);
 
     bool matches(std::u16string_view text) const;
+
+    /// The longest stretch of characters that every text that matches contains, in the form that
+    /// foldCase gives; empty if the pattern has signs only.
+    const std::u16string& literal() const { return literal_; }
+
+    /// Whether the pattern asks for nothing more than that the text contains literal().
+    bool isContainment() const { return containment_; }
 
 private:
     enum class Kind { Character, Any, Digit, List, Run };
@@ -35,8 +40,11 @@ private:
 
     static bool matchesOne(const Element& element, char16_t c);
     std::size_t readList(std::u16string_view pattern, std::size_t at);
+    void findLiteral();
 
     std::vector<Element> elements_;
+    std::u16string literal_;
+    bool containment_ = false;
 };
 
 }  // namespace sql

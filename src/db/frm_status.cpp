@@ -31,6 +31,7 @@ void frmStatus::Form_Load() {
 
 void frmStatus::frmStatus_Auto_Init() {
     frameStatus.setCaption(toWide(myLoadResString(1051)));
+    pbarStatus.setAccessibleName(toWide(myLoadResString(1051)));
     if (!inUse_) lblStatus.setText(toWide(myLoadResString(1045)));
 }
 

@@ -88,6 +88,7 @@ void frmMacroTraces::Form_Load() {
 
 void frmMacroTraces::frmMacroTraces_Auto_Init() {
     setCaption(loadString(1015));
+    treeviewMacroTrace.setAccessibleName(loadString(1015));
     cmdCancel.setCaption(loadString(1018));
     cmdAdd.setCaption(loadString(1016));
     for (int i = 0; i < treeviewMacroTrace.nodeCount(); ++i) {

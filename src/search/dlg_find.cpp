@@ -46,6 +46,7 @@ void dlgFind::build() {
 /// The captions are the same in every language, but what is searched for may need its font.
 void dlgFind::Form_Load() {
     modLocalize::applyLanguageFont(*this);
+    comboFindWhat.setAccessibleName(lblFindWhat.caption());
     optionDirection[kDown].setValue(true);
     center();
 }

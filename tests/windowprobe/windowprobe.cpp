@@ -8,9 +8,14 @@
 //   windowprobe resize WIDTH HEIGHT   sets the outer size in pixels
 //   windowprobe time PROGRAM FILE     starts the viewer, prints the milliseconds until the first page
 //                                     of rows is painted and until all are loaded, and closes it
+//   windowprobe frame COUNT           paints the grid anew COUNT times, then scrolls it COUNT pages;
+//                                     prints the medians of both in milliseconds
+//   windowprobe longest-wait SECONDS  asks the window without pause for so long, and prints the
+//                                     milliseconds that the slowest answer took
 //   windowprobe close                 asks the window to close, as its close button does
 //
 // Exit 1 when there is no such window or it does not answer, 64 on wrong use.
+#include "tests/windowprobe/remote_window.h"
 #include "toolkit/grid/messages.h"
 
 #include <windows.h>
@@ -18,6 +23,7 @@
 #include <fcntl.h>
 #include <io.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -32,55 +38,8 @@
 namespace {
 
 constexpr const wchar_t* kMainWindowClass = L"VorelleDiagnosticViewer.frmMain";
-constexpr UINT kAnswerTime = 1000;  ///< milliseconds a living window may take for an answer
 
 enum ExitCode { kDone = 0, kNoWindow = 1, kTimeOut = 2, kNoRecords = 3, kWrongUse = 64 };
-
-std::optional<DWORD_PTR> ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
-    DWORD_PTR answer = 0;
-    if (SendMessageTimeoutW(window, message, wParam, lParam, SMTO_ABORTIFHUNG, kAnswerTime,
-                            &answer) == 0) {
-        return std::nullopt;
-    }
-    return answer;
-}
-
-/// Memory inside the process of a window: control messages with pointers need it there.
-class RemoteMemory {
-public:
-    RemoteMemory(HWND window, std::size_t size) : size_{size} {
-        DWORD processId = 0;
-        GetWindowThreadProcessId(window, &processId);
-        process_ = OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_READ, FALSE, processId);
-        if (process_ != nullptr) {
-            address_ = VirtualAllocEx(process_, nullptr, size, MEM_COMMIT, PAGE_READWRITE);
-        }
-    }
-
-    ~RemoteMemory() {
-        if (address_ != nullptr && !lent_) VirtualFreeEx(process_, address_, 0, MEM_RELEASE);
-        if (process_ != nullptr) CloseHandle(process_);
-    }
-
-    RemoteMemory(const RemoteMemory&) = delete;
-    RemoteMemory& operator=(const RemoteMemory&) = delete;
-
-    /// Sends the message with this memory as its lParam and fetches what the control wrote.
-    bool fetch(HWND window, UINT message, WPARAM wParam, void* into) {
-        if (address_ == nullptr) return false;
-        if (!ask(window, message, wParam, reinterpret_cast<LPARAM>(address_))) {
-            lent_ = true;  // a late answer may still be written, so the memory stays
-            return false;
-        }
-        return ReadProcessMemory(process_, address_, into, size_, nullptr) != 0;
-    }
-
-private:
-    std::size_t size_;
-    HANDLE process_ = nullptr;
-    void* address_ = nullptr;
-    bool lent_ = false;
-};
 
 HWND mainWindow() { return FindWindowW(kMainWindowClass, nullptr); }
 
@@ -102,17 +61,6 @@ HWND descendant(HWND window, const wchar_t* className) {
     ClassSearch search{className, nullptr};
     EnumChildWindows(window, compareClass, reinterpret_cast<LPARAM>(&search));
     return search.found;
-}
-
-std::optional<std::wstring> panelText(HWND statusBar, WPARAM panel) {
-    const auto length = ask(statusBar, SB_GETTEXTLENGTHW, panel);
-    if (!length) return std::nullopt;
-    // The text may grow between the two questions.
-    std::vector<wchar_t> text(LOWORD(*length) + std::size_t{1024});
-    RemoteMemory memory{statusBar, text.size() * sizeof(wchar_t)};
-    if (!memory.fetch(statusBar, SB_GETTEXTW, panel, text.data())) return std::nullopt;
-    text.back() = L'\0';
-    return std::wstring{text.data()};
 }
 
 using Panels = std::vector<std::wstring>;
@@ -239,6 +187,48 @@ int timeOpening(const std::wstring& program, const wchar_t* file) {
     return kDone;
 }
 
+/// The median time of an action in milliseconds.
+template <typename Action>
+double medianTime(int count, Action action) {
+    std::vector<double> times;
+    for (int i = 0; i < count; ++i) {
+        const auto begin = std::chrono::steady_clock::now();
+        action();
+        const auto passed = std::chrono::steady_clock::now() - begin;
+        times.push_back(std::chrono::duration<double, std::milli>(passed).count());
+    }
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
+}
+
+int timeFrames(int count) {
+    const HWND window = mainWindow();
+    const HWND rows = window == nullptr ? nullptr : descendant(window, grid::kWindowClass);
+    if (rows == nullptr || count < 1) return kNoWindow;
+    const double paint = medianTime(
+        count, [&] { RedrawWindow(rows, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW); });
+    const double page = medianTime(count, [&] { ask(rows, WM_VSCROLL, SB_PAGEDOWN); });
+    std::printf("%.1f %.1f\n", paint, page);
+    return kDone;
+}
+
+int longestWait(std::chrono::seconds duration) {
+    using Clock = std::chrono::steady_clock;
+    const HWND window = mainWindow();
+    const auto end = Clock::now() + duration;
+    Clock::duration longest{};
+    while (Clock::now() < end) {
+        const auto asked = Clock::now();
+        if (SendMessageW(window, WM_NULL, 0, 0) == 0 && !IsWindow(window)) return kNoWindow;
+        longest = std::max(longest, Clock::now() - asked);
+        std::this_thread::sleep_for(std::chrono::milliseconds{1});
+    }
+    std::printf("%lld\n",
+                static_cast<long long>(
+                    std::chrono::duration_cast<std::chrono::milliseconds>(longest).count()));
+    return kDone;
+}
+
 int resize(int width, int height) {
     const HWND window = mainWindow();
     const bool done = window != nullptr && SetWindowPos(window, nullptr, 0, 0, width, height,
@@ -279,12 +269,17 @@ int run(const std::vector<std::wstring>& words) {
     if (command == L"wait-loaded" && count == 2) {
         return waitLoaded(std::chrono::seconds{number(words[1])});
     }
+    if (command == L"frame" && count == 2) return timeFrames(number(words[1]));
+    if (command == L"longest-wait" && count == 2) {
+        return longestWait(std::chrono::seconds{number(words[1])});
+    }
     if (command == L"click-tab" && count == 2)
         return clickTab(static_cast<WPARAM>(number(words[1])));
     if (command == L"resize" && count == 3) return resize(number(words[1]), number(words[2]));
     std::fputs(
         "usage: windowprobe open PROGRAM [FILE] | wait-loaded SECONDS | status |\n"
-        "       click-tab N | resize WIDTH HEIGHT | time PROGRAM FILE | close\n",
+        "       longest-wait SECONDS | click-tab N | resize WIDTH HEIGHT |\n"
+        "       time PROGRAM FILE | frame COUNT | close\n",
         stderr);
     return kWrongUse;
 }

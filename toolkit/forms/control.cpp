@@ -1,5 +1,7 @@
 #include "toolkit/forms/control.h"
 
+#include "toolkit/forms/accessible_object.h"
+
 #include <uxtheme.h>
 #include <windowsx.h>
 
@@ -358,6 +360,10 @@ void Control::fireMouse(const std::function<void(const MouseEvent&)>& event, UIN
     }
 }
 
+AccessibleObject* Control::makeAccessible() {
+    return accessibleName_.empty() ? nullptr : makeNamedAccessible(hwnd(), accessibleName_);
+}
+
 LRESULT Control::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case WM_SETFOCUS:
@@ -386,6 +392,12 @@ LRESULT Control::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             break;
         case WM_LBUTTONDBLCLK:
             fire(onDoubleClick);
+            break;
+        case WM_GETOBJECT:
+            if (const LRESULT answer =
+                    answerObject(wParam, lParam, [this] { return makeAccessible(); })) {
+                return answer;
+            }
             break;
         default:
             break;

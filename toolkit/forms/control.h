@@ -28,6 +28,7 @@
 
 namespace forms {
 
+class AccessibleObject;
 class Control;
 
 struct Bounds {
@@ -112,6 +113,12 @@ public:
     std::wstring caption() const { return text(); }
     void setCaption(const std::wstring& caption) { setText(caption); }
 
+    // What screen readers call a control whose own text is no name for it: a text box, a tree. A
+    // control that was given none has the name that the system finds: its caption, or that of the
+    // label before it.
+    const std::wstring& accessibleName() const { return accessibleName_; }
+    void setAccessibleName(const std::wstring& name) { accessibleName_ = name; }
+
     // Whether the control wants to be seen. It is when its container is, too.
     bool visible() const { return visible_; }
     void setVisible(bool visible);
@@ -188,6 +195,10 @@ protected:
     // it. A control that overrides this calls the base for what it does not handle.
     bool reflected(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) override;
 
+    // What screen readers are told of the inside of the window, with one reference for the caller;
+    // null for what the system tells by itself.
+    virtual AccessibleObject* makeAccessible();
+
     // Runs an event procedure if there is one.
     static void fire(const std::function<void()>& event);
 
@@ -222,6 +233,7 @@ private:
     int tab_ = 0;
     Bounds bounds_;
     bool visible_ = true;
+    std::wstring accessibleName_;
     Font designedFont_;
     std::optional<FontFace> face_;
     Font font_;  // The designed one in the face.

@@ -95,6 +95,9 @@ void Form::createFormWindow() {
     if (options_.icon) {
         setIcon(options_.icon);
     }
+    if (options_.takesFiles) {
+        DragAcceptFiles(hwnd(), TRUE);
+    }
 }
 
 bool Form::unload() {
@@ -116,8 +119,9 @@ void Form::show(const Form* owner) {
     SetWindowLongPtrW(hwnd(), GWLP_HWNDPARENT,
                       reinterpret_cast<LONG_PTR>(owner ? owner->hwnd() : nullptr));
     if (!visible()) {
-        ShowWindow(hwnd(), SW_SHOW);
+        // Laid out first: nobody is to see the controls where they were designed.
         Form_Resize();
+        ShowWindow(hwnd(), SW_SHOW);
     }
     SetForegroundWindow(hwnd());
 }
@@ -215,6 +219,20 @@ void Form::setMousePointer(MousePointer pointer) {
     }
 }
 
+// The files may be dropped on a window that waits for another one, which cannot take them then.
+void Form::handleDrop(HDROP drop) {
+    std::vector<std::wstring> paths(DragQueryFileW(drop, 0xFFFFFFFF, nullptr, 0));
+    for (UINT i = 0; i < paths.size(); ++i) {
+        std::wstring& path = paths[i];
+        path.resize(DragQueryFileW(drop, i, nullptr, 0) + std::size_t{1});
+        path.resize(DragQueryFileW(drop, i, path.data(), static_cast<UINT>(path.size())));
+    }
+    DragFinish(drop);
+    if (!paths.empty() && IsWindowEnabled(hwnd())) {
+        Form_DropFiles(paths);
+    }
+}
+
 bool Form::handleSetCursor(LPARAM lParam) const {
     if (LOWORD(lParam) != HTCLIENT || mousePointer_ == MousePointer::standard) {
         return false;
@@ -299,6 +317,9 @@ LRESULT Form::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
                 return 0;
             }
             break;
+        case WM_DROPFILES:
+            handleDrop(reinterpret_cast<HDROP>(wParam));
+            return 0;
         case WM_COMMAND:
             if (lParam == 0 && menu_.command(LOWORD(wParam))) {
                 return 0;

@@ -31,7 +31,13 @@
 #include "toolkit/forms/units.h"
 #include "toolkit/forms/window.h"
 
+#include <windows.h>
+
+// After windows.h, which it needs.
+#include <shellapi.h>
+
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace forms {
@@ -62,6 +68,8 @@ struct FormOptions {
     Twips clientHeight = Twips(4800);
     // The number of an icon in the program's resources; 0 for none.
     int icon = 0;
+    // Whether files can be dropped on the form.
+    bool takesFiles = false;
 };
 
 struct ControlSpec {
@@ -146,6 +154,8 @@ protected:
     virtual void Form_Resize() {}
     virtual void Form_Unload(bool& /*cancel*/) {}
     virtual void Form_Activate() {}
+    // Files were dropped on the form, which reacts to its user at the moment.
+    virtual void Form_DropFiles(const std::vector<std::wstring>& /*paths*/) {}
     // A click of the right button, or the menu key, that no control took. Screen position.
     virtual void Form_ContextMenu(POINT /*at*/) {}
 
@@ -172,6 +182,7 @@ private:
     void handleActivate(bool active);
     void restoreFocus();
     void paintBackground(HDC dc);
+    void handleDrop(HDROP drop);
     bool handleSetCursor(LPARAM lParam) const;
     bool handleContextMenu(WPARAM wParam, LPARAM lParam);
     void showFocus();

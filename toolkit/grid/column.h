@@ -49,6 +49,10 @@ public:
     bool allowSizing() const { return allowSizing_; }
     void setAllowSizing(bool allow) { allowSizing_ = allow; }
 
+    // Whether the user can group the rows by the column.
+    bool allowGrouping() const { return allowGrouping_; }
+    void setAllowGrouping(bool allow) { allowGrouping_ = allow; }
+
     bool visible() const { return visible_; }
     void setVisible(bool visible);
 
@@ -72,6 +76,7 @@ private:
     bool fillsRest_ = false;
     bool wrapText_ = false;
     bool allowSizing_ = true;
+    bool allowGrouping_ = true;
     bool visible_ = true;
 };
 

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace grid {
 
@@ -30,6 +31,12 @@ public:
     // Replaces `text` by the text of a cell. Must be cheap: it is asked for every visible cell of
     // every paint. A row that is gone gives an empty text.
     virtual void cellText(std::int64_t row, int column, std::wstring& text) const = 0;
+
+    // For every row a number by which rows are grouped: equal exactly where rows belong together,
+    // smaller for what comes first, and no number left out by much (the memory that grouping takes
+    // grows with the greatest). Only asked for when the user groups by the column. The default
+    // reads all texts and orders them as the user's language does.
+    virtual std::vector<std::uint32_t> valueRanks(int column) const;
 
     // The current row, counted from 0; -1 for none.
     virtual std::int64_t currentRow() const = 0;

@@ -1,5 +1,6 @@
 #include "toolkit/grid/grid.h"
 
+#include "toolkit/grid/grid_accessible.h"
 #include "toolkit/grid/messages.h"
 
 #include <windows.h>
@@ -14,6 +15,8 @@ namespace {
 constexpr int kRowPadding = 4;
 constexpr int kHeadingPadding = 9;
 constexpr int kSelectorWidth = 18;
+// The room above and below the chips in the group area, and between them.
+constexpr int kGroupAreaGap = 6;
 constexpr int kBorderReach = 4;
 
 Point pointOf(LPARAM lParam) { return {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}; }
@@ -41,11 +44,16 @@ void Grid::created() {
 
 // What belongs to the window goes with it; the grid may be created again.
 void Grid::onDestroy() {
+    if (link_) {
+        link_->grid = nullptr;
+        link_.reset();
+    }
     endDrag(true);
     tip_.destroy();
     theme_.close();
     buffer_.release();
     barsDue_ = false;
+    regroupDue_ = false;
     thumbTracking_ = false;
 }
 
@@ -165,6 +173,9 @@ void Grid::updateMeasures() {
     const auto scaled = [this](int pixels) { return forms::scaled(pixels, dpi()).value; };
     Measures measures;
     measures.headingHeight = line + scaled(kHeadingPadding);
+    measures.groupAreaGap = scaled(kGroupAreaGap);
+    measures.groupAreaHeight =
+        groupByCaption_.empty() ? 0 : measures.headingHeight + 2 * measures.groupAreaGap;
     measures.selectorWidth = recordSelectors_ ? scaled(kSelectorWidth) : 0;
     measures.rowHeight = rowHeight_ ? std::max(forms::toPixels(*rowHeight_, dpi()).value, 1)
                                     : line + scaled(kRowPadding) + Padding::forDpi(dpi()).line;
@@ -202,6 +213,7 @@ void Grid::setStyle(const std::wstring& name, const Style& style) {
 void Grid::onFocusChanged() {
     hideTip();
     invalidateRow(selection_.current().row);
+    reportFocus();
 }
 
 // Fonts come from the owner; the theme and the colours are asked for anew.

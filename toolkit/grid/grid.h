@@ -8,6 +8,10 @@
 // paint costs the same for ten rows and for ten million. The source's current row is the grid's;
 // whoever moves it tells the grid, as described at the notifications below.
 //
+// The user can group the rows by columns, by dragging their headings to a strip above. The source
+// knows nothing of it: the grid then shows other rows below each other than the source has, called
+// view rows here, among them one for every group.
+//
 // The thread that made the window. Lengths are twips unless they say pixels; rows and columns are
 // counted from 0.
 #pragma once
@@ -20,6 +24,7 @@
 #include "toolkit/grid/data_source.h"
 #include "toolkit/grid/heading_theme.h"
 #include "toolkit/grid/model/geometry.h"
+#include "toolkit/grid/model/grouping.h"
 #include "toolkit/grid/model/navigation.h"
 #include "toolkit/grid/model/selection.h"
 #include "toolkit/grid/model/wheel.h"
@@ -30,10 +35,13 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 namespace grid {
+
+struct GridLink;
 
 class Grid : public forms::Control {
 public:
@@ -66,6 +74,25 @@ public:
     Column& column(const std::wstring& dataField);
     // -1 when there is no such field.
     int columnIndex(const std::wstring& dataField) const;
+    // Columns by the places they stand at, hidden ones included; the user moves them by dragging.
+    int columnAtPlace(int place) const { return geometry_.columns().columnAtPlace(place); }
+    void moveColumn(int column, int place);
+
+    // Grouping.
+
+    // The text in the strip above the headings while nothing is grouped; without a text there is no
+    // strip, and the user cannot group.
+    const std::wstring& groupByCaption() const { return groupByCaption_; }
+    void setGroupByCaption(const std::wstring& caption);
+    // The columns that the rows are grouped by, from the outermost in; their headings stand in the
+    // strip. All groups are folded at first. Throws std::out_of_range for a wrong column.
+    const std::vector<GroupColumn>& groupColumns() const { return groupColumns_; }
+    void setGroupColumns(std::vector<GroupColumn> columns);
+    const Grouping& grouping() const { return grouping_; }
+    void setGroupUnfolded(int group, bool unfolded);
+    void setAllGroupsUnfolded(bool unfolded);
+    // What a group's row says: heading, value and number of rows.
+    std::wstring groupText(int group) const;
 
     // The height of a row; by default that of one line of the grid's font.
     forms::Twips rowHeight() const;
@@ -75,11 +102,22 @@ public:
     std::int64_t approxCount() const { return source_ ? source_->rowCount() : 0; }
 
     // The current cell: the source's current row and a column of the grid, -1 for none.
-    std::int64_t row() const { return selection_.current().row; }
+    std::int64_t row() const { return sourceRow_; }
     int col() const { return selection_.current().column; }
     void setCol(int column);
 
-    // The row at the upper edge. Setting it scrolls as far as there are rows.
+    // Goes to a view row and a column as the user does; outside the view's rows it does nothing.
+    void setCurrentCell(std::int64_t viewRow, int column);
+
+    // Which view rows are selected, and which view row has the focus: the current row's, or that of
+    // a group.
+    const Selection& selection() const { return selection_; }
+    // The selected rows as text, tabs between the columns on view, CR LF at the end of each; the
+    // text of the current cell if no whole row is selected. A field with a tab, a line break or a
+    // quote stands in quotes, doubled within, as spreadsheets read it.
+    std::wstring selectedText() const;
+
+    // The view row at the upper edge. Setting it scrolls as far as there are rows.
     std::int64_t firstRow() const { return geometry_.firstRow(); }
     void setFirstRow(std::int64_t row);
 
@@ -125,12 +163,23 @@ protected:
     void fontChanged() override;
     void dpiChanged() override;
     LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
+    forms::AccessibleObject* makeAccessible() override;
 
 private:
     friend class Column;
 
-    // What the left mouse button holds.
-    enum class Drag { none, heading, border };
+    // What the left mouse button holds: a heading or a chip, a heading or a chip on its way to
+    // another place, a border.
+    enum class Drag { none, heading, carried, border };
+
+    // What happens to the selected rows when another cell becomes current.
+    enum class Selecting { one, range, wholeRow };
+
+    // Where a carried heading would go.
+    struct Drop {
+        enum class To { nowhere, columns, groups } to = To::nowhere;
+        int index = 0;  // A place among the columns, or a level.
+    };
 
     // Columns (grid_columns.cpp).
     void makeColumns();
@@ -142,13 +191,44 @@ private:
     forms::Twips contentWidth(const Column& column);
     int headingWidth(const Column& column);
     bool resizeAllowed(int column);
+    bool shown(const Column& column) const;
 
     // Data and current cell (grid_data.cpp).
     void takeRowCount();
-    void moveCurrent(Cell cell);
+    RowIndex currentOfSource() const;
+    void moveSource(RowIndex row);
+    void moveCurrent(Cell cell, Selecting how = Selecting::one);
     void followSource(bool intoView, bool always);
+    void select(const Selection& next);
+    void raiseRowColChange();
     void invalidateRow(RowIndex row);
     void invalidateRowsFrom(RowIndex row);
+
+    // Groups (grid_groups.cpp).
+    void regroup();
+    Grouping madeGrouping() const;
+    void takeView();
+    void regroupSoon();
+    void restoreFolding();
+    void viewRowsChanged();
+    std::vector<std::wstring> groupPath(int group) const;
+    void markUnfolded(int group, bool unfolded);
+    void reveal(RowIndex row);
+    void placeGroupChips();
+    int groupLevelOf(int column) const;
+    void reverseGroup(int level);
+    int focusedGroup() const;
+    bool onGroupKey(int key);
+    bool onGroupClick(RowIndex view, Point point, bool doubleClick);
+
+    // Screen readers (grid_accessible.cpp).
+    void reportFocus() const;
+    void reportGroup(int group) const;
+    void reportRows() const;
+
+    // Copying (grid_copy.cpp).
+    void copy();
+    void appendRowText(RowIndex view, std::wstring& text) const;
 
     // Scrolling (grid_scroll.cpp).
     void scroll(const std::function<void(Geometry&)>& change);
@@ -179,14 +259,23 @@ private:
     bool onSetCursor(int hitCode) const;
     Hit hitTest(Point point) const;
     int headingAt(Point point) const;
-    void beginDrag(Drag drag, int column, Point point);
-    void dragBorder(Point point);
-    void endDrag(bool keepWidth);
+    void selectAll();
     void setHotColumn(int column);
     void watchMouse() const;
     void showTip(Cell cell);
     bool textCutOff(Cell cell);
     void hideTip();
+
+    // Dragging (grid_drag.cpp).
+    void beginDrag(Drag drag, int column, Point point);
+    void dragBorder(Point point);
+    void dragHeading(Point point);
+    void endDrag(bool keepWidth);
+    Drop dropAt(Point point) const;
+    void drop(int column, const Drop& where);
+    void invalidateHeadingOrChip(int column);
+    std::optional<CarriedHeading> carriedHeading() const;
+    void invalidateCarried(const std::optional<CarriedHeading>& carried);
 
     // Measures and painting (grid.cpp, grid_paint.cpp).
     void onDestroy();
@@ -206,8 +295,20 @@ private:
     std::vector<std::unique_ptr<Column>> columns_;
     StyleSheet styles_;
     Geometry geometry_;
-    Selection selection_;
-    bool movingSource_ = false;  // The grid itself moves the source's current row.
+    Selection selection_;          // In view rows.
+    RowIndex sourceRow_ = kNoRow;  // The source's current row as the grid last saw it.
+    bool movingSource_ = false;    // The grid itself moves the source's current row.
+
+    // Groups.
+    std::wstring groupByCaption_;
+    std::vector<GroupColumn> groupColumns_;
+    Grouping grouping_;
+    bool unfoldedAtFirst_ = false;  // Unless they are among these, by the values on their path:
+    std::set<std::vector<std::wstring>> toggledGroups_;
+    bool regroupDue_ = false;  // Rows came that are in no group yet.
+
+    // What screen readers hold of this grid, who may outlive it.
+    std::shared_ptr<GridLink> link_;
 
     // Look.
     std::optional<forms::Twips> rowHeight_;  // Without a value the font's.
@@ -237,6 +338,8 @@ private:
     int dragFrom_ = 0;        // The same in pixels, as it was shown.
     bool dragMoved_ = false;
     bool dragInside_ = false;  // The mouse is over the heading that it holds down.
+    Point dragPoint_;          // Where a carried heading is.
+    Rect dragGrip_;            // Where it was taken from.
     int hotColumn_ = kNoColumn;
 };
 

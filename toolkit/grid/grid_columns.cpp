@@ -30,10 +30,25 @@ void Grid::makeColumns() {
         columns_.push_back(std::make_unique<Column>(*this, index, source_->fieldName(index)));
     }
     geometry_.resetColumns(count, 0);
+    groupColumns_.clear();
     columnsMoved();
 }
 
+// A column that the rows are grouped by has its heading in the group area instead.
+bool Grid::shown(const Column& column) const {
+    return column.visible() && groupLevelOf(column.index()) == kNoLevel;
+}
+
+void Grid::moveColumn(int column, int place) {
+    if (geometry_.columns().place(column) != place) {
+        geometry_.moveColumn(column, place);
+        columnsMoved();
+        invalidateAll();
+    }
+}
+
 void Grid::columnsMoved() {
+    placeGroupChips();
     placeColumns();
     hideTip();
     updateScrollBars();
@@ -45,17 +60,19 @@ void Grid::placeColumns() {
     const int scrolledBefore = geometry_.scrollX();
     setColumnWidths();
     const ColumnLayout& after = geometry_.columns();
-    int changed = 0;
-    while (changed < after.count() && before.left(changed) == after.left(changed) &&
-           before.right(changed) == after.right(changed)) {
-        ++changed;
-    }
     if (geometry_.scrollX() != scrolledBefore) {
         invalidateAll();
-    } else if (changed < after.count()) {
-        int left = std::max(geometry_.headingRect(changed).left, 0);
-        invalidate({left, 0, geometry_.viewWidth(), geometry_.viewHeight()});
+        return;
     }
+    int changed = geometry_.viewWidth();
+    for (int column = 0; column < after.count(); ++column) {
+        if (before.left(column) != after.left(column) ||
+            before.right(column) != after.right(column)) {
+            changed = std::min(changed, geometry_.headingRect(column).left);
+        }
+    }
+    invalidate({std::max(changed, 0), geometry_.headingArea().top, geometry_.viewWidth(),
+                geometry_.viewHeight()});
 }
 
 // The column that fills the rest gets what the others leave.
@@ -64,10 +81,10 @@ void Grid::setColumnWidths() {
     int filling = kNoColumn;
     for (const auto& column : columns_) {
         int width = forms::toPixels(column->width(), dpi()).value;
-        geometry_.setColumnVisible(column->index(), column->visible());
+        geometry_.setColumnVisible(column->index(), shown(*column));
         geometry_.setColumnWidth(column->index(), width);
-        taken += column->visible() ? width : 0;
-        if (column->visible() && column->fillsRest()) {
+        taken += shown(*column) ? width : 0;
+        if (shown(*column) && column->fillsRest()) {
             filling = column->index();
         }
     }
@@ -78,12 +95,17 @@ void Grid::setColumnWidths() {
 }
 
 void Grid::headingChanged(const Column& column) {
+    if (groupLevelOf(column.index()) != kNoLevel) {
+        placeGroupChips();
+        invalidateRowsFrom(geometry_.firstRow());
+        return;
+    }
     invalidate(intersection(geometry_.headingRect(column.index()), geometry_.headingArea()));
 }
 
 void Grid::cellsChanged(const Column& column) {
     Rect cells = geometry_.headingRect(column.index());
-    cells.top = geometry_.measures().headingHeight;
+    cells.top = geometry_.dataArea().top;
     cells.bottom = geometry_.viewHeight();
     invalidate(intersection(cells, geometry_.dataArea()));
     hideTip();
@@ -94,10 +116,24 @@ forms::Twips Grid::contentWidth(const Column& column) {
     ContentWidth content(fonts_.get(column.font()));
     content.addPixels(headingWidth(column));
     LineBreaks breaks = column.wrapText() ? LineBreaks::keep : LineBreaks::blank;
-    for (RowIndex row = geometry_.firstRow(); row < geometry_.endRow(); ++row) {
+    const auto add = [&](RowIndex row) {
         cellText_.text.clear();
         source_->cellText(row, column.index(), cellText_.text);
         content.add(cellText_.text, breaks);
+    };
+    bool anyOnView = false;
+    for (RowIndex view = geometry_.firstRow(); view < geometry_.endRow(); ++view) {
+        const RowIndex row = grouping_.at(view).row;
+        if (row != kNoRow) {
+            add(row);
+            anyOnView = true;
+        }
+    }
+    if (!anyOnView) {
+        // Where all groups are folded, some rows that will be seen when one is opened.
+        for (RowIndex row = 0; row < std::min(geometry_.rowsOnAPage(), approxCount()); ++row) {
+            add(row);
+        }
     }
     int around = 2 * padding.side + padding.line;
     int largest = std::max(geometry_.dataArea().width(), headingWidth(column) + around);

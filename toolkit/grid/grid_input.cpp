@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <optional>
 
 namespace grid {
@@ -48,10 +49,28 @@ void Grid::onKeyDown(int key) {
         return;
     }
     const unsigned shift = forms::shiftState();
-    const auto motion = motionOf(key, (shift & forms::kCtrl) != 0);
-    if (motion && drag_ == Drag::none && (shift & forms::kAlt) == 0) {
-        moveCurrent(navigate(geometry_, selection_.current(), *motion));
-        scroll([this](Geometry& geometry) { geometry.scrollColumnIntoView(col()); });
+    const bool ctrl = (shift & forms::kCtrl) != 0;
+    if (drag_ != Drag::none || (shift & forms::kAlt) != 0) {
+        return;
+    }
+    if (ctrl && (key == 'C' || key == VK_INSERT)) {
+        copy();
+    } else if (ctrl && key == 'A') {
+        selectAll();
+    } else if (shift != 0 || !onGroupKey(key)) {
+        if (const auto motion = motionOf(key, ctrl)) {
+            moveCurrent(navigate(geometry_, selection_.current(), *motion),
+                        (shift & forms::kShift) != 0 ? Selecting::range : Selecting::one);
+            scroll([this](Geometry& geometry) { geometry.scrollColumnIntoView(col()); });
+        }
+    }
+}
+
+void Grid::selectAll() {
+    if (geometry_.rowCount() > 0) {
+        Selection all = selection_;
+        all.selectRows(0, geometry_.rowCount() - 1);
+        select(all);
     }
 }
 
@@ -83,7 +102,15 @@ void Grid::onLeftDown(Point point) {
         setFocus();
     }
     const Hit hit = hitTest(point);
+    const bool shift = (forms::shiftState() & forms::kShift) != 0;
+    if (hit.cell.row != kNoRow && onGroupClick(hit.cell.row, point, false)) {
+        return;
+    }
     switch (hit.area) {
+        case Area::groupChip:
+            beginDrag(Drag::heading, groupColumns_[static_cast<std::size_t>(hit.level)].column,
+                      point);
+            break;
         case Area::heading:
             beginDrag(Drag::heading, hit.cell.column, point);
             break;
@@ -91,10 +118,10 @@ void Grid::onLeftDown(Point point) {
             beginDrag(Drag::border, hit.cell.column, point);
             break;
         case Area::selector:
-            moveCurrent({hit.cell.row, col()});
+            moveCurrent({hit.cell.row, col()}, shift ? Selecting::range : Selecting::wholeRow);
             break;
         case Area::cell:
-            moveCurrent(hit.cell);
+            moveCurrent(hit.cell, shift ? Selecting::range : Selecting::one);
             break;
         default:
             break;
@@ -103,6 +130,9 @@ void Grid::onLeftDown(Point point) {
 
 void Grid::onLeftDouble(Point point) {
     const Hit hit = hitTest(point);
+    if (hit.cell.row != kNoRow && onGroupClick(hit.cell.row, point, true)) {
+        return;
+    }
     if (hit.area != Area::headingBorder) {
         // The second of two quick clicks is a click like the first.
         onLeftDown(point);
@@ -116,16 +146,16 @@ void Grid::onMouseMoved(Point point) {
         dragBorder(point);
         return;
     }
-    if (drag_ == Drag::heading) {
-        bool inside = headingAt(point) == dragColumn_;
-        if (inside != dragInside_) {
-            dragInside_ = inside;
-            headingChanged(column(dragColumn_));
-        }
+    if (drag_ == Drag::heading || drag_ == Drag::carried) {
+        dragHeading(point);
         return;
     }
     const Hit hit = hitTest(point);
-    setHotColumn(hit.area == Area::heading ? hit.cell.column : kNoColumn);
+    if (hit.area == Area::groupChip) {
+        setHotColumn(groupColumns_[static_cast<std::size_t>(hit.level)].column);
+    } else {
+        setHotColumn(hit.area == Area::heading ? hit.cell.column : kNoColumn);
+    }
     if (hit.cell != tipCell_) {
         hideTip();
     }
@@ -133,63 +163,21 @@ void Grid::onMouseMoved(Point point) {
 }
 
 void Grid::onLeftUp(Point point) {
-    bool clicked = drag_ == Drag::heading && headingAt(point) == dragColumn_;
-    int column = dragColumn_;
+    const Drag held = drag_;
+    const int column = dragColumn_;
+    const int level = held == Drag::none ? kNoLevel : groupLevelOf(column);
+    const Drop where = held == Drag::carried ? dropAt(point) : Drop{};
     endDrag(true);
-    if (clicked) {
+    if (held == Drag::carried) {
+        drop(column, where);
+    } else if (held == Drag::heading && level != kNoLevel) {
+        if (hitTest(point).level == level) {
+            reverseGroup(level);
+        }
+    } else if (held == Drag::heading && headingAt(point) == column) {
         if (const auto procedure = onHeadClick) {
             procedure(column);
         }
-    }
-}
-
-void Grid::beginDrag(Drag drag, int column, Point point) {
-    drag_ = drag;
-    dragColumn_ = column;
-    dragStart_ = point;
-    // From the width it has on the screen, which is more than its own when it fills the rest.
-    dragWidth_ = this->column(column).width();
-    dragFrom_ = geometry_.columns().width(column);
-    dragMoved_ = false;
-    dragInside_ = true;
-    SetCapture(hwnd());
-    headingChanged(this->column(column));
-}
-
-void Grid::dragBorder(Point point) {
-    int distance = point.x - dragStart_.x;
-    if (!dragMoved_) {
-        if (distance == 0) {
-            return;
-        }
-        dragMoved_ = true;
-        if (!resizeAllowed(dragColumn_)) {
-            endDrag(false);
-            return;
-        }
-        if (drag_ != Drag::border) {
-            return;
-        }
-    }
-    forms::Pixels width(std::max(dragFrom_ + distance, 0));
-    column(dragColumn_).setWidth(forms::toTwips(width, dpi()));
-    UpdateWindow(hwnd());
-}
-
-void Grid::endDrag(bool keepWidth) {
-    if (drag_ == Drag::none) {
-        return;
-    }
-    bool restore = drag_ == Drag::border && dragMoved_ && !keepWidth;
-    drag_ = Drag::none;
-    if (dragColumn_ < columnCount()) {
-        if (restore) {
-            column(dragColumn_).setWidth(dragWidth_);
-        }
-        headingChanged(column(dragColumn_));
-    }
-    if (isCreated() && GetCapture() == hwnd()) {
-        ReleaseCapture();
     }
 }
 
@@ -199,7 +187,7 @@ void Grid::setHotColumn(int column) {
     }
     for (int changed : {hotColumn_, column}) {
         if (changed >= 0 && changed < columnCount()) {
-            headingChanged(this->column(changed));
+            invalidateHeadingOrChip(changed);
         }
     }
     hotColumn_ = column;
@@ -243,13 +231,15 @@ void Grid::onMouseHover(Point point) {
 }
 
 void Grid::showTip(Cell cell) {
-    if (!textCutOff(cell)) {
+    const RowIndex row = cell.row == kNoRow ? kNoRow : grouping_.at(cell.row).row;
+    const bool onGroup = cell.row != kNoRow && row == kNoRow;
+    if (onGroup || !textCutOff(cell)) {
         return;
     }
     std::wstring tip = cell.row == kNoRow ? std::wstring() : cellText_.text;
     bool wrap = false;
     if (const auto procedure = onFetchCellTips) {
-        procedure(cell.column, cell.row, tip, wrap);
+        procedure(cell.column, row, tip, wrap);
     }
     if (tip.empty() || !isCreated() || cell.column >= columnCount()) {
         return;
@@ -273,7 +263,8 @@ bool Grid::textCutOff(Cell cell) {
     if (!source_ || cell.row >= geometry_.rowCount()) {
         return false;
     }
-    cellText_.fetch(*source_, cell, column.wrapText(), box, font);
+    cellText_.fetch(*source_, {grouping_.at(cell.row).row, cell.column}, column.wrapText(), box,
+                    font);
     int widest = 0;
     for (const TextLine& line : cellText_.lines) {
         widest = std::max(widest, line.width);

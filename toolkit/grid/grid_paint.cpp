@@ -27,10 +27,23 @@ private:
 
 Scene Grid::scene() {
     const bool pressed = drag_ == Drag::heading && dragInside_;
-    return {geometry_,  columns_,   styles_,
-            selection_, source_,    theme_,
-            fonts_,     cellText_,  Padding::forDpi(dpi()),
-            hasFocus(), hotColumn_, pressed ? dragColumn_ : kNoColumn};
+    return {geometry_,
+            columns_,
+            styles_,
+            selection_,
+            grouping_,
+            groupColumns_,
+            groupByCaption_,
+            [this](int group) { return groupText(group); },
+            source_,
+            theme_,
+            fonts_,
+            cellText_,
+            Padding::forDpi(dpi()),
+            hasFocus(),
+            hotColumn_,
+            pressed ? dragColumn_ : kNoColumn,
+            carriedHeading()};
 }
 
 void Grid::onPaint() {

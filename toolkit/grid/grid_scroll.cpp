@@ -1,6 +1,7 @@
 // Scrolling: bars, wheel, and the moving of what is on the screen already.
 #include "toolkit/grid/drawing.h"
 #include "toolkit/grid/grid.h"
+#include "toolkit/grid/timers.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -8,7 +9,6 @@
 namespace grid {
 namespace {
 
-constexpr UINT_PTR kBarTimer = 1;
 // How long the scroll bars may lag behind rows that keep arriving.
 constexpr UINT kBarMilliseconds = 50;
 
@@ -41,7 +41,9 @@ void Grid::moveView(RowIndex oldY, int oldX) {
     RowIndex down = oldY - geometry_.scrollY();
     int right = oldX - geometry_.scrollX();
     Rect data = geometry_.dataArea();
-    if (std::abs(down) >= data.height() || std::abs(right) >= data.width()) {
+    // The rows of groups do not move sideways; what the mouse carries stays where it is.
+    const bool partsStay = (right != 0 && grouping_.active()) || drag_ == Drag::carried;
+    if (partsStay || std::abs(down) >= data.height() || std::abs(right) >= data.width()) {
         invalidateAll();
     } else {
         moveRows(static_cast<int>(down));
@@ -64,7 +66,8 @@ void Grid::moveRows(int down) {
 void Grid::moveColumns(int right) {
     if (right != 0) {
         // The headings go with their columns.
-        RECT columns{geometry_.dataArea().left, 0, geometry_.viewWidth(), geometry_.viewHeight()};
+        RECT columns{geometry_.dataArea().left, geometry_.headingArea().top, geometry_.viewWidth(),
+                     geometry_.viewHeight()};
         ScrollWindowEx(hwnd(), right, 0, &columns, &columns, nullptr, nullptr, SW_INVALIDATE);
     }
 }
@@ -100,6 +103,12 @@ void Grid::onTimer(UINT_PTR timer) {
         KillTimer(hwnd(), kBarTimer);
         barsDue_ = false;
         updateScrollBars();
+        reportRows();
+    } else if (timer == kRegroupTimer) {
+        KillTimer(hwnd(), kRegroupTimer);
+        regroupDue_ = false;
+        regroup();
+        followSource(false, false);
     }
 }
 

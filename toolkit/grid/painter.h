@@ -13,6 +13,7 @@
 #include "toolkit/grid/column.h"
 #include "toolkit/grid/heading_theme.h"
 #include "toolkit/grid/model/geometry.h"
+#include "toolkit/grid/model/grouping.h"
 #include "toolkit/grid/model/selection.h"
 #include "toolkit/grid/style.h"
 #include "toolkit/grid/text_font.h"
@@ -20,7 +21,10 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace grid {
@@ -30,8 +34,24 @@ struct Padding {
     int side = 0;     // Left and right of the text.
     int line = 1;     // The thickness of the grid lines.
     int picture = 0;  // Height of a heading's picture and of the current row's marker.
+    int indent = 0;   // Of a group within another.
 
     static Padding forDpi(forms::Dpi dpi);
+};
+
+// A column that the rows are grouped by.
+struct GroupColumn {
+    int column = kNoColumn;
+    bool descending = false;
+
+    friend bool operator==(const GroupColumn&, const GroupColumn&) = default;
+};
+
+// A heading that the mouse carries to another place.
+struct CarriedHeading {
+    int column = kNoColumn;
+    Rect rect;
+    Rect mark;  // Shows where it would go; empty for nowhere.
 };
 
 // Everything a paint shows. References are to the grid's own parts.
@@ -40,6 +60,10 @@ struct Scene {
     const std::vector<std::unique_ptr<Column>>& columns;
     const StyleSheet& styles;
     const Selection& selection;
+    const Grouping& grouping;
+    const std::vector<GroupColumn>& groupColumns;
+    const std::wstring& groupByCaption;
+    std::function<std::wstring(int group)> groupText;
     const DataSource* source;  // Null without one.
     const HeadingTheme& theme;
     TextFonts& fonts;
@@ -48,6 +72,7 @@ struct Scene {
     bool focused;
     int hotColumn;      // The heading under the mouse, or kNoColumn.
     int pressedColumn;  // The heading held down, or kNoColumn.
+    std::optional<CarriedHeading> carried;
 };
 
 class Painter {
@@ -66,6 +91,9 @@ public:
 
     // Where a cell's text goes, and on how many lines.
     static TextBox textBox(const Scene& scene, const Column& column, const TextFont& font);
+    // The part of a group's row that folds it when clicked.
+    static Rect groupGlyph(const Geometry& geometry, const Padding& padding, RowIndex view,
+                           int level);
 
 private:
     struct Colors {
@@ -74,11 +102,16 @@ private:
     };
 
     void paintHeadings();
-    void paintHeading(const Column& column);
+    void paintHeading(const Column& column, const Rect& rect, HeadingState state,
+                      HeadingPicture picture);
+    HeadingState headingState(const Column& column) const;
+    void paintGroupArea();
+    void paintCarried();
     void paintRows();
-    void paintRow(RowIndex row);
+    void paintRow(RowIndex view);
+    void paintGroupRow(RowIndex view, int group);
     void paintSelector(RowIndex row, const Style& style);
-    void paintCell(Cell position, const Style& style);
+    void paintCell(Cell position, RowIndex row, const Style& style);
     // The lines of the scene's cell text within `inner`. Smoothed letters may reach a pixel over
     // their width, so that only `clip` cuts them.
     void paintLines(const Rect& inner, const Rect& clip, Alignment alignment, const TextFont& font);

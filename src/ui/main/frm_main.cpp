@@ -8,6 +8,7 @@
 #include "src/log/procedure.h"
 #include "src/platform/mdl_html_help.h"
 #include "src/platform/text.h"
+#include "src/ui/main/grid_arrangement.h"
 #include "toolkit/forms/application.h"
 #include "toolkit/forms/dialogs.h"
 
@@ -34,6 +35,9 @@ constexpr int kTraceLines = 3;
 constexpr Twips kTraceWidth = 3000_tw;
 
 constexpr int kPositionPanel = 3;
+
+/// Not localised, like the menu of the rows.
+constexpr const wchar_t* kGroupByCaption = L"Drag a column header here to group by that column";
 
 constexpr Convention kGridEvent{.limit = Limit::TenErrors, .timed = true};
 
@@ -70,7 +74,8 @@ std::wstring forTextBox(std::u16string_view text) {
 frmMain::frmMain()
     : LocalizedForm({.className = L"VorelleDiagnosticViewer.frmMain",
                      .caption = L"Vorelle Diagnostic Viewer",
-                     .icon = IDI_VIEWER}) {}
+                     .icon = IDI_VIEWER,
+                     .takesFiles = true}) {}
 
 void frmMain::build() {
     menu().build({
@@ -88,7 +93,14 @@ void frmMain::build() {
         {1, mnuHelp, L"mnuHelp", L"Help", [this] { mnuHelp_Click(); }, L"F1"},
         {1, pHelpSeperator, L"pHelpSeperator", L"-"},
         {1, mnuAbout, L"mnuAbout", L"About", [this] { mnuAbout_Click(); }},
+        {0, mnuRightClick, L"mnuRightClick", L"RightClick"},
+        {1, mnuAddEditNote, L"mnuAddEditNote", L"Add/Edit Note",
+         [this] { mnuAddEditNote_Click(); }},
+        {1, mnuHighlightRow, L"mnuHighlightRow", L"Highlight Row"},
     });
+    // Reserved for notes on rows, which the database has columns for.
+    mnuRightClick.setVisible(false);
+    mnuHighlightRow.setVisible(false);
     createControls({
         {sstabMain, {L"sstabMain", L"", kMargin, kMargin, 6000_tw, 4500_tw}},
         {tdbgridData,
@@ -112,6 +124,7 @@ void frmMain::build() {
           &sstabMain, 1}},
         {statusbarMain, {L"statusbarMain", L"", 0_tw, 0_tw, 6000_tw, 300_tw}},
     });
+    tdbgridData.setGroupByCaption(kGroupByCaption);
     findDialog.setNotice = [this](const std::u16string& text) { setNotice(text); };
     sstabMain.onTabClick = [this](int previousTab) { sstabMain_Click(previousTab); };
     tvUniqueTraces.setFont({.name = L"Courier New", .points = 9, .fixedPitch = true});
@@ -174,6 +187,12 @@ void frmMain::localizeCaptions() {
     mnuHelpMenu.setCaption(loadString(1011));
     mnuHelp.setCaption(loadString(1031));
     mnuAbout.setCaption(loadString(1013));
+    // What screen readers call them.
+    tdbgridData.setCaption(loadString(1046));
+    txtTrace.setAccessibleName(loadString(1056));
+    tvUniqueTraces.setAccessibleName(loadString(1028));
+    sstabMain.setAccessibleName(loadString(1051));
+    statusbarMain.setAccessibleName(loadString(1051));
 }
 
 void frmMain::centerDisplay() {
@@ -258,7 +277,15 @@ std::u16string frmMain::selectDatabase() {
 void frmMain::mnuOpenTraceDatabase_Click() {
     const std::u16string path = selectDatabase();
     forms::doEvents();
-    if (path.empty()) return;
+    if (!path.empty()) openTraceDatabase(path);
+}
+
+/// As a file dialog with one file to choose: of several the first counts.
+void frmMain::Form_DropFiles(const std::vector<std::wstring>& paths) {
+    openTraceDatabase(fromWide(paths.front()));
+}
+
+void frmMain::openTraceDatabase(const std::u16string& path) {
     runProcedure(u"[frmMain]mnuOpenTraceDatabase_Click", Limit::None, [&](Procedure& procedure) {
         procedure.step([&] { modDatabase::connectToDB(path); });
         procedure.step([&] {
@@ -272,6 +299,7 @@ void frmMain::mnuOpenTraceDatabase_Click() {
 
 void frmMain::reloadDBGrid(ado::Recordset& recordset) {
     load();
+    const GridArrangement arrangement{tdbgridData};
     tdbgridData.setDataSource(nullptr);
     recordset_ = &recordset;
     source_ = std::make_unique<TraceSource>(recordset);
@@ -279,7 +307,9 @@ void frmMain::reloadDBGrid(ado::Recordset& recordset) {
     recordset.orderChanged = [this] { tdbgridData.dataChanged(); };
     tdbgridData.setDataSource(source_.get());
     tdbgridData.setRowHeight(savedRowHeight_ * 2);
+    arrangement.applyTo(tdbgridData);
     setupTraceGrid();
+    if (recordset.state() == ado::adStateClosed) txtTrace.setText(L"");
     tdbgridData_RowColChange();
     populateUniqueTracesTree();
 }
@@ -294,6 +324,9 @@ void frmMain::setupTraceGrid() {
                 column.setCaption(loadString(wanted.caption));
                 column.setWrapText(wanted.isTrace);
                 column.setFillsRest(wanted.isTrace);
+                // The trace text is neither sorted nor grouped: hardly two are the same, and all
+                // of them would have to be read.
+                column.setAllowGrouping(!wanted.isTrace);
                 if (wanted.isTrace) {
                     column.setWidth(kTraceWidth);
                 } else {
@@ -344,10 +377,7 @@ void frmMain::tdbgridData_ColResize(int column, bool& cancel) {
 }
 
 void frmMain::tdbgridData_RowColChange() {
-    if (recordset_ == nullptr || recordset_->state() == ado::adStateClosed) {
-        txtTrace.setText(L"");
-        return;
-    }
+    if (recordset_ == nullptr || recordset_->state() == ado::adStateClosed) return;
     showPosition();
     const bool empty = recordset_->bof() && recordset_->eof();
     txtTrace.setText(empty ? L"" : forTextBox(recordset_->fields()[u"Trace"].text()));
@@ -359,5 +389,5 @@ void frmMain::showPosition() {
 
 void frmMain::tdbgridData_FetchCellTips(std::int64_t row, bool& wrap) {
     runProcedure(u"tdbgridData_FetchCellTips", kGridEvent,
-                 [&](Procedure& procedure) { procedure.step([&] { wrap = row >= 0; }); });
+                 [&](Procedure& procedure) { procedure.step([&] { wrap = wrap || row >= 0; }); });
 }

@@ -20,6 +20,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 class frmMain : public modLocalize::LocalizedForm {
 public:
@@ -83,12 +84,16 @@ public:
     forms::MenuItem mnuHelp;
     forms::MenuItem pHelpSeperator;
     forms::MenuItem mnuAbout;
+    forms::MenuItem mnuRightClick;
+    forms::MenuItem mnuAddEditNote;
+    forms::MenuItem mnuHighlightRow;
 
 private:
     void build() override;
     void Form_Load() override;
     void Form_Resize() override;
     void Form_Unload(bool& cancel) override;
+    void Form_DropFiles(const std::vector<std::wstring>& paths) override;
 
     void Auto_Init() override { frmMain_Auto_Init(); }
     void localizeCaptions();
@@ -97,9 +102,11 @@ private:
     void shutDown();
 
     void mnuOpenTraceDatabase_Click();
+    void openTraceDatabase(const std::u16string& path);
     void mnuExit_Click();
     void mnuHelp_Click();
     void mnuAbout_Click();
+    void mnuAddEditNote_Click() {}
     void sstabMain_Click(int previousTab);
     void txtTrace_Click();
     void tdbgridData_ColResize(int column, bool& cancel);

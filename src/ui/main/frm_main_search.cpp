@@ -59,7 +59,9 @@ void refuseDatabase(const std::wstring& path) {
 
 }  // namespace
 
+/// Whoever tells of the end of something long may find the window closed.
 void frmMain::setNotice(const std::u16string& text) {
+    if (!isLoaded()) return;
     statusbarMain.panel(kNoticePanel).setText(toWide(text));
     statusbarMain.refresh();
 }
@@ -94,10 +96,8 @@ void frmMain::mnuExportData_Click() {
         procedure.step([&] { complete = exportTo(path); });
         procedure.step([&] { status.hideStatus(); });
         // Nothing that failed is called complete.
-        procedure.step([&] {
-            if (!isLoaded()) return;
-            setNotice(complete ? myLoadResString(1026) + fromWide(path) + u")" : u"");
-        });
+        procedure.step(
+            [&] { setNotice(complete ? myLoadResString(1026) + fromWide(path) + u")" : u""); });
     });
 }
 

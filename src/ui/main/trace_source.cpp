@@ -46,6 +46,11 @@ void TraceSource::cellText(std::int64_t row, int column, std::wstring& text) con
     text.assign(cell_.begin(), cell_.end());
 }
 
+std::vector<std::uint32_t> TraceSource::valueRanks(int column) const {
+    if (!isOpen()) return {};
+    return recordset_.valueRanks(static_cast<std::size_t>(column));
+}
+
 std::int64_t TraceSource::currentRow() const {
     if (!isOpen()) return -1;
     const int position = recordset_.absolutePosition();

@@ -4,6 +4,10 @@
 #include "engine/ado/recordset.h"
 #include "toolkit/grid/data_source.h"
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
 class TraceSource : public grid::DataSource {
 public:
     /// `recordset` must outlive the source; it may be closed and opened again.
@@ -14,6 +18,7 @@ public:
     grid::Alignment alignment(int column) const override;
     std::int64_t rowCount() const override;
     void cellText(std::int64_t row, int column, std::wstring& text) const override;
+    std::vector<std::uint32_t> valueRanks(int column) const override;
     std::int64_t currentRow() const override;
     void setCurrentRow(std::int64_t row) override;
 

@@ -214,4 +214,44 @@ TEST(RadixSort, AgreesWithAStableSort) {
     }
 }
 
+/// Ranks are in the order of the positions, whatever the sort.
+TEST(ValueRanks, AreEqualForEqualValuesAndSmallerForSmallerOnes) {
+    Items items{{{1, u"beta", 2.5}, {2, u"Alpha", kNull}, {3, kNull, -7.0}, {4, u"alpha", 1e300}}};
+    using Ranks = std::vector<std::uint32_t>;
+    EXPECT_EQ(items.rows.valueRanks(1), (Ranks{2, 1, 0, 1})) << "by the collation, Null first";
+    EXPECT_EQ(items.rows.valueRanks(2), (Ranks{2, 0, 1, 3})) << "no rank is left out";
+    items.rows.setSort(u"Id DESC");
+    EXPECT_EQ(items.rows.valueRanks(1), (Ranks{1, 0, 1, 2}));
+    EXPECT_EQ(items.rows.valueRanks(0), (Ranks{3, 2, 1, 0}));
+    Recordset closed;
+    EXPECT_THROW(closed.valueRanks(0), Error);
+}
+
+TEST(ValueRanks, AgreeWithTheSortForManyRows) {
+    std::vector<fixture::Row> content;
+    fixture::Random random{11};
+    for (std::int32_t i = 0; i < 3000; ++i) {
+        const auto number = static_cast<std::int32_t>(random.below(40));
+        content.push_back(
+            {number, u"name " + std::u16string(1, char16_t(u'a' + number % 7)), number * 1e9});
+    }
+    Items items{content};
+    for (const std::size_t field : {0u, 1u, 2u}) {
+        items.rows.setSort(u"");
+        items.rows.setSort(field == 0 ? u"Id" : field == 1 ? u"Name" : u"Size");
+        const std::vector<std::uint32_t> ranks = items.rows.valueRanks(field);
+        ASSERT_EQ(ranks.size(), content.size());
+        EXPECT_TRUE(std::is_sorted(ranks.begin(), ranks.end()));
+        for (std::uint32_t i = 1; i < ranks.size(); ++i) {
+            const bool same = items.rows.valueAt(i, field) == items.rows.valueAt(i - 1, field);
+            ASSERT_EQ(ranks[i] - ranks[i - 1], same ? 0u : 1u);
+        }
+    }
+}
+
+TEST(ValueRanks, NoRowsNoRanks) {
+    Items items{{}};
+    EXPECT_TRUE(items.rows.valueRanks(0).empty());
+}
+
 }  // namespace

@@ -1,10 +1,14 @@
 #include "src/platform/text.h"
 #include "src/ui/main/trace_filter.h"
+#include "tests/src/log/fake_log_system.h"
 #include "tests/src/ui/main_window.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
+#include <iostream>
 
 namespace {
 
@@ -143,6 +147,63 @@ TEST_F(FilterTabTest, AKeyWithAnApostropheDoesNoHarm) {
     form.cmdSelectAllUniqueTraces.onClick();
     ASSERT_TRUE(apply());
     EXPECT_EQ(form.tdbgridData.approxCount(), 3000);
+}
+
+TEST_F(FilterTabTest, TheClauseStandsInTheLog) {
+    SharedFakeLog log;
+    const std::string label = "[frmMain]constructFilters";
+    form.cmdApplyFilter.onClick();
+    EXPECT_THAT(log.messages(label), testing::ElementsAre("WHERE -1"));
+    form.cmdClearAllUniqueTraces.onClick();
+    form.cmdApplyFilter.onClick();
+    EXPECT_THAT(log.messages(label), testing::ElementsAre("WHERE -1", "WHERE "));
+    traces()[1].qrxIndex = std::u16string{u"A"};
+    traces()[4].qrxIndex = std::u16string{u"B"};
+    tick(item(1), true);
+    tick(item(4), true);
+    form.cmdApplyFilter.onClick();
+    const std::string all = log.fake.text(theLog().strLogFile());
+    const std::string clause = "WHERE  ( qrxIndex = 'A' )  OR  ( qrxIndex = 'B' ) \r\n";
+    EXPECT_THAT(all, testing::HasSubstr("VerInfo:(" + std::string(45 - label.size(), ' ') + label +
+                                        ") " + clause));
+    ASSERT_TRUE(waitLoaded());
+}
+
+/// Prints how long it takes; what it must be is measured elsewhere.
+template <typename Action>
+void timed(const char* what, Action action) {
+    const auto start = std::chrono::steady_clock::now();
+    action();
+    forms::doEvents();
+    const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
+    std::cout << "[ measured ] " << what << ": " << time.count() << " ms\n";
+}
+
+TEST_F(FilterTabTest, TenThousandTracesUnderFiveHundredComponents) {
+    constexpr int kComponents = 500;
+    constexpr int kEach = 20;
+    traces().clear();
+    for (int i = 0; i < kComponents * kEach; ++i) {
+        const std::u16string component = u"Component " + toText(std::int64_t{i / kEach});
+        const auto level = static_cast<std::int16_t>(i % kEach);
+        const std::u16string key = component + u"_process_" + toText(std::int64_t{level});
+        traces().push_back({true, component, level, std::u16string{u"process"},
+                            std::u16string{u"CSource::Method"}, key});
+    }
+    timed("build", [&] { form.reloadDBGrid(rows()); });
+    EXPECT_EQ(form.tvUniqueTraces.nodeCount(), kComponents * (kEach + 1));
+    timed("clear all", [&] { form.cmdClearAllUniqueTraces.onClick(); });
+    EXPECT_EQ(tickedTraces(), 0);
+    timed("tick all", [&] { form.cmdSelectAllUniqueTraces.onClick(); });
+    EXPECT_EQ(tickedTraces(), kComponents * kEach);
+    EXPECT_TRUE(form.tvUniqueTraces.firstRoot()->checked());
+    timed("expand all", [&] { form.cmdExpandAll.onClick(); });
+    EXPECT_TRUE(form.tvUniqueTraces.firstRoot()->expanded());
+    timed("collapse all", [&] { form.cmdCollapseAll.onClick(); });
+    EXPECT_FALSE(form.tvUniqueTraces.firstRoot()->expanded());
+    form.cmdClearAllUniqueTraces.onClick();
+    timed("tick a component", [&] { tick(*form.tvUniqueTraces.firstRoot(), true); });
+    EXPECT_EQ(tickedTraces(), kEach);
 }
 
 TEST_F(FilterTabTest, AnotherDatabaseStartsWithEverythingTicked) {

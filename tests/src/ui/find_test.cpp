@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace {
 
 void pressKey(int key) {
@@ -74,6 +76,41 @@ protected:
 };
 
 using Texts = std::vector<std::wstring>;
+
+/// Does something on the thread of the search before it begins.
+class BusyDisplay : public MainDisplay {
+public:
+    BusyDisplay(frmMain& form, MainDisplay& usual, std::function<void()> during)
+        : MainDisplay{form}, usual_{usual}, during_{std::move(during)} {
+        modDatabase::setDisplay(*this);
+    }
+    ~BusyDisplay() override { modDatabase::setDisplay(usual_); }
+
+    void runWhilePainting(const std::function<void()>& work) override {
+        MainDisplay::runWhilePainting([&] {
+            if (during_) std::exchange(during_, nullptr)();
+            work();
+        });
+    }
+
+private:
+    MainDisplay& usual_;
+    std::function<void()> during_;
+};
+
+bool answers(HWND window) {
+    return ::SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_NORMAL, 10000, nullptr) != 0;
+}
+
+/// Whether what was made invalid is painted within a time that no working machine needs.
+bool isPainted(HWND window) {
+    ::InvalidateRect(window, nullptr, FALSE);
+    for (int i = 0; i < 1000; ++i) {
+        if (!::GetUpdateRect(window, nullptr, FALSE)) return true;
+        ::Sleep(10);
+    }
+    return false;
+}
 
 TEST_F(FindTest, MenusHaveTheirTextsAndKeys) {
     EXPECT_EQ(form.mnuEdit.caption(), L"&Edit");
@@ -227,6 +264,72 @@ TEST_F(FindTest, SearchesInTheOrderOfTheGrid) {
     EXPECT_EQ(search(L"error"), 3);
     EXPECT_EQ(searchAgain(), 5);
     EXPECT_EQ(form.txtTrace.text(), L"first error");
+}
+
+TEST_F(FindTest, TheWindowAnswersAndPaintsWhileItSearches) {
+    show();
+    bool answered = false;
+    bool painted = false;
+    auto pointer = forms::MousePointer::standard;
+    std::wstring notice;
+    BusyDisplay busy{form, display, [&] {
+                         answered = answers(form.hwnd()) && answers(form.findDialog.hwnd());
+                         painted = isPainted(form.tdbgridData.hwnd());
+                         pointer = form.findDialog.mousePointer();
+                         notice = panel(1);
+                     }};
+    EXPECT_EQ(search(L"two"), 3);
+    EXPECT_TRUE(answered);
+    EXPECT_TRUE(painted);
+    EXPECT_EQ(pointer, forms::MousePointer::hourglass);
+    EXPECT_EQ(notice, L"Searching for two...");
+    EXPECT_EQ(form.findDialog.mousePointer(), forms::MousePointer::standard);
+}
+
+TEST_F(FindTest, WhatTheUserDoesMeanwhileWaitsForTheEnd) {
+    show();
+    const std::filesystem::path other = folder.path() / "b.mdb";
+    fixture::writeTraceDatabase(other, {.rows = 40});
+    bool opened = false;
+    int foundBefore = 0;
+    BusyDisplay busy{form, display, [&] {
+                         forms::post([&] {
+                             foundBefore = rows().absolutePosition();
+                             open(other);
+                             opened = true;
+                         });
+                         ::PostMessageW(form.findDialog.cmdFindNext.hwnd(), BM_CLICK, 0, 0);
+                         ::PostMessageW(form.findDialog.hwnd(), WM_CLOSE, 0, 0);
+                         ::Sleep(50);
+                         EXPECT_FALSE(opened);
+                         EXPECT_TRUE(form.findDialog.visible());
+                     }};
+    EXPECT_EQ(search(L"two"), 3);
+    EXPECT_FALSE(opened);
+    ASSERT_TRUE(waitUntil([&] { return opened && !form.findDialog.visible(); }));
+    EXPECT_EQ(foundBefore, 3);
+    ASSERT_TRUE(waitLoaded());
+    EXPECT_EQ(rows().recordCount(), 40);
+}
+
+TEST_F(FindTest, ClosingTheWindowDuringASearchIsSurvived) {
+    show();
+    BusyDisplay busy{form, display, [&] { ::SendMessageW(form.hwnd(), WM_CLOSE, 0, 0); }};
+    search(L"two");
+    EXPECT_EQ(ended, 1);
+    EXPECT_FALSE(form.isLoaded());
+    EXPECT_TRUE(reports.empty());
+}
+
+TEST_F(FindTest, RecordsThatAreClosedMeanwhileAreReported) {
+    show();
+    form.findDialog.setNotice = [&](const std::u16string& text) {
+        if (text.starts_with(u"Searching")) rows().close();
+    };
+    type(L"two");
+    form.findDialog.cmdFindNext.click();
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_TRUE(reports[0].starts_with(u"[dlgFind]myfindText: Err.Number = 3704 "));
 }
 
 TEST_F(FindTest, AnotherDatabaseIsSearchedByTheSameDialog) {

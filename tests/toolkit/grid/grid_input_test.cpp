@@ -1,4 +1,5 @@
 #include "tests/toolkit/grid/grid_window.h"
+#include "tests/toolkit/grid/held_key.h"
 
 #include <gtest/gtest.h>
 
@@ -48,22 +49,6 @@ TEST_F(GridInput, PageKeysScroll) {
     window.key(VK_PRIOR);
     EXPECT_EQ(window.grid.row(), 0);
 }
-
-// Holds a key down for the thread's keyboard state, as the real key would.
-class HeldKey {
-public:
-    explicit HeldKey(int key) : key_(key) { set(0x80); }
-    ~HeldKey() { set(0); }
-
-private:
-    void set(BYTE value) const {
-        BYTE keys[256] = {};
-        GetKeyboardState(keys);
-        keys[key_] = value;
-        SetKeyboardState(keys);
-    }
-    int key_;
-};
 
 TEST_F(GridInput, CtrlHomeAndEndGoToTheFirstAndLastRow) {
     {

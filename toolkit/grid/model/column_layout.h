@@ -1,10 +1,13 @@
-// Where the columns lie beside each other.
+// Where the columns lie beside each other, and in which order.
 //
 //   ColumnLayout columns;
 //   columns.resize(3, 80);
+//   columns.move(2, 0);
 //   int column = columns.at(x);
 //
-// One thread. Positions are pixels from the left edge of the first column, unscrolled.
+// One thread. Positions are pixels from the left edge of the first column, unscrolled. A column
+// keeps its number wherever it stands; its place says how many columns stand before it, hidden
+// ones included.
 #pragma once
 
 #include <cstddef>
@@ -23,6 +26,11 @@ public:
     void setWidth(int column, int width);
     void setVisible(int column, bool visible);
 
+    // Requires: 0 <= place < count(). The columns between close up.
+    void move(int column, int place);
+    int place(int column) const;
+    int columnAtPlace(int place) const { return order_[index(place)]; }
+
     // The width the column has while it is visible.
     int width(int column) const { return columns_[index(column)].width; }
     bool visible(int column) const { return columns_[index(column)].visible; }
@@ -40,22 +48,28 @@ public:
     // to width 0 can be opened again.
     int borderAt(int x, int reach) const;
 
+    // The place that a column dropped at `x` takes, from 0 to count(), before it is taken out of
+    // its old one: in front of the first visible column whose middle lies beyond.
+    int placeAt(int x) const;
+
     // The next visible column in a direction (+1 or -1), not `from` itself; kNoColumn at the end.
-    int next(int from, int step) const;
-    int firstVisible() const { return next(-1, 1); }
-    int lastVisible() const { return next(count(), -1); }
+    int next(int from, int step) const { return visibleFrom(place(from) + step, step); }
+    int firstVisible() const { return visibleFrom(0, 1); }
+    int lastVisible() const { return visibleFrom(count() - 1, -1); }
 
 private:
-    struct Place {
+    struct Extent {
         int width = 0;
         int left = 0;  // Sum of the visible widths before it.
         bool visible = true;
     };
 
     static std::size_t index(int column) { return static_cast<std::size_t>(column); }
-    void place();
+    int visibleFrom(int place, int step) const;
+    void layOut();
 
-    std::vector<Place> columns_;
+    std::vector<Extent> columns_;
+    std::vector<int> order_;  // Columns by place.
     int totalWidth_ = 0;
 };
 

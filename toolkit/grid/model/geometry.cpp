@@ -1,12 +1,14 @@
 #include "toolkit/grid/model/geometry.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace grid {
 
 void Geometry::setView(int width, int height) {
     viewWidth_ = std::max(width, 0);
     viewHeight_ = std::max(height, 0);
+    layOutGroupArea();
     clamp();
 }
 
@@ -17,7 +19,18 @@ void Geometry::setMeasures(const Measures& measures) {
     measures_ = measures;
     measures_.rowHeight = std::max(measures_.rowHeight, 1);
     scrollY_ = top * measures_.rowHeight + offset * measures_.rowHeight / oldHeight;
+    layOutGroupArea();
     clamp();
+}
+
+void Geometry::setGroupChips(std::vector<int> widths) {
+    chipWidths_ = std::move(widths);
+    layOutGroupArea();
+}
+
+void Geometry::layOutGroupArea() {
+    groupArea_.layOut({0, 0, viewWidth_, std::min(headingTop(), viewHeight_)}, chipWidths_,
+                      measures_.groupAreaGap);
 }
 
 void Geometry::setRowCount(RowIndex count) {
@@ -43,13 +56,13 @@ void Geometry::resetColumns(int count, int width) {
 }
 
 Rect Geometry::dataArea() const {
-    return {std::min(measures_.selectorWidth, viewWidth_),
-            std::min(measures_.headingHeight, viewHeight_), viewWidth_, viewHeight_};
+    return {std::min(measures_.selectorWidth, viewWidth_), std::min(dataTop(), viewHeight_),
+            viewWidth_, viewHeight_};
 }
 
 Rect Geometry::headingArea() const {
-    return {std::min(measures_.selectorWidth, viewWidth_), 0, viewWidth_,
-            std::min(measures_.headingHeight, viewHeight_)};
+    return {std::min(measures_.selectorWidth, viewWidth_), std::min(headingTop(), viewHeight_),
+            viewWidth_, std::min(dataTop(), viewHeight_)};
 }
 
 int Geometry::dataHeight() const { return dataArea().height(); }
@@ -79,14 +92,14 @@ Rect Geometry::cellRect(Cell cell) const {
 }
 
 Rect Geometry::rowRect(RowIndex row) const {
-    int top = measures_.headingHeight + static_cast<int>(row * measures_.rowHeight - scrollY_);
+    int top = dataTop() + static_cast<int>(row * measures_.rowHeight - scrollY_);
     return {0, top, viewWidth_, top + measures_.rowHeight};
 }
 
 Rect Geometry::headingRect(int column) const {
     int origin = measures_.selectorWidth - scrollX_;
-    return {origin + columns_.left(column), 0, origin + columns_.right(column),
-            measures_.headingHeight};
+    return {origin + columns_.left(column), headingTop(), origin + columns_.right(column),
+            dataTop()};
 }
 
 Rect Geometry::selectorRect(RowIndex row) const {
@@ -99,9 +112,13 @@ Hit Geometry::hitTest(Point point) const {
     if (point.x < 0 || point.y < 0 || point.x >= viewWidth_ || point.y >= viewHeight_) {
         return {};
     }
+    if (point.y < headingTop()) {
+        const int level = groupArea_.levelAt(point);
+        return {level == kNoLevel ? Area::groupArea : Area::groupChip, {}, level};
+    }
     int x = point.x - measures_.selectorWidth + scrollX_;
     bool inSelectors = point.x < measures_.selectorWidth;
-    if (point.y < measures_.headingHeight) {
+    if (point.y < dataTop()) {
         // A border scrolled under the corner is out of reach, one just at the corner is not.
         int border = columns_.borderAt(x, measures_.borderReach);
         if (border != kNoColumn && x >= scrollX_ - (inSelectors ? measures_.borderReach : 0)) {
@@ -113,7 +130,7 @@ Hit Geometry::hitTest(Point point) const {
         int column = columns_.at(x);
         return column == kNoColumn ? Hit{} : Hit{Area::heading, {kNoRow, column}};
     }
-    RowIndex row = (scrollY_ + point.y - measures_.headingHeight) / measures_.rowHeight;
+    RowIndex row = (scrollY_ + point.y - dataTop()) / measures_.rowHeight;
     if (row >= rowCount_) {
         return {};
     }
@@ -122,6 +139,10 @@ Hit Geometry::hitTest(Point point) const {
     }
     int column = columns_.at(x);
     return column == kNoColumn ? Hit{} : Hit{Area::cell, {row, column}};
+}
+
+int Geometry::columnPlaceAt(int x) const {
+    return columns_.placeAt(x - measures_.selectorWidth + scrollX_);
 }
 
 RowIndex Geometry::maximumScrollY() const {

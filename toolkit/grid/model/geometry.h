@@ -1,4 +1,4 @@
-// Where everything is: headings, record selectors, cells; what is scrolled into view; what lies
+// Where everything is: group area, headings, record selectors, cells; what is scrolled into view; what lies
 // under a point.
 //
 //   geometry.setView(client.width, client.height);
@@ -10,22 +10,29 @@
 #pragma once
 
 #include "toolkit/grid/model/column_layout.h"
+#include "toolkit/grid/model/group_area.h"
 #include "toolkit/grid/model/scroll_range.h"
 #include "toolkit/grid/model/shapes.h"
+
+#include <vector>
 
 namespace grid {
 
 // The fixed measures, which follow font and DPI.
 struct Measures {
     int headingHeight = 0;
-    int selectorWidth = 0;  // The column of record selectors at the left; 0 for none.
-    int rowHeight = 1;      // At least 1.
-    int borderReach = 4;    // How far from a heading's border the mouse still takes hold of it.
+    int selectorWidth = 0;    // The column of record selectors at the left; 0 for none.
+    int rowHeight = 1;        // At least 1.
+    int borderReach = 4;      // How far from a heading's border the mouse still takes hold of it.
+    int groupAreaHeight = 0;  // The strip above the headings; 0 for none.
+    int groupAreaGap = 0;     // Around the chips in it.
 
     friend bool operator==(const Measures&, const Measures&) = default;
 };
 
 enum class Area {
+    groupArea,      // The strip above the headings, beside its chips.
+    groupChip,      // level
     nowhere,        // Beside the columns or below the last row.
     corner,         // Where the headings meet the record selectors.
     heading,        // column
@@ -37,6 +44,7 @@ enum class Area {
 struct Hit {
     Area area = Area::nowhere;
     Cell cell;
+    int level = kNoLevel;
 };
 
 class Geometry {
@@ -48,9 +56,13 @@ public:
     void setColumnWidth(int column, int width);
     void setColumnVisible(int column, bool visible);
     void resetColumns(int count, int width);
+    void moveColumn(int column, int place) { columns_.move(column, place); }
+    // Widths of the chips in the group area, one for each level.
+    void setGroupChips(std::vector<int> widths);
 
     const Measures& measures() const { return measures_; }
     const ColumnLayout& columns() const { return columns_; }
+    const GroupArea& groupArea() const { return groupArea_; }
     RowIndex rowCount() const { return rowCount_; }
     int viewWidth() const { return viewWidth_; }
     int viewHeight() const { return viewHeight_; }
@@ -75,6 +87,8 @@ public:
     Rect selectorRect(RowIndex row) const;
 
     Hit hitTest(Point point) const;
+    // The place among the columns that a heading dropped at `x` takes.
+    int columnPlaceAt(int x) const;
 
     RowIndex scrollY() const { return scrollY_; }
     int scrollX() const { return scrollX_; }
@@ -92,10 +106,15 @@ public:
 
 private:
     void clamp();
+    void layOutGroupArea();
+    int headingTop() const { return measures_.groupAreaHeight; }
+    int dataTop() const { return measures_.groupAreaHeight + measures_.headingHeight; }
     int dataHeight() const;
     int dataWidth() const;
 
     ColumnLayout columns_;
+    GroupArea groupArea_;
+    std::vector<int> chipWidths_;
     Measures measures_;
     RowIndex rowCount_ = 0;
     RowIndex scrollY_ = 0;  // 0 <= scrollY_ <= maximumScrollY()

@@ -59,6 +59,31 @@ TEST_F(ColumnLayoutTest, StepsOverHiddenColumns) {
     EXPECT_EQ(columns.lastVisible(), 3);
 }
 
+TEST_F(ColumnLayoutTest, AMovedColumnKeepsItsNumberAndWidth) {
+    columns.setWidth(3, 30);
+    columns.move(3, 0);
+    EXPECT_EQ(columns.left(3), 0);
+    EXPECT_EQ(columns.left(0), 30);
+    EXPECT_EQ(columns.place(3), 0);
+    EXPECT_EQ(columns.place(2), 3);
+    EXPECT_EQ(columns.columnAtPlace(1), 0);
+    EXPECT_EQ(columns.firstVisible(), 3);
+    EXPECT_EQ(columns.next(3, 1), 0);
+    EXPECT_EQ(columns.at(29), 3);
+    columns.move(3, 3);
+    EXPECT_EQ(columns.place(2), 2);
+    EXPECT_EQ(columns.lastVisible(), 3);
+}
+
+TEST_F(ColumnLayoutTest, ADropGoesBeforeTheColumnWhoseMiddleLiesBeyond) {
+    // Column 2 is hidden, so columns 0, 1 and 3 stand at 0, 100 and 200.
+    EXPECT_EQ(columns.placeAt(-5), 0);
+    EXPECT_EQ(columns.placeAt(49), 0);
+    EXPECT_EQ(columns.placeAt(columns.left(1) + 1), 1);
+    EXPECT_EQ(columns.placeAt(columns.right(1) - 1), 3);
+    EXPECT_EQ(columns.placeAt(columns.totalWidth()), 4);
+}
+
 TEST(ColumnLayout, WithoutColumnsNothingIsFound) {
     ColumnLayout columns;
     EXPECT_EQ(columns.at(0), kNoColumn);

@@ -93,14 +93,24 @@ TEST_F(NavigationTest, HiddenColumnsAreSteppedOver) {
     EXPECT_EQ(press(Motion::right), (Cell{5, 2}));
 }
 
-TEST(Selection, TellsWhetherTheCellMoved) {
+TEST(Selection, IsTheCurrentRowUnlessARangeWasDrawn) {
     Selection selection;
     EXPECT_FALSE(selection.contains(kNoRow));
-    EXPECT_TRUE(selection.moveTo({4, 1}));
-    EXPECT_FALSE(selection.moveTo({4, 1}));
+    selection.moveTo({4, 1});
     EXPECT_TRUE(selection.contains(4));
     EXPECT_FALSE(selection.contains(5));
-    EXPECT_TRUE(selection.moveTo({4, 2}));
+    EXPECT_FALSE(selection.wholeRows());
+    selection.extendTo({2, 1});
+    selection.extendTo({6, 1});
+    EXPECT_FALSE(selection.contains(3));
+    EXPECT_TRUE(selection.contains(4));
+    EXPECT_TRUE(selection.contains(6));
+    EXPECT_TRUE(selection.wholeRows());
+    selection.selectRows(0, 9);
+    EXPECT_TRUE(selection.contains(9));
+    EXPECT_EQ(selection.current(), (Cell{6, 1}));
+    selection.moveTo({7, 0});
+    EXPECT_FALSE(selection.contains(6));
 }
 
 }  // namespace

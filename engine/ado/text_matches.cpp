@@ -1,0 +1,193 @@
+#include "engine/ado/text_matches.h"
+
+#include "engine/ado/constants.h"
+#include "engine/sql/stored_like.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <mutex>
+#include <thread>
+
+namespace ado {
+namespace {
+
+/// So many rows of a sorted recordset are looked at one by one, for a match that is near.
+constexpr int kFirstRows = 200;
+
+/// In the order of the fetch, stretches of groups grow up to so many.
+constexpr std::size_t kLongestStretch = 256;
+
+/// From so many groups on, threads share the work.
+constexpr std::size_t kWorthThreads = 32;
+constexpr std::size_t kMostThreads = 4;
+
+/// Groups that a thread takes at a time: some megabytes of the file.
+constexpr std::size_t kTaken = 8;
+
+std::size_t threadCount() {
+    return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, kMostThreads);
+}
+
+}  // namespace
+
+/// One thread's hands on the file.
+class TextMatches::Searcher {
+public:
+    Searcher(const ScannedRows& rows, std::size_t column, std::u16string_view pattern,
+             FieldReader::Reading reading)
+        : store_{rows.store()},
+          column_{column},
+          like_{sql::LikePattern{pattern}},
+          reader_{rows.sharedTable(), reading} {}
+
+    bool matches(std::uint32_t row) {
+        const std::size_t place = row % kGroupRows;
+        const PackedColumn& packed = store_.packed(row, column_);
+        if (packed.unit() == Unit::None) return matchesInFile(row);
+        return !packed.isNull(place) &&
+               matchesCode(static_cast<std::uint32_t>(packed.whole(place)));
+    }
+
+private:
+    enum class Known : std::uint8_t { Unknown, Matches, DoesNot };
+
+    bool matchesInFile(std::uint32_t row) {
+        jet::StoredField field;
+        const jet::Column& column = store_.stored(column_);
+        if (!reader_.read(store_.rowId(row), column, field)) return false;
+        const auto text = reader_.storedText(field, column);
+        return text && like_.matches(*text);
+    }
+
+    bool matchesCode(std::uint32_t code) {
+        if (code >= byCode_.size()) byCode_.resize(code + std::size_t{1}, Known::Unknown);
+        if (byCode_[code] == Known::Unknown) {
+            const bool matches = like_.matches(store_.dictionary(column_)->stored(code));
+            byCode_[code] = matches ? Known::Matches : Known::DoesNot;
+        }
+        return byCode_[code] == Known::Matches;
+    }
+
+    const RowStore& store_;
+    const std::size_t column_;
+    sql::StoredLike like_;
+    FieldReader reader_;
+    std::vector<Known> byCode_;
+};
+
+TextMatches::TextMatches(std::shared_ptr<const ScannedRows> rows, std::size_t column,
+                         std::u16string pattern)
+    : rows_{std::move(rows)},
+      column_{column},
+      pattern_{std::move(pattern)},
+      single_{std::make_unique<Searcher>(*rows_, column_, pattern_, FieldReader::Reading::AnyRow)} {
+}
+
+TextMatches::~TextMatches() = default;
+
+std::int64_t TextMatches::find(const RowOrder& order, std::int64_t position, std::uint32_t count,
+                               int direction) {
+    prepare(count);
+    const bool onward = order.isReversed() == (direction == adSearchBackward);
+    std::size_t stretch = 1;
+    for (int seen = 0; position >= 0 && position < count; position += direction) {
+        const std::uint32_t row = order.rowAt(static_cast<std::uint32_t>(position));
+        if (!isKnown(row) && order.isOfFetch()) {
+            searchStretch(row, onward, stretch);
+            stretch = std::min(2 * stretch, kLongestStretch);
+        } else if (!isKnown(row) && seen < kFirstRows) {
+            ++seen;
+            if (single_->matches(row)) return position;
+            continue;
+        } else if (!isKnown(row)) {
+            searchGroups(0, searched_.size());
+        }
+        if (hasBit(row) && single_->matches(row)) return position;
+    }
+    return position;
+}
+
+void TextMatches::prepare(std::uint32_t count) {
+    count_ = count;
+    const std::size_t groups = (std::size_t{count} + kGroupRows - 1) / kGroupRows;
+    if (groups <= searched_.size()) return;
+    searched_.resize(groups);
+    bits_.resize(groups * kGroupWords);
+}
+
+bool TextMatches::isKnown(std::uint32_t row) const {
+    return row % kGroupRows < searched_[row / kGroupRows];
+}
+
+/// The group of the row and those that come next.
+void TextMatches::searchStretch(std::uint32_t row, bool onward, std::size_t groups) {
+    const std::size_t group = row / kGroupRows;
+    if (onward) {
+        searchGroups(group, std::min(group + groups, searched_.size()));
+    } else {
+        searchGroups(group + 1 - std::min(groups, group + 1), group + 1);
+    }
+}
+
+TextMatches::Searcher& TextMatches::searcher(std::size_t index) {
+    while (searchers_.size() <= index) {
+        searchers_.push_back(
+            std::make_unique<Searcher>(*rows_, column_, pattern_, FieldReader::Reading::InOrder));
+    }
+    return *searchers_[index];
+}
+
+/// Threads that take groups as long as there are any; the first failure ends it for all.
+class TextMatches::Team {
+public:
+    Team(TextMatches& matches, std::size_t first, std::size_t end)
+        : matches_{matches}, next_{first}, end_{end} {}
+
+    void run(std::size_t threads) {
+        for (std::size_t i = 0; i < threads; ++i) matches_.searcher(i);
+        std::vector<std::thread> helpers;
+        for (std::size_t i = 1; i < threads; ++i) helpers.emplace_back([this, i] { work(i); });
+        work(0);
+        for (std::thread& helper : helpers) helper.join();
+        if (failure_) std::rethrow_exception(failure_);
+    }
+
+private:
+    void work(std::size_t index) {
+        try {
+            for (std::size_t first = 0; (first = next_.fetch_add(kTaken)) < end_;) {
+                const std::size_t end = std::min(first + kTaken, end_);
+                for (std::size_t group = first; group < end; ++group) {
+                    matches_.searchGroup(group, *matches_.searchers_[index]);
+                }
+            }
+        } catch (...) {
+            next_ = end_;
+            const std::lock_guard lock{mutex_};
+            failure_ = std::current_exception();
+        }
+    }
+
+    TextMatches& matches_;
+    std::atomic<std::size_t> next_;
+    const std::size_t end_;
+    std::mutex mutex_;
+    std::exception_ptr failure_;  ///< guarded by mutex_
+};
+
+void TextMatches::searchGroups(std::size_t first, std::size_t end) {
+    Team{*this, first, end}.run(end - first < kWorthThreads ? 1 : threadCount());
+}
+
+/// The words of a group belong to whoever searches it.
+void TextMatches::searchGroup(std::size_t group, Searcher& searcher) {
+    const auto begin = static_cast<std::uint32_t>(group * kGroupRows);
+    const std::uint32_t end = std::min(begin + kGroupRows, count_);
+    for (std::uint32_t row = begin + searched_[group]; row < end; ++row) {
+        if (searcher.matches(row)) bits_[row / 64] |= std::uint64_t{1} << (row % 64);
+    }
+    searched_[group] = static_cast<std::uint16_t>(end - begin);
+}
+
+}  // namespace ado

@@ -1,0 +1,67 @@
+// Which rows have a text that is like a pattern: found out in large stretches of the file, and
+// remembered with one bit a row, so that the next search for the same text is a walk over bits.
+//
+//   ado::TextMatches matches{rows, column, pattern};
+//   const std::int64_t found = matches.find(order, position, count, adSearchForward);
+//
+// For one thread at a time, which need not be the rows' owner: it reads the file with hands of its
+// own.
+#pragma once
+
+#include "engine/ado/scanned_rows.h"
+#include "engine/ado/sort_order.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ado {
+
+class TextMatches {
+public:
+    /// `pattern` is one of LIKE, `column` holds texts. Throws sql::Error for a wrong pattern.
+    TextMatches(std::shared_ptr<const ScannedRows> rows, std::size_t column,
+                std::u16string pattern);
+    ~TextMatches();
+    TextMatches(const TextMatches&) = delete;
+    TextMatches& operator=(const TextMatches&) = delete;
+
+    bool isFor(std::size_t column, std::u16string_view pattern) const {
+        return column == column_ && pattern == pattern_;
+    }
+
+    /// The first position from `position` on, upwards or downwards, whose row matches; -1 or
+    /// `count` if there is none. The row is looked at again before it is given: another program may
+    /// have taken it away. Throws jet::Error for failures of the storage.
+    std::int64_t find(const RowOrder& order, std::int64_t position, std::uint32_t count,
+                      int direction);
+
+private:
+    class Searcher;
+    class Team;
+
+    /// Rows that are searched together, and the words of bits that they have.
+    static constexpr std::uint32_t kGroupRows = RowStore::kGroupRows;
+    static constexpr std::size_t kGroupWords = kGroupRows / 64;
+
+    void prepare(std::uint32_t count);
+    bool isKnown(std::uint32_t row) const;
+    bool hasBit(std::uint32_t row) const { return (bits_[row / 64] >> (row % 64)) & 1u; }
+    void searchStretch(std::uint32_t row, bool onward, std::size_t groups);
+    void searchGroups(std::size_t first, std::size_t end);
+    void searchGroup(std::size_t group, Searcher& searcher);
+    Searcher& searcher(std::size_t index);
+
+    const std::shared_ptr<const ScannedRows> rows_;
+    const std::size_t column_;
+    const std::u16string pattern_;
+
+    std::uint32_t count_ = 0;              ///< rows of the search that runs
+    std::vector<std::uint64_t> bits_;      ///< set: the row matches
+    std::vector<std::uint16_t> searched_;  ///< rows of each group whose bits are right
+    std::vector<std::unique_ptr<Searcher>> searchers_;
+    std::unique_ptr<Searcher> single_;  ///< looks at rows one by one
+};
+
+}  // namespace ado

@@ -1,0 +1,73 @@
+// Whether a text contains another one, the case of letters ignored as LIKE ignores it. Works on the
+// bytes that stand in the file, sixteen at a time where the processor can.
+//
+//   const sql::CaseBlindSearch search{pattern.literal()};
+//   if (search.inNarrow(bytes)) ...
+//
+// Immutable; any thread may call it.
+#pragma once
+
+#include "engine/jet/types.h"
+
+#include <array>
+#include <string>
+#include <string_view>
+
+namespace sql {
+
+/// Whether one of the bytes is zero.
+bool containsZero(jet::Bytes bytes);
+
+class CaseBlindSearch {
+public:
+    /// The portable way is for processors without such instructions; it gives the same answers.
+    enum class Way { Fastest, Portable };
+
+    /// `wanted` is as foldCase gives it, and not empty.
+    explicit CaseBlindSearch(std::u16string_view wanted, Way way = Way::Fastest);
+
+    enum class Found { No, Yes, Mixed };
+
+    /// In text of one byte a character, which are those below U+0100; Mixed if a zero byte comes
+    /// before the wanted text ends: what is behind it has another form.
+    Found inNarrow(jet::Bytes text) const;
+
+    /// In UTF-16LE; an odd last byte is left out.
+    bool inWide(jet::Bytes text) const;
+
+private:
+    /// A character of `wanted` and all that fold to it, in one of the two forms.
+    struct Anchor {
+        std::size_t place = 0;
+        std::array<char16_t, 8> variants{};  ///< filled up with the first
+    };
+
+    /// Two characters that are looked for before the others are compared.
+    struct Anchors {
+        Anchor first;
+        Anchor second;
+        bool two = false;    ///< neither has more than two variants
+        bool eight = false;  ///< neither has more than eight
+    };
+
+    /// Where the text begins first; kNowhere if it is not there.
+    template <typename Unit>
+    std::size_t find(jet::Bytes text, const Anchors& anchors) const;
+    template <typename Unit, int Variants>
+    std::size_t findByLanes(const std::uint8_t* text, std::size_t starts,
+                            const Anchors& anchors) const;
+    template <typename Unit>
+    bool isAt(const std::uint8_t* text) const;
+    template <typename Unit>
+    char16_t foldedAt(const std::uint8_t* text) const;
+    Anchors makeAnchors(std::size_t units) const;
+
+    std::u16string wanted_;
+    std::array<char16_t, 256> narrowFold_;
+    bool fitsNarrow_;  ///< whether all characters have a variant below U+0100
+    Way way_;
+    Anchors narrow_;
+    Anchors wide_;
+};
+
+}  // namespace sql

@@ -1,0 +1,21 @@
+// Which characters LIKE takes for one: those that the file's collation does not tell apart, and every
+// pair of small and capital letter that Unicode knows, whether the collation has heard of it or not.
+//
+//   if (sql::foldCase(a) == sql::foldCase(b)) ...
+//
+// Any thread may call it.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace sql {
+
+/// The character that stands for all that are one with `c`; a capital letter where there is one.
+/// Halves of surrogate pairs stand for themselves.
+char16_t foldCase(char16_t c);
+
+/// All units below `end` that fold to `folded`, in rising order.
+std::vector<char16_t> variantsOf(char16_t folded, std::size_t end = 0x10000);
+
+}  // namespace sql

@@ -1,0 +1,31 @@
+// How the user arranged the columns of a grid: their places, and by which the rows are grouped. It
+// outlives the grid's columns, which are made anew with every source.
+//
+//   const GridArrangement arrangement{tdbgridData};
+//   tdbgridData.setDataSource(&other);
+//   arrangement.applyTo(tdbgridData);
+//
+// The viewer's own thread.
+#pragma once
+
+#include "toolkit/grid/grid.h"
+
+#include <string>
+#include <vector>
+
+class GridArrangement {
+public:
+    explicit GridArrangement(grid::Grid& grid);
+
+    /// Fields that the grid has no more are left out, new ones stand behind the others.
+    void applyTo(grid::Grid& grid) const;
+
+private:
+    struct Group {
+        std::wstring field;
+        bool descending;
+    };
+
+    std::vector<std::wstring> fields_;  ///< by place
+    std::vector<Group> groups_;
+};
