@@ -24,10 +24,10 @@ std::u16string versionText() {
            toText(version.revision);
 }
 
-/// In every form that is loaded, also in those that are hidden.
+/// In every form that is loaded, also in those that are hidden. The list is a copy, as forms may
+/// load others meanwhile.
 void relocalizeForms(Procedure& procedure) {
-    const std::vector<forms::Form*> loaded = forms::loadedForms();
-    for (forms::Form* const form : loaded) {
+    for (forms::Form* const form : std::vector<forms::Form*>{forms::loadedForms()}) {
         procedure.step([&] { modLocalize::applyLanguageFont(*form); });
         procedure.step([&] {
             auto* const localized = dynamic_cast<modLocalize::LocalizedForm*>(form);
@@ -67,7 +67,7 @@ void frmAbout::build() {
         {lblRights, {L"lblRights", L"", kLeft, 2100_tw, kWidth, 510_tw}},
         {lblTrademark, {L"lblTrademark", L"", kLeft, 2670_tw, kWidth, 510_tw}},
         {lblChangeLanguage,
-         {L"lblChangeLanguage", L"Change Language", kLeft, 3435_tw, 1800_tw, kLine}},
+         {L"lblChangeLanguage", L"Change Language", kLeft, 3435_tw, 2400_tw, kLine}},
         {cmdOK,
          {L"cmdOK", L"OK", 4860_tw, 3360_tw, 1260_tw, 375_tw,
           forms::kDefaultButton | forms::kCancelButton}},

@@ -25,9 +25,9 @@ dlgFind::dlgFind()
 
 void dlgFind::build() {
     createControls({
-        {lblFindWhat, {L"lblFindWhat", L"Find What:", 120_tw, 180_tw, 960_tw, 255_tw}},
-        {comboFindWhat, {L"comboFindWhat", L"", 1140_tw, 120_tw, 3600_tw, 315_tw}},
-        {frmDirection, {L"frmDirection", L"Direction", 1140_tw, 600_tw, 3600_tw, 780_tw}},
+        {lblFindWhat, {L"lblFindWhat", L"Find What:", 120_tw, 180_tw, 1140_tw, 255_tw}},
+        {comboFindWhat, {L"comboFindWhat", L"", 1320_tw, 120_tw, 3420_tw, 315_tw}},
+        {frmDirection, {L"frmDirection", L"Direction", 1320_tw, 600_tw, 3420_tw, 780_tw}},
         {optionDirection[kUp],
          {L"optionDirection0", L"&Up", 240_tw, 300_tw, 1320_tw, 315_tw, 0, &frmDirection}},
         {optionDirection[kDown],

@@ -402,11 +402,49 @@ TEST_F(SwitchTest, FormsLoadedLaterHaveTheFontAndTheTexts) {
     EXPECT_EQ(laterStatus.lblStatus.text(), L"ここに状態が表示されます...");
 }
 
+/// For the thread's own key state, until the end of the block.
+class HeldShift {
+public:
+    HeldShift() {
+        GetKeyState(VK_SHIFT);  // brings the state up to date; what is set before is lost
+        GetKeyboardState(before_.data());
+        std::array<BYTE, 256> held = before_;
+        held[VK_SHIFT] = 0x80;
+        SetKeyboardState(held.data());
+    }
+    ~HeldShift() { SetKeyboardState(before_.data()); }
+    HeldShift(const HeldShift&) = delete;
+    HeldShift& operator=(const HeldShift&) = delete;
+
+private:
+    std::array<BYTE, 256> before_{};
+};
+
+TEST_F(SwitchTest, GroupsStayAndSpeakTheNewLanguage) {
+    grid::Grid& grid = form.tdbgridData;
+    grid.setGroupColumns({{grid.columnIndex(L"Process")}});
+    grid.setGroupUnfolded(1, true);
+    const std::int64_t lines = grid.grouping().groupCount();
+    ASSERT_TRUE(grid.groupText(0).starts_with(L"Process: "));
+    chooseInAboutBox(kGerman);
+    EXPECT_EQ(grid.groupColumns().size(), 1u);
+    EXPECT_EQ(grid.grouping().groupCount(), lines);
+    EXPECT_FALSE(grid.grouping().group(0).unfolded);
+    EXPECT_TRUE(grid.grouping().group(1).unfolded);
+    EXPECT_TRUE(grid.groupText(0).starts_with(L"Prozess: "));
+}
+
 TEST_F(SwitchTest, TicksSortPositionAndSelectionStay) {
     form.tdbgridData.onHeadClick(form.tdbgridData.columnIndex(L"Process"));
     form.tdbgridData.onHeadClick(form.tdbgridData.columnIndex(L"Process"));
     rows().setAbsolutePosition(1500);
     form.tdbgridData.setFirstRow(1490);
+    {
+        const HeldShift shift;
+        ::SendMessageW(form.tdbgridData.hwnd(), WM_KEYDOWN, VK_UP, 0);
+    }
+    const std::wstring selectedText = form.tdbgridData.selectedText();
+    ASSERT_NE(selectedText.find(L"\r\n"), std::wstring::npos) << "whole rows";
     form.sstabMain.setTab(1);
     forms::TreeView& tree = form.tvUniqueTraces;
     form.cmdExpandAll.onClick();
@@ -425,8 +463,9 @@ TEST_F(SwitchTest, TicksSortPositionAndSelectionStay) {
         chooseInAboutBox(language);
         EXPECT_EQ(rows().sort(), u"Process DESC");
         EXPECT_EQ(headingStyle(L"Process"), L"Descending");
-        EXPECT_EQ(rows().absolutePosition(), 1500);
-        EXPECT_EQ(form.tdbgridData.row(), 1499);
+        EXPECT_EQ(rows().absolutePosition(), 1499);
+        EXPECT_EQ(form.tdbgridData.row(), 1498);
+        EXPECT_EQ(form.tdbgridData.selectedText(), selectedText);
         EXPECT_EQ(form.tdbgridData.firstRow(), firstRow);
         EXPECT_EQ(form.txtTrace.text(), shown);
         EXPECT_EQ(form.sstabMain.currentTab(), 1);
