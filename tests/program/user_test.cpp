@@ -7,7 +7,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
 #include <ole2.h>
 
 #include <algorithm>
