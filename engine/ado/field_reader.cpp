@@ -18,6 +18,10 @@ constexpr std::uint32_t kBlockPages = 64;
 /// Two reads so close together are taken for a walk through the file.
 constexpr std::uint32_t kNear = 8;
 
+// Both are made anew in place, over what was there.
+static_assert(std::is_trivially_destructible_v<jet::StoredField>);
+static_assert(std::is_trivially_destructible_v<jet::Record>);
+
 /// What a damaged field gives: nothing. Other failures are the storage's.
 template <typename Read>
 auto unlessDamaged(Read read) -> decltype(read()) {

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <exception>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
 namespace ado {
@@ -41,7 +42,6 @@ public:
           like_{sql::LikePattern{pattern}},
           reader_{rows.sharedTable(), reading} {}
 
-    /// A single row.
     bool matches(std::uint32_t row) {
         const std::size_t place = row % kGroupRows;
         return matchesAt(store_.packed(row, column_), store_.packedIds(row), place);
@@ -166,7 +166,11 @@ public:
     void run(std::size_t threads) {
         for (std::size_t i = 0; i < threads; ++i) matches_.searcher(i);
         std::vector<std::thread> helpers;
-        for (std::size_t i = 1; i < threads; ++i) helpers.emplace_back([this, i] { work(i); });
+        try {
+            for (std::size_t i = 1; i < threads; ++i) helpers.emplace_back([this, i] { work(i); });
+        } catch (const std::system_error&) {
+            // Fewer hands do it too.
+        }
         work(0);
         for (std::thread& helper : helpers) helper.join();
         if (failure_) std::rethrow_exception(failure_);

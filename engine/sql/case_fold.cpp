@@ -23,7 +23,7 @@ struct CasePairs {
     std::int32_t toCapital;
 };
 
-/// The simple case mappings of Unicode 15, both ways, beyond ASCII and below U+10000.
+/// The simple case mappings of Unicode 14, both ways, beyond ASCII and below U+10000.
 constexpr CasePairs kCasePairs[] = {
     {0x0069, 0x0069, 1, 199},   {0x006B, 0x006B, 1, 8383},   {0x00B5, 0x00B5, 1, 743},
     {0x00DF, 0x00DF, 1, 7615},  {0x00E0, 0x00F6, 1, -32},    {0x00E5, 0x00E5, 1, 8262},
