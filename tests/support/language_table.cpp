@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <stdexcept>
 
 namespace fixture {
@@ -19,12 +18,21 @@ const std::filesystem::path kFolder = std::filesystem::path{VORELLE_SOURCE_DIR} 
 }
 
 void addLine(LanguageTable& table, const std::string& line) {
+    constexpr std::size_t kTextBegin = 6;  // behind four digits, a blank and the quote
+    if (line.size() <= kTextBegin + 1 || line.back() != '"' || line[4] != ' ' || line[5] != '"') {
+        refuse(line);
+    }
+    const std::string digits = line.substr(0, 4);
+    const std::string utf8 = line.substr(kTextBegin, line.size() - kTextBegin - 1);
     // No control characters, so no byte order mark, tabs or carriage returns either.
-    static const std::regex form{"([0-9]{4}) \"([^\"\\\\\\x00-\\x1f]+)\""};
-    std::smatch parts;
-    if (!std::regex_match(line, parts, form)) refuse(line);
-    const auto number = static_cast<unsigned>(std::stoul(parts[1]));
-    const std::string utf8 = parts[2];
+    const auto plain = [](char c) {
+        return c != '"' && c != '\\' && static_cast<unsigned char>(c) >= ' ';
+    };
+    if (digits.find_first_not_of("0123456789") != std::string::npos ||
+        !std::all_of(utf8.begin(), utf8.end(), plain)) {
+        refuse(line);
+    }
+    const auto number = static_cast<unsigned>(std::stoul(digits));
     const std::u16string text = jet::toUtf16(utf8);
     if (jet::toUtf8(text) != utf8) refuse(line);
     if (!table.empty() && table.rbegin()->first >= number) refuse(line);
