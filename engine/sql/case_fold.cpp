@@ -188,6 +188,55 @@ char16_t foldCase(char16_t c) {
     return foldTables().fold[c];
 }
 
+namespace {
+
+/// Capital letters beyond U+FFFF and how far their small letters are from them (Unicode 14: Deseret,
+/// Osage, Vithkuqi, Old Hungarian, Warang Citi, Medefaidrin, Adlam). All letters of a row have the
+/// same first half.
+struct CapitalsBeyond {
+    char32_t first;
+    char32_t last;
+    char32_t toSmall;
+};
+
+constexpr CapitalsBeyond kCapitalsBeyond[] = {
+    {0x10400, 0x10427, 0x28}, {0x104B0, 0x104D3, 0x28}, {0x10570, 0x1057A, 0x27},
+    {0x1057C, 0x1058A, 0x27}, {0x1058C, 0x10592, 0x27}, {0x10594, 0x10595, 0x27},
+    {0x10C80, 0x10CB2, 0x40}, {0x118A0, 0x118BF, 0x20}, {0x16E40, 0x16E5F, 0x20},
+    {0x1E900, 0x1E921, 0x22},
+};
+
+bool isHigh(char16_t c) { return c >= 0xD800 && c < 0xDC00; }
+bool isLow(char16_t c) { return c >= 0xDC00 && c < 0xE000; }
+
+char32_t joined(char16_t high, char16_t low) {
+    return 0x10000 + ((char32_t{high} - 0xD800) << 10) + (char32_t{low} - 0xDC00);
+}
+
+}  // namespace
+
+char16_t foldCase(char16_t before, char16_t c) {
+    if (!isLow(c)) return foldCase(c);
+    if (!isHigh(before)) return c;
+    const char32_t letter = joined(before, c);
+    for (const CapitalsBeyond& row : kCapitalsBeyond) {
+        if (letter >= row.first + row.toSmall && letter <= row.last + row.toSmall) {
+            return static_cast<char16_t>(c - row.toSmall);
+        }
+    }
+    return c;
+}
+
+bool hasCases(char16_t high, char16_t low) {
+    if (!isHigh(high) || !isLow(low)) return false;
+    const char32_t letter = joined(high, low);
+    return foldCase(high, low) != low ||
+           std::any_of(std::begin(kCapitalsBeyond), std::end(kCapitalsBeyond),
+                       [letter](const CapitalsBeyond& row) {
+                           return letter >= row.first && letter <= row.last;
+                       });
+}
+
 std::vector<char16_t> variantsOf(char16_t folded, std::size_t end) {
     const FoldTables& tables = foldTables();
     std::vector<char16_t> variants;

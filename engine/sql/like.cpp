@@ -30,7 +30,8 @@ LikePattern::LikePattern(std::u16string_view pattern) {
         } else if (c == u'#') {
             elements_.push_back({Kind::Digit, 0, false, {}});
         } else {
-            elements_.push_back({Kind::Character, foldCase(c), false, {}});
+            const char16_t before = at > 1 ? pattern[at - 2] : u'\0';
+            elements_.push_back({Kind::Character, foldCase(before, c), false, {}});
         }
     }
     findLiteral();
@@ -38,8 +39,12 @@ LikePattern::LikePattern(std::u16string_view pattern) {
 
 void LikePattern::findLiteral() {
     std::u16string stretch;
+    char16_t before = 0;
     for (const Element& element : elements_) {
-        if (element.kind != Kind::Character) {
+        // What folds only together with the unit before it cannot be looked for by itself.
+        const bool alone = !hasCases(before, element.character);
+        before = element.character;
+        if (element.kind != Kind::Character || !alone) {
             stretch.clear();
             continue;
         }
@@ -74,10 +79,11 @@ std::size_t LikePattern::readList(std::u16string_view pattern, std::size_t at) {
     return end + 1;
 }
 
-bool LikePattern::matchesOne(const Element& element, char16_t c) {
+bool LikePattern::matchesOne(const Element& element, std::u16string_view text, std::size_t at) {
+    const char16_t c = text[at];
     switch (element.kind) {
         case Kind::Character:
-            return foldCase(c) == element.character;
+            return foldCase(at > 0 ? text[at - 1] : u'\0', c) == element.character;
         case Kind::Digit:
             return isDigit(c);
         case Kind::List: {
@@ -103,7 +109,7 @@ bool LikePattern::matches(std::u16string_view text) const {
         if (element < elements_.size() && elements_[element].kind == Kind::Run) {
             afterRun = ++element;
             runEnd = at;
-        } else if (element < elements_.size() && matchesOne(elements_[element], text[at])) {
+        } else if (element < elements_.size() && matchesOne(elements_[element], text, at)) {
             ++element;
             ++at;
         } else if (afterRun != kNone) {

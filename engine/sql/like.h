@@ -22,7 +22,7 @@ public:
     bool matches(std::u16string_view text) const;
 
     /// The longest stretch of characters that every text that matches contains, in the form that
-    /// foldCase gives; empty if the pattern has signs only.
+    /// foldCase gives to each by itself; empty if the pattern has none.
     const std::u16string& literal() const { return literal_; }
 
     /// Whether the pattern asks for nothing more than that the text contains literal().
@@ -38,7 +38,7 @@ private:
         std::vector<std::pair<char16_t, char16_t>> ranges;  ///< folded at both ends
     };
 
-    static bool matchesOne(const Element& element, char16_t c);
+    static bool matchesOne(const Element& element, std::u16string_view text, std::size_t at);
     std::size_t readList(std::u16string_view pattern, std::size_t at);
     void findLiteral();
 

@@ -112,6 +112,22 @@ TEST_P(StoredLike, AgreesWithThePlainPattern) {
     EXPECT_GT(missed, 5000);
 }
 
+TEST_P(StoredLike, IgnoresTheCaseOfLettersBeyondTheFirstPlane) {
+    const auto like = [](const std::u16string& pattern, const std::u16string& text) {
+        const bool plain = sql::LikePattern{pattern}.matches(text);
+        EXPECT_EQ(matches(pattern, wideForm(text), GetParam()), plain);
+        return plain;
+    };
+    EXPECT_TRUE(like(u"*\U00010400b*", u"x\U00010428B y")) << "Deseret";
+    EXPECT_TRUE(like(u"*\U00010428b*", u"x\U00010400B y"));
+    EXPECT_TRUE(like(u"*call \U0001E943*", u"the CALL \U0001E921.")) << "Adlam";
+    EXPECT_TRUE(like(u"\U00010597", u"\U00010570")) << "Vithkuqi, the whole text";
+    EXPECT_TRUE(like(u"*\U0001F4DE rings*", u"a \U0001F4DE Rings"));
+    EXPECT_FALSE(like(u"*\U00010401*", u"\U00010428"));
+    EXPECT_FALSE(like(u"*\U0001F4DE*", u"\U0001F4DF"));
+    EXPECT_FALSE(like(u"*\U0001E943*", u"\U0001E920"));
+}
+
 /// Whatever stands around a text, and wherever it begins.
 TEST_P(StoredLike, LooksAtAllPlacesAndAtNothingElse) {
     const CaseBlindSearch search{u"NEEDLE", GetParam()};
@@ -178,6 +194,18 @@ TEST(FoldCase, JoinsThePairsThatUnicodeKnows) {
     EXPECT_FALSE(same(u'a', u'\u00E4'));
     EXPECT_FALSE(same(u'A', u'\u30FC')) << "a mark that makes the vowel before it long";
     EXPECT_FALSE(same(u'\u5345', u'\u314B')) << "an ideograph";
+}
+
+TEST(FoldCase, JoinsHalvesOfSurrogatePairsByBoth) {
+    EXPECT_EQ(sql::foldCase(0xD801, 0xDC28), 0xDC00);
+    EXPECT_EQ(sql::foldCase(0xD801, 0xDC00), 0xDC00);
+    EXPECT_EQ(sql::foldCase(0xD800, 0xDC28), 0xDC28) << "another first half";
+    EXPECT_EQ(sql::foldCase(u'x', 0xDC28), 0xDC28) << "no first half";
+    EXPECT_EQ(sql::foldCase(0xD801, u'b'), u'B');
+    EXPECT_TRUE(sql::hasCases(0xD801, 0xDC00));
+    EXPECT_TRUE(sql::hasCases(0xD801, 0xDC28));
+    EXPECT_FALSE(sql::hasCases(0xD801, 0xDC50));
+    EXPECT_FALSE(sql::hasCases(u'x', 0xDC28));
 }
 
 TEST(FoldCase, IsTheSameForAllVariantsAndNobodyElse) {
