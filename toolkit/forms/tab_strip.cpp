@@ -45,6 +45,8 @@ void TabStrip::setTabCaption(int tab, const std::wstring& caption) {
         item.mask = TCIF_TEXT;
         item.pszText = captions_[index(tab)].data();
         send(TCM_SETITEMW, static_cast<WPARAM>(tab), reinterpret_cast<LPARAM>(&item));
+        // The control forgets to erase what a shorter caption leaves beside the last tab.
+        InvalidateRect(hwnd(), nullptr, TRUE);
     }
 }
 

@@ -185,6 +185,28 @@ TEST_F(TabStripTest, ControlsInAFrameOnATabAreSeen) {
     EXPECT_GT(colours, 10);
 }
 
+TEST_F(TabStripTest, AShorterCaptionLeavesNothingBesideTheTabs) {
+    const auto rightOfTabs = [this] {
+        RECT last{};
+        SendMessageW(tabs.hwnd(), TCM_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&last));
+        return last;
+    };
+    tabs.setTabCaption(0, L"A very long caption that becomes a short one");
+    forms::doEvents();
+    const LONG before = rightOfTabs().right;
+    tabs.setTabCaption(0, L"Short");
+    forms::doEvents();
+    const RECT last = rightOfTabs();
+    ASSERT_LT(last.right + 20, before);
+    const HDC screen = GetDC(tabs.hwnd());
+    const LONG y = (last.top + last.bottom) / 2;
+    const COLORREF free = GetPixel(screen, before + 20, y);
+    for (LONG x = last.right + 4; x < before; ++x) {
+        ASSERT_EQ(GetPixel(screen, x, y), free) << x;
+    }
+    ReleaseDC(tabs.hwnd(), screen);
+}
+
 TEST_F(TabStripTest, TabHeightIsThatOfTheRowOfTabs) {
     EXPECT_GT(tabs.tabHeight().value, 200);
     EXPECT_LT(tabs.tabHeight().value, 700);
