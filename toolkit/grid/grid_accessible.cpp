@@ -2,6 +2,7 @@
 
 #include "toolkit/grid/drawing.h"
 #include "toolkit/grid/grid.h"
+#include "toolkit/grid/model/trimmed.h"
 
 #include <algorithm>
 #include <limits>
@@ -29,14 +30,6 @@ std::vector<int> columnsOf(const Grid& grid) {
 
 int groupAt(const Grid& grid, RowIndex view) {
     return grid.grouping().active() ? grid.grouping().at(view).group : kNoGroup;
-}
-
-// Captions may carry blanks that keep them off their neighbours.
-std::wstring trimmed(const std::wstring& text) {
-    const std::size_t begin = text.find_first_not_of(L' ');
-    return begin == std::wstring::npos
-               ? std::wstring()
-               : text.substr(begin, text.find_last_not_of(L' ') + 1 - begin);
 }
 
 void put(IDispatch* object, VARIANT& answer) {

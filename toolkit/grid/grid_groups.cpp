@@ -1,6 +1,7 @@
 // Rows in groups: made, folded and unfolded.
 #include "toolkit/grid/drawing.h"
 #include "toolkit/grid/grid.h"
+#include "toolkit/grid/model/trimmed.h"
 #include "toolkit/grid/timers.h"
 
 #include <algorithm>
@@ -216,14 +217,8 @@ std::wstring Grid::groupText(int group) const {
     std::wstring value;
     source_->cellText(grouping_.firstRowOf(group), by.column, value);
     const Column& column = *columns_[static_cast<std::size_t>(by.column)];
-    std::wstring text;
-    // Captions may carry blanks that keep them off their neighbours.
-    const std::wstring& caption = column.caption();
-    const std::size_t begin = caption.find_first_not_of(L' ');
-    if (begin != std::wstring::npos) {
-        text = caption.substr(begin, caption.find_last_not_of(L' ') + 1 - begin);
-    }
-    return text + L": " + value + L"  (" + std::to_wstring(grouping_.group(group).rowCount) + L")";
+    return trimmed(column.caption()) + L": " + value + L"  (" +
+           std::to_wstring(grouping_.group(group).rowCount) + L")";
 }
 
 // The group whose row has the focus.

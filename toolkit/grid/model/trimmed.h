@@ -1,0 +1,20 @@
+// Captions may carry blanks that keep them off their neighbours; where they are read out or stand in
+// a sentence these are not wanted.
+//
+//   text = trimmed(column.caption()) + L": " + value;
+//
+// A plain function; any thread.
+#pragma once
+
+#include <string>
+
+namespace grid {
+
+inline std::wstring trimmed(const std::wstring& text) {
+    const std::size_t begin = text.find_first_not_of(L' ');
+    return begin == std::wstring::npos
+               ? std::wstring()
+               : text.substr(begin, text.find_last_not_of(L' ') + 1 - begin);
+}
+
+}  // namespace grid
