@@ -34,6 +34,9 @@ void Grid::rowCountChanged() {
 void Grid::currentRowChanged() {
     if (!movingSource_) {
         takeRowCount();
+        if (currentOfSource() != sourceRow_) {
+            reveal(currentOfSource());
+        }
         followSource(true, false);
     }
 }
@@ -145,9 +148,6 @@ void Grid::followSource(bool intoView, bool always) {
     const RowIndex now = currentOfSource();
     const bool moved = now != sourceRow_;
     sourceRow_ = now;
-    if (moved && intoView) {
-        reveal(now);
-    }
     const Cell old = selection_.current();
     const bool staysOnGroup = !moved && focusedGroup() != kNoGroup;
     const int column = old.column == kNoColumn ? geometry_.columns().firstVisible() : old.column;

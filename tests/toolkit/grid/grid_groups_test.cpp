@@ -209,6 +209,16 @@ TEST_F(GridGroups, FoldingSurvivesASortAndNewRows) {
     EXPECT_TRUE(window.looksAsPaintedAnew());
 }
 
+TEST_F(GridGroups, ASortThatMovesTheCurrentRowUnfoldsNothing) {
+    groupByComponent();
+    window.source.setCurrentRow(5);
+    window.grid.dataChanged();
+    EXPECT_EQ(window.grid.row(), 5);
+    EXPECT_EQ(window.grid.geometry().rowCount(), 4);
+    EXPECT_EQ(window.grid.grouping().at(focusedView()).group, 0) << "row 5 is in Dialer";
+    EXPECT_TRUE(window.looksAsPaintedAnew());
+}
+
 TEST_F(GridGroups, FewerRowsAreNoHarm) {
     groupByComponent();
     window.grid.setAllGroupsUnfolded(true);
