@@ -23,10 +23,12 @@ windows_arguments=(--target=x86_64-w64-windows-gnu
     -isystem "$gcc_headers" -isystem "$gcc_headers/x86_64-w64-mingw32")
 export stamps root build
 
-# sources TREE: the product's files that the tree compiles, relative to the root.
+# sources TREE: the product's files that the tree compiles and the pattern names, relative to the
+# root. A tree may well have none of the named ones.
 sources() {
     sed -n 's/^  "file": "\(.*\)".*/\1/p' "$build/$1/compile_commands.json" |
-        sed -n "s|^$root/||p" | grep -E '^(engine|toolkit|src|tools)/' | grep -E "$pattern" | sort -u
+        sed -n "s|^$root/||p" | grep -E '^(engine|toolkit|src|tools)/' |
+        { grep -E "$pattern" || true; } | sort -u
 }
 
 # changed TREE: of the sources on stdin those whose last good check is older than something they
