@@ -220,7 +220,7 @@ std::vector<std::uint64_t> MaterialisedRows::orderKeys(std::size_t column, std::
 }
 
 std::size_t MaterialisedRows::byteCount() const {
-    std::size_t bytes = sizeof *this + rows_.capacity() * sizeof(rows_[0]);
+    std::size_t bytes = sizeof *this + rows_.capacity() * sizeof(decltype(rows_)::value_type);
     for (const auto& row : rows_) {
         bytes += row.capacity() * sizeof(jet::Value);
         for (const jet::Value& value : row) {

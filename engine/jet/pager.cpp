@@ -302,12 +302,12 @@ void Pager::writeFrames(bool all) {
         if (!all) frames_.erase(frames_.find(runStart), frames_.lower_bound(runEnd));
         run.clear();
     };
-    for (auto frame = frames_.begin(); frame != frames_.end(); ++frame) {
-        if (!all && frame->second.use_count() > 1) continue;
-        const bool follows = frame->first == runStart + run.size() / kPageSize;
+    for (const auto& [number, page] : frames_) {
+        if (!all && page.use_count() > 1) continue;
+        const bool follows = number == runStart + run.size() / kPageSize;
         if (!follows || run.size() >= kMostPagesAtOnce * kPageSize) writeRun();
-        if (run.empty()) runStart = frame->first;
-        run.insert(run.end(), frame->second->begin(), frame->second->end());
+        if (run.empty()) runStart = number;
+        run.insert(run.end(), page->begin(), page->end());
     }
     writeRun();
 }

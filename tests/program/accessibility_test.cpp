@@ -5,7 +5,6 @@
 
 #include <commctrl.h>
 #include <gtest/gtest.h>
-#include <ole2.h>
 
 #include <algorithm>
 #include <array>
@@ -56,10 +55,7 @@ protected:
         return AccessibleClient{gridWindow};
     }
 
-    struct Ole {
-        Ole() { OleInitialize(nullptr); }
-        ~Ole() { OleUninitialize(); }
-    } ole;
+    OleSession ole;
     ViewerFolder folder;
     RunningViewer viewer;
     HWND main = nullptr;

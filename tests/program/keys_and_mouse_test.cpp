@@ -5,7 +5,6 @@
 
 #include <commctrl.h>
 #include <gtest/gtest.h>
-#include <ole2.h>
 
 #include <algorithm>
 #include <string>
@@ -70,10 +69,7 @@ protected:
         hands::click(gridWindow, at);
     }
 
-    struct Ole {
-        Ole() { OleInitialize(nullptr); }
-        ~Ole() { OleUninitialize(); }
-    } ole;
+    OleSession ole;
     ViewerFolder folder;
     RunningViewer viewer;
     HWND main;

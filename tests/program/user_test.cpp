@@ -7,7 +7,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <ole2.h>
 
 #include <algorithm>
 #include <fstream>
@@ -39,10 +38,7 @@ bool contains(const std::string& text, const std::string& wanted) {
 
 class UserTest : public testing::Test {
 protected:
-    struct Ole {
-        Ole() { OleInitialize(nullptr); }
-        ~Ole() { OleUninitialize(); }
-    } ole_;
+    OleSession ole_;
 
     void SetUp() override {
         folder_ = std::make_unique<ViewerFolder>();

@@ -3,14 +3,23 @@
 //   AccessibleClient table{window};
 //   table.child(2).child(1).value();
 //
-// For windows of any process. COM must be initialised on the thread.
+// For windows of any process. The thread needs an OleSession.
 #pragma once
 
 #include <windows.h>
+#include <ole2.h>
 #include <oleacc.h>
 
 #include <memory>
 #include <string>
+
+/// COM and OLE for the thread, as long as this lives.
+struct OleSession {
+    OleSession() { OleInitialize(nullptr); }
+    ~OleSession() { OleUninitialize(); }
+    OleSession(const OleSession&) = delete;
+    OleSession& operator=(const OleSession&) = delete;
+};
 
 class AccessibleClient {
 public:

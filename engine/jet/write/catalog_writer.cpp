@@ -20,7 +20,7 @@ constexpr std::uint32_t kPageMask = 0x00FFFFFF;
 constexpr std::int32_t kAllRights = 0x000FFEFF;
 
 std::shared_ptr<const Table> systemTable(Database& database, std::u16string_view name) {
-    const auto table = database.table(name);
+    auto table = database.table(name);
     if (!table->definition().system)
         throwDamaged(table->definition().page, "a system table is none");
     return table;

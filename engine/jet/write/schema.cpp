@@ -24,7 +24,7 @@ void requireName(std::u16string_view name) {
     constexpr std::u16string_view kForbidden = u".![]`";
     const bool good = !name.empty() && name.size() <= kLongestName && name.front() != u' ' &&
                       std::ranges::none_of(name, [&](char16_t unit) {
-                          return unit < u' ' || kForbidden.find(unit) != kForbidden.npos;
+                          return unit < u' ' || kForbidden.find(unit) != std::u16string_view::npos;
                       });
     if (!good) throw Error{Fault::TooMany, "'" + toUtf8(name) + "' is not a valid name."};
 }

@@ -5,7 +5,6 @@
 #include "tests/toolkit/grid/held_key.h"
 
 #include <gtest/gtest.h>
-#include <ole2.h>
 
 namespace grid {
 namespace {
@@ -16,10 +15,7 @@ protected:
 
     AccessibleClient table() const { return AccessibleClient{window.grid.hwnd()}; }
 
-    struct Ole {
-        Ole() { OleInitialize(nullptr); }
-        ~Ole() { OleUninitialize(); }
-    } ole;
+    OleSession ole;
     GridWindow window;
 };
 
