@@ -32,7 +32,8 @@ sources() {
 }
 
 # changed TREE: of the sources on stdin those whose last good check is older than something they
-# are made of. Ninja knows what each object was made of; the source comes first.
+# are made of. Ninja knows what each object was made of; the source comes first. Paths seen from the
+# tree are a compiler cache's.
 changed() {
     local file
     declare -A parts=()
@@ -40,6 +41,7 @@ changed() {
         parts[$file]+=$part$'\n'
     done < <(ninja -C "$build/$1" -t deps | awk -v root="$root/" '
         /^[^ ]/ { source = ""; next }
+        { sub(/^    \.\.\/\.\.\//, "    " root) }
         index($0, "    " root) == 1 {
             path = substr($0, 5 + length(root))
             if (source == "") source = path
