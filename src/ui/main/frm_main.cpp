@@ -298,6 +298,8 @@ void frmMain::openTraceDatabase(const std::u16string& path) {
             if (recordset.state() != ado::adStateClosed) recordset.setSort(u"");
         });
         procedure.step([&] { modDatabase::openRecordsets(); });
+        // What was opened and selected in the tree belongs to the database before.
+        procedure.step([&] { tvUniqueTraces.clear(); });
         procedure.step([&] { reloadDBGrid(diags()->rsDiags()); });
     });
 }
