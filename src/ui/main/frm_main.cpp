@@ -316,7 +316,10 @@ void frmMain::reloadDBGrid(ado::Recordset& recordset) {
     tdbgridData.setRowHeight(savedRowHeight_ * 2);
     arrangement.applyTo(tdbgridData);
     setupTraceGrid();
-    if (recordset.state() == ado::adStateClosed) txtTrace.setText(L"");
+    if (recordset.state() == ado::adStateClosed) {
+        txtTrace.setText(L"");
+        statusbarMain.panel(kPositionPanel).setText(L"");
+    }
     tdbgridData_RowColChange();
     populateUniqueTracesTree();
 }
@@ -360,10 +363,10 @@ void frmMain::tdbgridData_HeadClick(int ColIndex) {
             const bool reverse = current.find(name) != std::u16string::npos &&
                                  current.find(u"ASC") != std::u16string::npos;
             procedure.step([&] {
-                recordset_->setSort(name + (reverse ? u" DESC" : u" ASC"));
                 tdbgridData.column(ColIndex).setHeadingStyle(reverse ? L"Descending"
                                                                      : L"Ascending");
             });
+            procedure.step([&] { recordset_->setSort(name + (reverse ? u" DESC" : u" ASC")); });
             procedure.step([&] { status.hideStatus(); });
         }
         procedure.step([&] { setupTraceGrid(); });
