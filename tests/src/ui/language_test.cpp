@@ -319,6 +319,42 @@ TEST_F(SwitchTest, EveryOpenFormSpeaksTheNewLanguageAtOnce) {
     EXPECT_TRUE(reports.empty());
 }
 
+TEST_F(SwitchTest, EveryCaptionOfTheMainWindowHasItsText) {
+    const auto expectTexts = [this] {
+        const std::vector<std::pair<unsigned, std::wstring>> captions{
+            {1046, form.sstabMain.tabCaption(0)},
+            {1028, form.sstabMain.tabCaption(1)},
+            {1014, form.cmdAddMacroTraceToFilter.caption()},
+            {1021, form.cmdClearAllUniqueTraces.caption()},
+            {1039, form.cmdSelectAllUniqueTraces.caption()},
+            {1017, form.cmdApplyFilter.caption()},
+            {1009, form.mnuFileMenu.caption()},
+            {1012, form.mnuOpenTraceDatabase.caption()},
+            {1025, form.mnuExportData.caption()},
+            {1024, form.mnuExit.caption()},
+            {1008, form.mnuEdit.caption()},
+            {1010, form.mnuFind.caption()},
+            {1029, form.mnuFindNext.caption()},
+            {1011, form.mnuHelpMenu.caption()},
+            {1031, form.mnuHelp.caption()},
+            {1013, form.mnuAbout.caption()},
+            {1052, heading(L"Date")},
+            {1053, heading(L"Process")},
+            {1054, heading(L"Source")},
+            {1003, heading(L"TraceNumber")},
+            {1055, heading(L"Component")},
+            {1001, heading(L"TraceLevel")},
+            {1056, heading(L"Trace")}};
+        for (const auto& [id, caption] : captions) {
+            EXPECT_EQ(fromWide(caption), myLoadResString(id)) << id;
+        }
+    };
+    expectTexts();
+    chooseInAboutBox(kGerman);
+    expectTexts();
+    EXPECT_NE(myLoadResString(1009), englishText(1009));
+}
+
 TEST_F(SwitchTest, WhatIsTheSameInEveryLanguageStays) {
     const std::wstring node = form.tvUniqueTraces.node(0).text();
     chooseInAboutBox(kGerman);
@@ -326,6 +362,9 @@ TEST_F(SwitchTest, WhatIsTheSameInEveryLanguageStays) {
     EXPECT_EQ(form.findDialog.caption(), L"Find");
     EXPECT_EQ(form.cmdExpandAll.caption(), L"+");
     EXPECT_EQ(form.cmdCollapseAll.caption(), L"-");
+    EXPECT_EQ(form.mnuRightClick.caption(), L"RightClick");
+    EXPECT_EQ(form.mnuAddEditNote.caption(), L"Add/Edit Note");
+    EXPECT_EQ(form.mnuHighlightRow.caption(), L"Highlight Row");
     EXPECT_EQ(form.tvUniqueTraces.node(0).text(), node);
     EXPECT_EQ(fromWide(form.status.lblStatus.text()), englishText(1042))
         << "an operation's own text";
