@@ -232,6 +232,8 @@ TEST_F(FilterTabTest, TenThousandTracesUnderFiveHundredComponents) {
     EXPECT_TRUE(form.tvUniqueTraces.firstRoot()->checked());
     timed("expand all", [&] { form.cmdExpandAll.onClick(); });
     EXPECT_TRUE(form.tvUniqueTraces.firstRoot()->expanded());
+    timed("open tree made anew", [&] { form.cmdSelectAllUniqueTraces.onClick(); });
+    EXPECT_EQ(form.tvUniqueTraces.view().open.size(), static_cast<std::size_t>(kComponents));
     timed("collapse all", [&] { form.cmdCollapseAll.onClick(); });
     EXPECT_FALSE(form.tvUniqueTraces.firstRoot()->expanded());
     form.cmdClearAllUniqueTraces.onClick();
