@@ -1,5 +1,6 @@
 #include "src/search/dlg_find.h"
 
+#include "resources/resource_ids.h"
 #include "src/db/class_diags.h"
 #include "src/i18n/mod_localize.h"
 #include "src/platform/text.h"
@@ -21,7 +22,8 @@ dlgFind::dlgFind()
             .caption = L"Find",
             .border = forms::BorderStyle::fixedDialog,
             .clientWidth = 6300_tw,
-            .clientHeight = 1560_tw}) {}
+            .clientHeight = 1560_tw,
+            .icon = IDI_VIEWER}) {}
 
 void dlgFind::build() {
     createControls({

@@ -69,6 +69,7 @@ void frmMain::setNotice(const std::u16string& text) {
 void frmMain::mnuFind_Click() {
     findDialog.show();
     findDialog.comboFindWhat.setFocus();
+    findDialog.comboFindWhat.selectText();
 }
 
 void frmMain::mnuFindNext_Click() { myfindText(true); }

@@ -224,6 +224,26 @@ TEST_F(FindTest, EnterSearchesAndEscapeHides) {
     EXPECT_FALSE(form.findDialog.visible());
 }
 
+TEST_F(FindTest, AfterEnterTheNextTextCanBeTypedAtOnce) {
+    show();
+    type(L"error");
+    pressKey(VK_RETURN);
+    EXPECT_EQ(rows().absolutePosition(), 1);
+    EXPECT_TRUE(form.findDialog.comboFindWhat.hasFocus());
+}
+
+TEST_F(FindTest, ShownAgainItOffersTheLastTextToBeReplaced) {
+    show();
+    search(L"error");
+    form.findDialog.CancelButton.click();
+    show();
+    EXPECT_TRUE(form.findDialog.comboFindWhat.hasFocus());
+    const LRESULT selection =
+        ::SendMessageW(form.findDialog.comboFindWhat.hwnd(), CB_GETEDITSEL, 0, 0);
+    EXPECT_EQ(LOWORD(selection), 0);
+    EXPECT_EQ(HIWORD(selection), 5);
+}
+
 TEST_F(FindTest, FindNextOfTheMainWindowSearchesDownwards) {
     form.mnuFindNext.onClick();
     EXPECT_EQ(rows().absolutePosition(), 1) << "nothing was ever typed";
