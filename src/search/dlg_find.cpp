@@ -2,6 +2,7 @@
 
 #include "resources/resource_ids.h"
 #include "src/db/class_diags.h"
+#include "src/db/mod_database.h"
 #include "src/i18n/mod_localize.h"
 #include "src/platform/text.h"
 #include "src/search/hourglass.h"
@@ -85,6 +86,7 @@ void dlgFind::myfindText(const bool& findNext) {
     if (text.empty()) return;
     addFindHistory(text);
     const Hourglass hourglass{*this};
+    const forms::OnEscape stop{modDatabase::cancelSearch};
     forms::doEvents();
     searchTraces(u"[dlgFind]myfindText", diags()->rsDiags(),
                  {.text = text, .backward = optionDirection[kUp].value(), .stepFirst = findNext},

@@ -341,6 +341,56 @@ TEST_F(FindTest, ClosingTheWindowDuringASearchIsSurvived) {
     EXPECT_TRUE(reports.empty());
 }
 
+/// Presses a key as a keyboard does, until the end of the block.
+class HeldKey {
+public:
+    explicit HeldKey(WORD key) { send(key, 0); }
+    ~HeldKey() { send(key_, KEYEVENTF_KEYUP); }
+    HeldKey(const HeldKey&) = delete;
+    HeldKey& operator=(const HeldKey&) = delete;
+
+private:
+    void send(WORD key, DWORD flags) {
+        key_ = key;
+        INPUT input{};
+        input.type = INPUT_KEYBOARD;
+        input.ki.wVk = key;
+        input.ki.dwFlags = flags;
+        ::SendInput(1, &input, sizeof input);
+    }
+
+    WORD key_ = 0;
+};
+
+TEST_F(FindTest, EscapeStopsASearchAndNothingElse) {
+    show();
+    ASSERT_TRUE(waitUntil([&] { return ::GetForegroundWindow() == form.findDialog.hwnd(); }));
+    const auto cancelWhileSearching = [&] {
+        const HeldKey escape{VK_ESCAPE};
+        ::Sleep(500);  // for the window's thread to notice it
+    };
+    {
+        BusyDisplay busy{form, display, cancelWhileSearching};
+        EXPECT_EQ(search(L"two"), 1);
+    }
+    EXPECT_EQ(panel(1), L"") << "not said to be absent: nobody knows";
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_TRUE(reports[0].starts_with(u"[dlgFind]myfindText: Err.Number = 3712 "));
+    forms::doEvents();
+    EXPECT_TRUE(form.findDialog.visible()) << "the key is used up";
+    EXPECT_EQ(form.findDialog.mousePointer(), forms::MousePointer::standard);
+    {
+        BusyDisplay busy{form, display, cancelWhileSearching};
+        form.mnuFindNext.onClick();
+    }
+    EXPECT_EQ(rows().absolutePosition(), 1);
+    ASSERT_EQ(reports.size(), 2u);
+    EXPECT_TRUE(reports[1].starts_with(u"[frmMain]myfindText: Err.Number = 3712 "));
+    forms::doEvents();
+    EXPECT_TRUE(form.findDialog.visible());
+    EXPECT_EQ(searchAgain(), 3) << "the next one runs to its end";
+}
+
 TEST_F(FindTest, RecordsThatAreClosedMeanwhileAreReported) {
     show();
     form.findDialog.setNotice = [&](const std::u16string& text) {
