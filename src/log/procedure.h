@@ -71,6 +71,7 @@ public:
     static constexpr std::int32_t kPathFileAccess = 75;
     static constexpr std::int32_t kPathNotFound = 76;
     static constexpr std::int32_t kObjectNotSet = 91;
+    static constexpr std::int32_t kInvalidResource = 325;
     static constexpr std::int32_t kKeyExists = 457;
     static constexpr std::int32_t kCancelled = 32755;
 

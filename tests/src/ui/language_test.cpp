@@ -12,6 +12,7 @@
 #include <array>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <map>
 
 namespace {
@@ -25,6 +26,11 @@ constexpr std::uint16_t kFrench = 1036;
 constexpr std::uint16_t kJapanese = 1041;
 
 std::u16string englishText(unsigned id) { return fixture::readLanguageTable("ENU").at(id); }
+
+std::string contentOf(const std::filesystem::path& path) {
+    std::ifstream file{path, std::ios::binary};
+    return {std::istreambuf_iterator<char>{file}, {}};
+}
 
 /// What the system itself calls a language.
 std::wstring nameBySystem(DWORD language) {
@@ -177,6 +183,70 @@ TEST_F(LanguageTest, AFileThatIsNoLibraryIsListedAndItsTextsAreEnglish) {
     EXPECT_EQ(installedLanguages(), Codes{u"DEU"});
     EXPECT_EQ(myLoadResString(1028), u"Filters");
     EXPECT_TRUE(dialogs.messages.empty());
+}
+
+/// No text is cut off or worse, and the user is told once.
+TEST_F(LanguageTest, ALibraryThatWasCutOffIsDoneWithout) {
+    const LanguageFolder languages{{}};
+    const std::filesystem::path library = languages.path() / "QRXbrandingres_DEU.dll";
+    const auto whole = std::filesystem::file_size(builtLibrary("DEU"));
+    const fixture::LanguageTable german = fixture::readLanguageTable("DEU");
+    const fixture::LanguageTable english = fixture::readLanguageTable("ENU");
+    int told = 0;
+    for (std::uintmax_t size = whole - 256; size > 256; size -= 256) {
+        std::filesystem::copy_file(builtLibrary("DEU"), library,
+                                   std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::resize_file(library, size);
+        dialogs.messages.clear();
+        languages.use(kGerman);
+        for (const auto& [id, text] : german) {
+            const std::u16string loaded = myLoadResString(id);
+            EXPECT_TRUE(loaded == text || loaded == english.at(id)) << size << " bytes, " << id;
+        }
+        for (const forms::MessageRequest& message : dialogs.messages) {
+            EXPECT_EQ(message.text,
+                      L"Error in InitalizeLanguages: Invalid format in resource file");
+            ++told;
+        }
+        EXPECT_LE(dialogs.messages.size(), 1u) << size;
+        languages.use(kEnglish);
+    }
+    EXPECT_GT(told, 0);
+    EXPECT_TRUE(reports.empty()) << "a message box takes the place of the log";
+}
+
+TEST_F(LanguageTest, ALibraryWhoseTextsOverrunItIsDoneWithout) {
+    const LanguageFolder languages{{"DEU"}};
+    const std::filesystem::path library = languages.path() / "QRXbrandingres_DEU.dll";
+    std::string bytes = contentOf(library);
+    const std::u16string last = u"Notiz";  // the length in front of it leads beyond the file
+    const std::size_t found =
+        bytes.find(std::string{reinterpret_cast<const char*>(last.data()), 2 * last.size()});
+    ASSERT_NE(found, std::string::npos);
+    bytes.replace(found - 2, 2, "\xFF\xFF");
+    std::ofstream{library, std::ios::binary} << bytes;
+    languages.use(kGerman);
+    ASSERT_EQ(dialogs.messages.size(), 1u);
+    EXPECT_EQ(dialogs.messages[0].text,
+              L"Error in InitalizeLanguages: Invalid format in resource file");
+    EXPECT_EQ(dialogs.messages[0].buttons, forms::MessageButtons::ok);
+    EXPECT_EQ(myLoadResString(1057), u"Note");
+    EXPECT_EQ(myLoadResString(1028), u"Filters");
+    EXPECT_EQ(installedLanguages(), Codes{u"DEU"}) << "the next steps ran";
+}
+
+TEST_F(LanguageTest, ATextThatCannotBeLoadedIsToldInAMessageBoxAndIsEmpty) {
+    setStepFault([](std::u16string_view label) {
+        if (label != u"[modLocalize]myLoadResString") return;
+        throw RuntimeError{RuntimeError::kOutOfMemory, u"Out of memory"};
+    });
+    EXPECT_EQ(myLoadResString(1028), u"");
+    setStepFault({});
+    ASSERT_EQ(dialogs.messages.size(), 1u);
+    EXPECT_EQ(dialogs.messages[0].text, L"error in myLoadResString: Out of memory");
+    EXPECT_EQ(dialogs.messages[0].buttons, forms::MessageButtons::ok);
+    EXPECT_TRUE(reports.empty()) << "not in the log";
+    EXPECT_EQ(myLoadResString(1028), u"Filters");
 }
 
 TEST_F(LanguageTest, FilesOfOtherNamesAreNotListed) {
