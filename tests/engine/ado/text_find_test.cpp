@@ -7,6 +7,7 @@
 #include "tests/support/expected.h"
 #include "tests/support/random.h"
 
+#include <future>
 #include <thread>
 
 namespace {
@@ -217,11 +218,11 @@ TEST_F(TextFind, ACancelledSearchStopsOnTheWay) {
         database.gate->holdAt(placeOf(pages.size() / 4));
         database.gate->failAt(placeOf(pages.size() - 1));
         database.connection.setRunner([&](const std::function<void()>& work) {
-            std::thread worker{work};
+            auto done = std::async(std::launch::async, work);
             database.gate->waitUntilHeld();
             database.connection.cancel();
             database.gate->release();
-            worker.join();
+            done.get();
         });
         EXPECT_EQ(errorNumber([&] { rows.find(u"Trace Like '*nothing says this*'"); }), 3712);
         EXPECT_EQ(rows.absolutePosition(), 2);
