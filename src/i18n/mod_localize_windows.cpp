@@ -55,10 +55,10 @@ std::size_t bytesFrom(const void* address, HMODULE library, std::uintmax_t fileS
     MEMORY_BASIC_INFORMATION region{};
     if (::VirtualQuery(address, &region, sizeof region) == 0 || region.State != MEM_COMMIT)
         return 0;
-    const auto at = reinterpret_cast<std::uintptr_t>(address);
-    auto end = reinterpret_cast<std::uintptr_t>(region.BaseAddress) + region.RegionSize;
-    const auto handle = reinterpret_cast<std::uintptr_t>(library);
-    if ((handle & 3) == 1) end = std::min<std::uintmax_t>(end, handle - 1 + fileSize);
+    const std::uint64_t at = reinterpret_cast<std::uintptr_t>(address);
+    const std::uint64_t handle = reinterpret_cast<std::uintptr_t>(library);
+    std::uint64_t end = reinterpret_cast<std::uintptr_t>(region.BaseAddress) + region.RegionSize;
+    if ((handle & 3) == 1) end = std::min(end, handle - 1 + fileSize);
     return end > at ? static_cast<std::size_t>(end - at) : 0;
 }
 
@@ -138,7 +138,7 @@ void applyFonts() {
 /// A failure is told to the user and not to the log, and the next part follows.
 void attempt(std::u16string_view label, const std::u16string& beginning,
              const std::function<void()>& action) {
-    runProcedure(label, Limit::None, [&](Procedure& procedure) {
+    runProcedure(label, {.quiet = true}, [&](Procedure& procedure) {
         procedure.step(action, [&](const Failure& failure) {
             forms::dialogs().showMessage(
                 nullptr, {.title = kProduct, .text = toWide(beginning + failure.description)});

@@ -102,6 +102,7 @@ struct Convention {
     Limit limit = Limit::None;
     bool numbersLines = false;  ///< reports end with the source line of the step
     bool timed = false;         ///< entry and exit are logged
+    bool quiet = false;         ///< failures are not logged, and no step is repeated
     classLog* log = nullptr;    ///< the log's own procedures name themselves; null: the shared one
 };
 
