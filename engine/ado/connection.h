@@ -18,6 +18,7 @@
 #include "engine/jet/database.h"
 #include "engine/sql/ast.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -74,6 +75,10 @@ public:
     using Runner = std::function<void(const std::function<void()>& work)>;
     void setRunner(Runner runner) { runner_ = std::move(runner); }
 
+    /// Ends the search for a text that is running, within some milliseconds: Recordset::find throws
+    /// Error{3712}. Any thread; nothing happens without a search.
+    void cancel() { stopFind_ = true; }
+
     /// Makes the changes of all statements durable. Throws Error{0x80004005} if that fails, or has
     /// failed since it was asked for the last time: none of these statements has happened then.
     void commit();
@@ -99,6 +104,7 @@ private:
 
     std::shared_ptr<Scheduler> scheduler_;
     Runner runner_;
+    std::atomic<bool> stopFind_{false};
     std::u16string connectionString_;
     std::filesystem::path path_;
     std::shared_ptr<jet::Database> database_;

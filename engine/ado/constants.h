@@ -71,6 +71,7 @@ inline constexpr std::int32_t adErrItemNotFound = 3265;
 inline constexpr std::int32_t adErrObjectClosed = 3704;
 inline constexpr std::int32_t adErrObjectOpen = 3705;
 inline constexpr std::int32_t adErrProviderNotFound = 3706;
+inline constexpr std::int32_t adErrOperationCancelled = 3712;
 
 // ... and those that the provider passes on.
 inline constexpr std::int32_t kErrorFile = -2147467259;           ///< 0x80004005: unusable file

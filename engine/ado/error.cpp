@@ -118,4 +118,8 @@ void throwOpen() {
     throw Error{adErrObjectOpen, "The operation is not allowed when the object is open."};
 }
 
+void throwCancelled() {
+    throw Error{adErrOperationCancelled, "The user has cancelled the operation."};
+}
+
 }  // namespace ado

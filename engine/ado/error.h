@@ -41,6 +41,7 @@ Error toError(const sql::Error& error);
 [[noreturn]] void throwItemNotFound(std::u16string_view name);
 [[noreturn]] void throwClosed();
 [[noreturn]] void throwOpen();
+[[noreturn]] void throwCancelled();
 
 /// Runs `action`, turning failures of the layers below into Error.
 template <typename Action>

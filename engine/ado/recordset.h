@@ -138,7 +138,7 @@ public:
     /// there is none. A search for texts is left to the connection's runner, and what it finds out
     /// is kept for the next one with the same pattern.
     /// Throws Error: 3021 without a current record, 3001, 3265, 0x80004005; 3704 if it was closed
-    /// meanwhile.
+    /// meanwhile; 3712 if the connection was told to cancel it, at the record where it was.
     void find(std::u16string_view criterion, int skipRecords = 0, int direction = adSearchForward);
 
     /// The next `rows` rows as text, and moves behind them; all of them for adGetRowsRest.

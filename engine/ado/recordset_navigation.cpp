@@ -119,10 +119,13 @@ std::int64_t Recordset::findText(TextMatches& matches, std::int64_t position, in
     const std::weak_ptr<int> opening = opening_;
     const RowOrder order = order_;
     const std::uint32_t count = rowCount();
+    std::atomic<bool>& stop = connection_->stopFind_;
+    stop = false;
     translated(std::filesystem::path{connection_->path()}, [&] {
-        connection_->run([&] { position = matches.find(order, position, count, direction); });
+        connection_->run([&] { position = matches.find(order, position, count, direction, stop); });
     });
     if (opening.expired()) throwClosed();
+    if (stop) throwCancelled();
     return position;
 }
 

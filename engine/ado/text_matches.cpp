@@ -106,21 +106,21 @@ TextMatches::TextMatches(std::shared_ptr<const ScannedRows> rows, std::size_t co
 TextMatches::~TextMatches() = default;
 
 std::int64_t TextMatches::find(const RowOrder& order, std::int64_t position, std::uint32_t count,
-                               int direction) {
+                               int direction, const std::atomic<bool>& stop) {
     prepare(count);
     const bool onward = order.isReversed() == (direction == adSearchBackward);
     std::size_t stretch = 1;
-    for (int seen = 0; position >= 0 && position < count; position += direction) {
+    for (int seen = 0; position >= 0 && position < count && !stop; position += direction) {
         const std::uint32_t row = order.rowAt(static_cast<std::uint32_t>(position));
         if (!isKnown(row) && order.isOfFetch()) {
-            searchStretch(row, onward, stretch);
+            searchStretch(row, onward, stretch, stop);
             stretch = std::min(2 * stretch, kLongestStretch);
         } else if (!isKnown(row) && seen < kFirstRows) {
             ++seen;
             if (single_->matches(row)) return position;
             continue;
         } else if (!isKnown(row)) {
-            searchGroups(0, searched_.size());
+            searchGroups(0, searched_.size(), stop);
         }
         if (hasBit(row) && single_->matches(row)) return position;
     }
@@ -140,12 +140,13 @@ bool TextMatches::isKnown(std::uint32_t row) const {
 }
 
 /// The group of the row and those that come next.
-void TextMatches::searchStretch(std::uint32_t row, bool onward, std::size_t groups) {
+void TextMatches::searchStretch(std::uint32_t row, bool onward, std::size_t groups,
+                                const std::atomic<bool>& stop) {
     const std::size_t group = row / kGroupRows;
     if (onward) {
-        searchGroups(group, std::min(group + groups, searched_.size()));
+        searchGroups(group, std::min(group + groups, searched_.size()), stop);
     } else {
-        searchGroups(group + 1 - std::min(groups, group + 1), group + 1);
+        searchGroups(group + 1 - std::min(groups, group + 1), group + 1, stop);
     }
 }
 
@@ -157,11 +158,12 @@ TextMatches::Searcher& TextMatches::searcher(std::size_t index) {
     return *searchers_[index];
 }
 
-/// Threads that take groups as long as there are any; the first failure ends it for all.
+/// Threads that take groups as long as there are any; the first failure ends it for all, and so does
+/// the wish to stop.
 class TextMatches::Team {
 public:
-    Team(TextMatches& matches, std::size_t first, std::size_t end)
-        : matches_{matches}, next_{first}, end_{end} {}
+    Team(TextMatches& matches, std::size_t first, std::size_t end, const std::atomic<bool>& stop)
+        : matches_{matches}, next_{first}, end_{end}, stop_{stop} {}
 
     void run(std::size_t threads) {
         for (std::size_t i = 0; i < threads; ++i) matches_.searcher(i);
@@ -181,7 +183,7 @@ private:
         try {
             for (std::size_t first = 0; (first = next_.fetch_add(kTaken)) < end_;) {
                 const std::size_t end = std::min(first + kTaken, end_);
-                for (std::size_t group = first; group < end; ++group) {
+                for (std::size_t group = first; group < end && !stop_; ++group) {
                     matches_.searchGroup(group, *matches_.searchers_[index]);
                 }
             }
@@ -195,12 +197,13 @@ private:
     TextMatches& matches_;
     std::atomic<std::size_t> next_;
     const std::size_t end_;
+    const std::atomic<bool>& stop_;
     std::mutex mutex_;
     std::exception_ptr failure_;  ///< guarded by mutex_
 };
 
-void TextMatches::searchGroups(std::size_t first, std::size_t end) {
-    Team{*this, first, end}.run(end - first < kWorthThreads ? 1 : threadCount());
+void TextMatches::searchGroups(std::size_t first, std::size_t end, const std::atomic<bool>& stop) {
+    Team{*this, first, end, stop}.run(end - first < kWorthThreads ? 1 : threadCount());
 }
 
 /// The words of a group belong to whoever searches it.

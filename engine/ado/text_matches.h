@@ -11,6 +11,7 @@
 #include "engine/ado/scanned_rows.h"
 #include "engine/ado/sort_order.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -33,9 +34,10 @@ public:
 
     /// The first position from `position` on, upwards or downwards, whose row matches; -1 or
     /// `count` if there is none. The row is looked at again before it is given: another program may
-    /// have taken it away. Throws jet::Error for failures of the storage.
+    /// have taken it away. Once `stop` is set, by any thread, it returns soon, with a position that
+    /// says nothing. Throws jet::Error for failures of the storage.
     std::int64_t find(const RowOrder& order, std::int64_t position, std::uint32_t count,
-                      int direction);
+                      int direction, const std::atomic<bool>& stop);
 
 private:
     class Searcher;
@@ -48,8 +50,9 @@ private:
     void prepare(std::uint32_t count);
     bool isKnown(std::uint32_t row) const;
     bool hasBit(std::uint32_t row) const { return (bits_[row / 64] >> (row % 64)) & 1u; }
-    void searchStretch(std::uint32_t row, bool onward, std::size_t groups);
-    void searchGroups(std::size_t first, std::size_t end);
+    void searchStretch(std::uint32_t row, bool onward, std::size_t groups,
+                       const std::atomic<bool>& stop);
+    void searchGroups(std::size_t first, std::size_t end, const std::atomic<bool>& stop);
     void searchGroup(std::size_t group, Searcher& searcher);
     Searcher& searcher(std::size_t index);
 

@@ -48,7 +48,8 @@ void frmStatus::displayStatus(const std::u16string& text, bool showProgress,
     lblStatus.setText(toWide(text));
     pbarStatus.setVisible(showProgress);
     center(owner);
-    show(owner);
+    // The user may be typing in another window of the program.
+    owner != nullptr && owner->visible() ? showInactive(*owner) : show(owner);
     refresh();
     forms::doEvents();
 }

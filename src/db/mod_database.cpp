@@ -175,6 +175,8 @@ void updateDatabaseFormat() {
 
 std::filesystem::path databasePath() { return connection().path(); }
 
+void cancelSearch() { connection().cancel(); }
+
 void openRecordsets() {
     runProcedure(u"[modDatabase]openRecordsets", {.timed = true}, [&](Procedure& procedure) {
         procedure.step([&] { theDisplay->displayStatus(myLoadResString(1032), false); });

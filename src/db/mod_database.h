@@ -44,6 +44,9 @@ void openDiagRecordset(const std::u16string& whereClause);
 
 void openMacroTraces();
 
+/// Ends the search for a text that is running; it fails then. Any thread.
+void cancelSearch();
+
 /// Rebuilt each time a database is opened; the filter's ticks live in it.
 UniqueTraces& uniqueTraces();
 

@@ -14,7 +14,8 @@ using namespace forms::literals;
 
 namespace {
 
-constexpr Convention kEvent{.limit = Limit::TenErrors};
+/// The log is not for what may go wrong here, with the user looking on.
+constexpr Convention kEvent{.quiet = true};
 
 std::wstring loadString(unsigned id) { return toWide(myLoadResString(id)); }
 

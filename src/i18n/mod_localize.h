@@ -17,15 +17,16 @@ namespace modLocalize {
 
 /// Loads the texts of the language in use, the user's own if none has been chosen, lists the
 /// languages that are installed, and gives the loaded forms the font that the language needs. A
-/// failure is shown in a message box, and the next of these steps follows. A missing library is no
-/// failure: all texts are English then.
+/// failure is shown in a message box, and the next of these steps follows. Without a library, or with
+/// a damaged one, all texts are English; a missing one is no failure.
 void InitalizeLanguages();
 
 /// Gives a form and all its controls the font that the language in use needs, or their own again.
 /// For forms that are loaded after InitalizeLanguages.
 void applyLanguageFont(forms::Form& form);
 
-/// The text of the given number (1000 to 1057) in the language in use; empty if there is none.
+/// The text of the given number (1000 to 1057) in the language in use; empty if there is none, and
+/// after a failure, which is shown in a message box.
 std::u16string myLoadResString(unsigned id);
 
 /// The system's identifier of the language in use; 0 before InitalizeLanguages.

@@ -10,7 +10,9 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <utility>
@@ -20,6 +22,11 @@ namespace {
 
 constexpr std::u16string_view kPrefix = u"QRXbrandingres_";
 constexpr std::size_t kCodeLength = 3;
+
+/// The numbers of the resources that hold the texts 1000 to 1057.
+constexpr unsigned kTextsInBlock = 16;
+constexpr unsigned kFirstBlock = 1000 / kTextsInBlock + 1;
+constexpr unsigned kLastBlock = 1057 / kTextsInBlock + 1;
 
 /// Not out of the texts: they may be what failed.
 constexpr const wchar_t* kProduct = L"Vorelle Diagnostic Viewer";
@@ -42,12 +49,54 @@ void freeLibrary() {
     if (state().library != nullptr) ::FreeLibrary(std::exchange(state().library, nullptr));
 }
 
+/// Bytes of a library that are there from an address on. What is mapped byte by byte, which the
+/// handle's lowest bits tell, ends where its file does; its last page goes on with zeros.
+std::size_t bytesFrom(const void* address, HMODULE library, std::uintmax_t fileSize) {
+    MEMORY_BASIC_INFORMATION region{};
+    if (::VirtualQuery(address, &region, sizeof region) == 0 || region.State != MEM_COMMIT)
+        return 0;
+    const std::uint64_t at = reinterpret_cast<std::uintptr_t>(address);
+    const std::uint64_t handle = reinterpret_cast<std::uintptr_t>(library);
+    std::uint64_t end = reinterpret_cast<std::uintptr_t>(region.BaseAddress) + region.RegionSize;
+    if ((handle & 3) == 1) end = std::min(end, handle - 1 + fileSize);
+    return end > at ? static_cast<std::size_t>(end - at) : 0;
+}
+
+/// Whether the texts of a block, each behind its length, end within it.
+bool isSound(const WORD* block, std::size_t units) {
+    for (unsigned text = 0; text < kTextsInBlock; ++text) {
+        if (units == 0 || *block >= units) return false;
+        const std::size_t taken = std::size_t{1} + *block;
+        units -= taken;
+        block += taken;
+    }
+    return true;
+}
+
+/// The system trusts what stands in the file, and would follow a damaged one anywhere.
+bool isSound(HMODULE library, std::uintmax_t fileSize) {
+    for (unsigned number = kFirstBlock; number <= kLastBlock; ++number) {
+        const HRSRC block = ::FindResourceW(library, MAKEINTRESOURCEW(number), RT_STRING);
+        if (block == nullptr) continue;  // these texts are English then
+        const auto* const texts =
+            static_cast<const WORD*>(::LockResource(::LoadResource(library, block)));
+        const std::size_t size = ::SizeofResource(library, block);
+        if (texts == nullptr || bytesFrom(texts, library, fileSize) < size) return false;
+        if (!isSound(texts, size / sizeof(WORD))) return false;
+    }
+    return true;
+}
+
 /// As data: nothing in the library runs, and what it refers to is not looked for.
 void loadLibrary() {
     constexpr DWORD kAsData = DONT_RESOLVE_DLL_REFERENCES | LOAD_LIBRARY_AS_DATAFILE;
     const std::u16string path = folderOfLibraries() + u"\\" + std::u16string{kPrefix} +
                                 codeOfLanguage(state().language) + u".dll";
     state().library = ::LoadLibraryExW(toWide(path).c_str(), nullptr, kAsData);
+    if (state().library == nullptr) return;
+    if (isSound(state().library, std::filesystem::file_size(toWide(path)))) return;
+    freeLibrary();
+    throw RuntimeError{RuntimeError::kInvalidResource, u"Invalid format in resource file"};
 }
 
 bool beginsWithPrefix(const std::wstring& name) {
@@ -86,15 +135,16 @@ void applyFonts() {
     for (forms::Form* form : forms::loadedForms()) applyLanguageFont(*form);
 }
 
-/// A failure is told to the user, and the next part follows.
-void attempt(const std::u16string& beginning, const std::function<void()>& action) {
-    try {
-        action();
-    } catch (...) {
-        const Failure failure = toFailure(std::current_exception());
-        forms::dialogs().showMessage(
-            nullptr, {.title = kProduct, .text = toWide(beginning + failure.description)});
-    }
+/// A failure is told to the user and not to the log, and the next part follows.
+void attempt(std::u16string_view label, const std::u16string& beginning,
+             const std::function<void()>& action) {
+    runProcedure(label, {.quiet = true}, [&](Procedure& procedure) {
+        procedure.step(action, [&](const Failure& failure) {
+            forms::dialogs().showMessage(
+                nullptr, {.title = kProduct, .text = toWide(beginning + failure.description)});
+            return Resume::Next;
+        });
+    });
 }
 
 std::u16string textOf(HMODULE library, unsigned id) {
@@ -107,14 +157,16 @@ std::u16string textOf(HMODULE library, unsigned id) {
 }  // namespace
 
 void InitalizeLanguages() {
-    const std::u16string beginning = u"Error in InitalizeLanguages: ";
-    attempt(beginning, [] {
+    const auto attemptStep = [](const std::function<void()>& action) {
+        attempt(u"[modLocalize]InitalizeLanguages", u"Error in InitalizeLanguages: ", action);
+    };
+    attemptStep([] {
         if (state().language == 0) state().language = ::GetUserDefaultLangID();
     });
-    attempt(beginning, freeLibrary);
-    attempt(beginning, loadLibrary);
-    attempt(beginning, listInstalled);
-    attempt(beginning, applyFonts);
+    attemptStep(freeLibrary);
+    attemptStep(loadLibrary);
+    attemptStep(listInstalled);
+    attemptStep(applyFonts);
 }
 
 void applyLanguageFont(forms::Form& form) {
@@ -126,7 +178,7 @@ void applyLanguageFont(forms::Form& form) {
 
 std::u16string myLoadResString(unsigned id) {
     std::u16string text;
-    attempt(u"error in myLoadResString: ", [&] {
+    attempt(u"[modLocalize]myLoadResString", u"error in myLoadResString: ", [&] {
         if (state().library != nullptr) text = textOf(state().library, id);
         if (text.empty()) text = textOf(::GetModuleHandleW(nullptr), id);
     });

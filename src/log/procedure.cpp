@@ -93,7 +93,8 @@ bool Procedure::step(const std::function<void()>& action,
         }
         line_ = line;
         count(failure);
-        const Resume resume = decide ? decide(failure) : Resume::AsUsual;
+        const Resume usual = convention_.quiet ? Resume::Next : Resume::AsUsual;
+        const Resume resume = decide ? decide(failure) : usual;
         if (resume == Resume::AsUsual) report(failure);
         line_ = 0;
         const bool again = resume == Resume::SameStep || (resume == Resume::AsUsual && retries());
@@ -139,7 +140,7 @@ void runProcedure(std::u16string_view label, const Convention& convention,
     } catch (const Procedure::ForcedExit&) {
         // Reported where the limit was passed.
     } catch (...) {
-        procedure.report(toFailure(std::current_exception()));
+        if (!convention.quiet) procedure.report(toFailure(std::current_exception()));
     }
     if (convention.timed) theLog().exitProc(label);
 }

@@ -71,6 +71,7 @@ public:
     static constexpr std::int32_t kPathFileAccess = 75;
     static constexpr std::int32_t kPathNotFound = 76;
     static constexpr std::int32_t kObjectNotSet = 91;
+    static constexpr std::int32_t kInvalidResource = 325;
     static constexpr std::int32_t kKeyExists = 457;
     static constexpr std::int32_t kCancelled = 32755;
 
@@ -101,6 +102,7 @@ struct Convention {
     Limit limit = Limit::None;
     bool numbersLines = false;  ///< reports end with the source line of the step
     bool timed = false;         ///< entry and exit are logged
+    bool quiet = false;         ///< failures are not logged, and no step is repeated
     classLog* log = nullptr;    ///< the log's own procedures name themselves; null: the shared one
 };
 

@@ -78,8 +78,9 @@ LRESULT cTooltip::send(UINT message, WPARAM wParam, LPARAM lParam) const {
 bool cTooltip::Create(const forms::Window& form) {
     if (window_ == nullptr) {
         ::InitCommonControls();
-        window_ = ::CreateWindowExA(0, TOOLTIPS_CLASSA, nullptr, TTS_ALWAYSTIP, 0, 0, 0, 0,
-                                    form.hwnd(), nullptr, ::GetModuleHandleW(nullptr), nullptr);
+        // The class makes a pop-up of every window; one that is born as such is never activated.
+        window_ = ::CreateWindowExA(0, TOOLTIPS_CLASSA, nullptr, WS_POPUP | TTS_ALWAYSTIP, 0, 0, 0,
+                                    0, form.hwnd(), nullptr, ::GetModuleHandleW(nullptr), nullptr);
     }
     return window_ != nullptr;
 }

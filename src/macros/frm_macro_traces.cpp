@@ -63,7 +63,9 @@ frmMacroTraces::frmMacroTraces(forms::TreeView& uniqueTracesTree)
 void frmMacroTraces::build() {
     createControls({
         {treeviewMacroTrace, {L"treeviewMacroTrace", L"", 120_tw, 120_tw, 5760_tw, 4920_tw}},
-        {cmdAdd, {L"cmdAdd", L"Add Selected Macro Traces", 120_tw, 5160_tw, 3600_tw, 420_tw}},
+        {cmdAdd,
+         {L"cmdAdd", L"Add Selected Macro Traces", 120_tw, 5160_tw, 3600_tw, 420_tw,
+          forms::kDefaultButton}},
         {cmdCancel,
          {L"cmdCancel", L"Cancel", 3840_tw, 5160_tw, 2040_tw, 420_tw, forms::kCancelButton}},
     });

@@ -52,7 +52,7 @@ public:
             root_.append(row);
             groups_.emplace(name, row);
         } else {
-            known->second.append(row.first(L"TRACE"));
+            known->second.append(scratch_.asNode().first(L"GA/TRACE"));
         }
     }
 

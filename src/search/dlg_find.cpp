@@ -1,6 +1,8 @@
 #include "src/search/dlg_find.h"
 
+#include "resources/resource_ids.h"
 #include "src/db/class_diags.h"
+#include "src/db/mod_database.h"
 #include "src/i18n/mod_localize.h"
 #include "src/platform/text.h"
 #include "src/search/hourglass.h"
@@ -21,7 +23,8 @@ dlgFind::dlgFind()
             .caption = L"Find",
             .border = forms::BorderStyle::fixedDialog,
             .clientWidth = 6300_tw,
-            .clientHeight = 1560_tw}) {}
+            .clientHeight = 1560_tw,
+            .icon = IDI_VIEWER}) {}
 
 void dlgFind::build() {
     createControls({
@@ -83,6 +86,7 @@ void dlgFind::myfindText(const bool& findNext) {
     if (text.empty()) return;
     addFindHistory(text);
     const Hourglass hourglass{*this};
+    const forms::OnEscape stop{modDatabase::cancelSearch};
     forms::doEvents();
     searchTraces(u"[dlgFind]myfindText", diags()->rsDiags(),
                  {.text = text, .backward = optionDirection[kUp].value(), .stepFirst = findNext},

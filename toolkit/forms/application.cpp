@@ -119,6 +119,24 @@ void paintAllForms() {
     }
 }
 
+std::function<void()>& escapeHandler() {
+    static std::function<void()> current;
+    return current;
+}
+
+// The key itself, not its message: other keys may wait before that, and are to go on waiting.
+bool isEscapeDown() {
+    const DWORD owner = GetWindowThreadProcessId(GetForegroundWindow(), nullptr);
+    return owner == GetCurrentThreadId() && GetAsyncKeyState(VK_ESCAPE) < 0;
+}
+
+void dropKeysUpToEscape() {
+    MSG message{};
+    while (PeekMessageW(&message, nullptr, WM_KEYDOWN, WM_KEYDOWN, PM_REMOVE) &&
+           message.wParam != VK_ESCAPE) {
+    }
+}
+
 }  // namespace
 
 Application::Application() {
@@ -190,6 +208,11 @@ void doEvents() {
     paintAllForms();
 }
 
+OnEscape::OnEscape(std::function<void()> stop)
+    : previous_(std::exchange(escapeHandler(), std::move(stop))) {}
+
+OnEscape::~OnEscape() { escapeHandler() = std::move(previous_); }
+
 void runWhilePainting(const std::function<void()>& work) {
     const HANDLE done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     if (!done) {
@@ -207,8 +230,13 @@ void runWhilePainting(const std::function<void()>& work) {
     });
     // Asking for messages now and then tells the system that the windows are alive.
     constexpr DWORD kAliveMilliseconds = 100;
+    bool stopped = false;
     while (MsgWaitForMultipleObjects(1, &done, FALSE, kAliveMilliseconds,
-                                     QS_PAINT | QS_SENDMESSAGE) != WAIT_OBJECT_0) {
+                                     QS_PAINT | QS_SENDMESSAGE | QS_KEY) != WAIT_OBJECT_0) {
+        if (!stopped && escapeHandler() && isEscapeDown()) {
+            stopped = true;
+            escapeHandler()();
+        }
         MSG message{};
         while (PeekMessageW(&message, nullptr, WM_PAINT, WM_PAINT, PM_REMOVE)) {
             DispatchMessageW(&message);
@@ -219,6 +247,9 @@ void runWhilePainting(const std::function<void()>& work) {
     }
     worker.join();
     CloseHandle(done);
+    if (stopped) {
+        dropKeysUpToEscape();
+    }
     if (failure) {
         std::rethrow_exception(failure);
     }

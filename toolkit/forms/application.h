@@ -44,6 +44,23 @@ void doEvents();
 // windows are painted; input waits for its turn, and nothing that was posted runs.
 void runWhilePainting(const std::function<void()>& work);
 
+// Lets the user stop what runWhilePainting runs, to the end of the block:
+//
+//   const forms::OnEscape stop{[&] { view->cancel(); }};
+//
+// When Escape is pressed in a window of this thread meanwhile, the function is called, on this
+// thread. That press, and the keys that still wait from before it, go nowhere else.
+class OnEscape {
+public:
+    explicit OnEscape(std::function<void()> stop);
+    ~OnEscape();
+    OnEscape(const OnEscape&) = delete;
+    OnEscape& operator=(const OnEscape&) = delete;
+
+private:
+    std::function<void()> previous_;
+};
+
 // Ends run, and every modal form on the way.
 void quit(int exitCode = 0);
 

@@ -42,6 +42,8 @@ int ComboBox::listIndex() const { return static_cast<int>(send(CB_GETCURSEL)); }
 
 void ComboBox::setListIndex(int index) { send(CB_SETCURSEL, static_cast<WPARAM>(index)); }
 
+void ComboBox::selectText() { send(CB_SETEDITSEL, 0, MAKELPARAM(0, -1)); }
+
 bool ComboBox::reflected(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) {
     if (message != WM_COMMAND) {
         return Control::reflected(message, wParam, lParam, result);

@@ -32,6 +32,8 @@ public:
     int listIndex() const;
     // Chooses an item and makes it the text. No event.
     void setListIndex(int index);
+    // Selects the whole text, so that what is typed next takes its place.
+    void selectText();
 
     // The user changed the text.
     std::function<void()> onChange;

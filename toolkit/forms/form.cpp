@@ -116,14 +116,28 @@ bool Form::unload() {
 
 void Form::show(const Form* owner) {
     load();
-    SetWindowLongPtrW(hwnd(), GWLP_HWNDPARENT,
-                      reinterpret_cast<LONG_PTR>(owner ? owner->hwnd() : nullptr));
+    setOwner(owner);
     if (!visible()) {
         // Laid out first: nobody is to see the controls where they were designed.
         Form_Resize();
         ShowWindow(hwnd(), SW_SHOW);
     }
     SetForegroundWindow(hwnd());
+}
+
+void Form::showInactive(const Form& owner) {
+    load();
+    setOwner(&owner);
+    if (!visible()) {
+        Form_Resize();
+        SetWindowPos(hwnd(), HWND_TOP, 0, 0, 0, 0,
+                     SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
+    }
+}
+
+void Form::setOwner(const Form* owner) {
+    SetWindowLongPtrW(hwnd(), GWLP_HWNDPARENT,
+                      reinterpret_cast<LONG_PTR>(owner ? owner->hwnd() : nullptr));
 }
 
 void Form::hide() {

@@ -89,6 +89,8 @@ public:
     // False when Form_Unload refused.
     bool unload();
     void show(const Form* owner = nullptr);
+    // Shows the form above its owner; whoever has the focus keeps it.
+    void showInactive(const Form& owner);
     // Returns when the form is hidden or unloaded. The other forms do not react meanwhile.
     void showModal(const Form* owner = nullptr);
     void hide();
@@ -165,6 +167,7 @@ protected:
 
 private:
     void createFormWindow();
+    void setOwner(const Form* owner);
     RECT frameFor(SIZE client) const;
     SIZE clientPixels() const;
     RECT wantedPixels() const;

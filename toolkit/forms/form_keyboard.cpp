@@ -122,7 +122,8 @@ bool Form::moveFocus(HWND focus, bool backwards) {
 // Windows hides the focus rectangle until it sees the keyboard used; here it is always seen.
 void Form::showFocus() { send(WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0); }
 
-// Enter presses the button that has the focus, else the one marked as default.
+// Enter presses the button that has the focus, else the one marked as default. That one does not get
+// the focus, as BM_CLICK would give it: who searches by Enter goes on typing where he was.
 bool Form::pressButton(unsigned flag, HWND focus) {
     const HWND combo = GetParent(focus);
     if (SendMessageW(focus, CB_GETDROPPEDSTATE, 0, 0) ||
@@ -136,7 +137,10 @@ bool Form::pressButton(unsigned flag, HWND focus) {
     }
     for (const Control* control : controls()) {
         if ((control->flags() & flag) && control->isShown() && control->enabled()) {
-            SendMessageW(control->hwnd(), BM_CLICK, 0, 0);
+            const HWND button = control->hwnd();
+            SendMessageW(GetParent(button), WM_COMMAND,
+                         MAKEWPARAM(GetDlgCtrlID(button), BN_CLICKED),
+                         reinterpret_cast<LPARAM>(button));
             return true;
         }
     }

@@ -3,6 +3,8 @@
 #include <commctrl.h>
 
 #include <algorithm>
+#include <initializer_list>
+#include <numeric>
 #include <stdexcept>
 
 namespace forms {
@@ -54,7 +56,7 @@ void StatusBar::Panel::setText(const std::wstring& text) {
     }
     text_ = text;
     if (bar_.isCreated()) {
-        if (spec_.width == PanelWidth::content) {
+        if (spec_.width != PanelWidth::spring) {
             bar_.layOut();
         }
         bar_.showText(*this);
@@ -72,6 +74,7 @@ Control::Kind StatusBar::kind() const {
 }
 
 void StatusBar::created() {
+    edges_.clear();
     if (hasClock()) {
         SetTimer(hwnd(), kClockTimer, kClockInterval, nullptr);
         showTime();
@@ -105,41 +108,66 @@ void StatusBar::showText(const Panel& panel) {
     send(SB_SETTEXTW, static_cast<WPARAM>(panel.index_), reinterpret_cast<LPARAM>(text.c_str()));
 }
 
-int StatusBar::widthInPixels(const Panel& panel) const {
-    const int least = toPixels(panel.spec_.twips, dpi()).value;
-    if (panel.spec_.width != PanelWidth::content) {
-        return least;
-    }
-    return std::max(least,
-                    gdiFont().textWidth(panel.text()).value + scaled(kPanelPadding, dpi()).value);
+// What a panel cannot do without.
+int StatusBar::textInPixels(const Panel& panel) const {
+    return panel.text().empty()
+               ? 0
+               : gdiFont().textWidth(panel.text()).value + scaled(kPanelPadding, dpi()).value;
 }
 
-// Windows wants the right edge of every panel.
+int StatusBar::widthInPixels(const Panel& panel) const {
+    const int least = toPixels(panel.spec_.twips, dpi()).value;
+    return panel.spec_.width == PanelWidth::content ? std::max(least, textInPixels(panel)) : least;
+}
+
+// In a narrow window panels give up room that their texts do not need, the springs last of all.
+void StatusBar::shrink(std::vector<int>& widths, int missing) const {
+    for (const bool springs : {false, true}) {
+        for (std::size_t i = 0; i < widths.size() && missing > 0; ++i) {
+            if ((panels_[i].spec_.width == PanelWidth::spring) == springs) {
+                const int spare = springs ? widths[i] : widths[i] - textInPixels(panels_[i]);
+                const int given = std::clamp(spare, 0, missing);
+                widths[i] -= given;
+                missing -= given;
+            }
+        }
+    }
+}
+
+void StatusBar::share(std::vector<int>& widths, int spare) const {
+    auto springs =
+        static_cast<int>(std::count_if(panels_.begin(), panels_.end(), [](const auto& p) {
+            return p.spec_.width == PanelWidth::spring;
+        }));
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+        if (panels_[i].spec_.width == PanelWidth::spring) {
+            const int part = spare / springs--;
+            widths[i] += part;
+            spare -= part;
+        }
+    }
+}
+
+// Windows wants the right edge of every panel, and paints the whole bar when it gets them.
 void StatusBar::layOut() {
     if (panels_.empty()) {
         return;
     }
     RECT client{};
     GetClientRect(hwnd(), &client);
-    int used = 0;
-    int springs = 0;
+    std::vector<int> widths;
     for (const Panel& panel : panels_) {
-        used += widthInPixels(panel);
-        springs += panel.spec_.width == PanelWidth::spring ? 1 : 0;
+        widths.push_back(widthInPixels(panel));
     }
-    int spare = std::max(0, static_cast<int>(client.right) - used);
-    std::vector<int> edges;
-    int edge = 0;
-    for (const Panel& panel : panels_) {
-        edge += widthInPixels(panel);
-        if (panel.spec_.width == PanelWidth::spring) {
-            const int share = spare / springs--;
-            edge += share;
-            spare -= share;
-        }
-        edges.push_back(edge);
+    const int spare =
+        static_cast<int>(client.right) - std::accumulate(widths.begin(), widths.end(), 0);
+    spare < 0 ? shrink(widths, -spare) : share(widths, spare);
+    std::vector<int> edges(widths.size());
+    std::partial_sum(widths.begin(), widths.end(), edges.begin());
+    if (edges != edges_) {
+        edges_ = edges;
+        send(SB_SETPARTS, edges.size(), reinterpret_cast<LPARAM>(edges.data()));
     }
-    send(SB_SETPARTS, edges.size(), reinterpret_cast<LPARAM>(edges.data()));
 }
 
 // Windows' own bar puts itself at the lower edge whenever it hears of a new size.

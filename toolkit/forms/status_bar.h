@@ -28,7 +28,8 @@ enum class PanelKind { text, clock };
 struct PanelSpec {
     std::wstring key = {};
     PanelWidth width = PanelWidth::fixed;
-    // The fixed width, or the least width of the others.
+    // The fixed width, or the least width of the others. Where there is not room for all, empty
+    // room goes first.
     Twips twips = Twips(1440);
     PanelKind kind = PanelKind::text;
 };
@@ -75,12 +76,16 @@ protected:
 private:
     void dock();
     void layOut();
+    void shrink(std::vector<int>& widths, int missing) const;
+    void share(std::vector<int>& widths, int spare) const;
+    int textInPixels(const Panel& panel) const;
     int widthInPixels(const Panel& panel) const;
     void showText(const Panel& panel);
     void showTime();
     bool hasClock() const;
 
     std::deque<Panel> panels_;
+    std::vector<int> edges_;  // As the control has them.
 };
 
 }  // namespace forms

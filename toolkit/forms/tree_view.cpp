@@ -185,6 +185,44 @@ void TreeView::setSelected(TreeNode* node) {
     send(TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(node ? node->item_ : nullptr));
 }
 
+TreeView::View TreeView::view() const {
+    View view;
+    for (const auto& node : nodes_) {
+        if (node->firstChild_ && node->expanded()) {
+            view.open.push_back(node->key());
+        }
+    }
+    if (const TreeNode* node = selected()) {
+        view.selected = node->key();
+    }
+    if (const TreeNode* node =
+            nodeOf(reinterpret_cast<HTREEITEM>(send(TVM_GETNEXTITEM, TVGN_FIRSTVISIBLE)))) {
+        view.top = node->key();
+    }
+    return view;
+}
+
+void TreeView::setView(const View& view) {
+    for (const std::wstring& key : view.open) {
+        if (TreeNode* node = find(key)) {
+            node->setExpanded(true);
+        }
+    }
+    // Some versions of the control do not scroll to the node that is selected, and to select one
+    // that is out of sight scrolls: so before it and behind it.
+    scrollToTop(find(view.top));
+    if (TreeNode* node = find(view.selected)) {
+        setSelected(node);
+        scrollToTop(find(view.top));
+    }
+}
+
+void TreeView::scrollToTop(const TreeNode* node) const {
+    if (node) {
+        send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(node->item_));
+    }
+}
+
 HTREEITEM TreeView::itemAt(POINT point, UINT& where) const {
     TVHITTESTINFO hit{};
     hit.pt = point;

@@ -121,6 +121,16 @@ public:
     TreeNode* selected() const;
     void setSelected(TreeNode* node);
 
+    // What the user has opened, selected and scrolled to, by the keys of the nodes: for a tree that
+    // is made anew. Keys that the tree has not are passed over.
+    struct View {
+        std::vector<std::wstring> open = {};
+        std::wstring selected = {};
+        std::wstring top = {};
+    };
+    View view() const;
+    void setView(const View& view);
+
     // The node whose row is at that place in the control, or null.
     TreeNode* hitTest(Twips x, Twips y) const;
 
@@ -145,6 +155,7 @@ private:
     void setItemState(const TreeNode& node, UINT state, UINT mask) const;
     static UINT checkState(bool checked);
     TreeNode* nodeOf(HTREEITEM item) const;
+    void scrollToTop(const TreeNode* node) const;
     HTREEITEM itemAt(POINT point, UINT& where) const;
 
     void handleNotification(const NMHDR& header);

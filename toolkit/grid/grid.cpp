@@ -104,6 +104,9 @@ LRESULT Grid::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_KEYDOWN:
             onKeyDown(static_cast<int>(wParam));
             break;
+        case WM_CHAR:
+            onChar(static_cast<wchar_t>(wParam));
+            break;
         case WM_LBUTTONDOWN:
             onLeftDown(pointOf(lParam));
             break;

@@ -249,6 +249,7 @@ private:
 
     // Keyboard and mouse (grid_input.cpp).
     void onKeyDown(int key);
+    void onChar(wchar_t character);
     LRESULT onGetDialogCode(const MSG* message) const;
     void onLeftDown(Point point);
     void onMouseMoved(Point point);

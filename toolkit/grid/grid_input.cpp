@@ -33,13 +33,30 @@ std::optional<Motion> motionOf(int key, bool ctrl) {
     }
 }
 
+// The key of the number pad that types a character; 0 if none does.
+int padKeyOf(wchar_t character) {
+    switch (character) {
+        case L'+':
+            return VK_ADD;
+        case L'-':
+            return VK_SUBTRACT;
+        case L'*':
+            return VK_MULTIPLY;
+        case L'/':
+            return VK_DIVIDE;
+        default:
+            return 0;
+    }
+}
+
 }  // namespace
 
-// The arrows are the grid's; Tab, Enter and Escape stay the form's, but for the Escape that ends
-// a drag.
+// Arrows and characters are the grid's; Tab, Enter and Escape stay the form's, but for the Escape
+// that ends a drag.
 LRESULT Grid::onGetDialogCode(const MSG* message) const {
     bool escape = message && message->message == WM_KEYDOWN && message->wParam == VK_ESCAPE;
-    return DLGC_WANTARROWS | (escape && drag_ != Drag::none ? DLGC_WANTMESSAGE : 0);
+    return DLGC_WANTARROWS | DLGC_WANTCHARS |
+           (escape && drag_ != Drag::none ? DLGC_WANTMESSAGE : 0);
 }
 
 void Grid::onKeyDown(int key) {
@@ -63,6 +80,14 @@ void Grid::onKeyDown(int key) {
                         (shift & forms::kShift) != 0 ? Selecting::range : Selecting::one);
             scroll([this](Geometry& geometry) { geometry.scrollColumnIntoView(col()); });
         }
+    }
+}
+
+// Many keyboards have plus, star and slash on keys with Shift, each on others.
+void Grid::onChar(wchar_t character) {
+    const int key = padKeyOf(character);
+    if (key != 0 && drag_ == Drag::none && forms::shiftState() == forms::kShift) {
+        onGroupKey(key);
     }
 }
 

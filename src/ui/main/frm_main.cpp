@@ -34,6 +34,10 @@ constexpr int kTraceLines = 3;
 /// The trace column takes the room that the others leave, but never less than this.
 constexpr Twips kTraceWidth = 3000_tw;
 
+/// The two buttons above the tree stand one below the other: side by side they are wider than the
+/// smallest window in most languages.
+constexpr Twips kFilterButtonWidth = 3480_tw;
+
 constexpr int kPositionPanel = 3;
 
 /// Not localised, like the menu of the rows.
@@ -107,12 +111,13 @@ void frmMain::build() {
          {L"tdbgridData", L"Diagnostic Data", 120_tw, 480_tw, 5760_tw, 3000_tw, 0, &sstabMain, 0}},
         {txtTrace, {L"txtTrace", L"", 120_tw, 3540_tw, 5760_tw, 600_tw, 0, &sstabMain, 0}},
         {cmdApplyFilter,
-         {L"cmdApplyFilter", L"Apply Filter", 180_tw, 480_tw, 1800_tw, 345_tw, 0, &sstabMain, 1}},
+         {L"cmdApplyFilter", L"Apply Filter", 180_tw, 480_tw, kFilterButtonWidth, 345_tw, 0,
+          &sstabMain, 1}},
         {cmdAddMacroTraceToFilter,
-         {L"cmdAddMacroTraceToFilter", L"Add Macro Trace to Filter", 2040_tw, 480_tw, 3480_tw,
-          345_tw, 0, &sstabMain, 1}},
+         {L"cmdAddMacroTraceToFilter", L"Add Macro Trace to Filter", 180_tw, 885_tw,
+          kFilterButtonWidth, 345_tw, 0, &sstabMain, 1}},
         {tvUniqueTraces,
-         {L"tvUniqueTraces", L"", 120_tw, 900_tw, 5760_tw, 3000_tw, 0, &sstabMain, 1}},
+         {L"tvUniqueTraces", L"", 120_tw, 1290_tw, 5760_tw, 2610_tw, 0, &sstabMain, 1}},
         {cmdExpandAll, {L"cmdExpandAll", L"+", 180_tw, 3960_tw, 315_tw, 315_tw, 0, &sstabMain, 1}},
         {cmdCollapseAll,
          {L"cmdCollapseAll", L"-", 540_tw, 3960_tw, 315_tw, 315_tw, 0, &sstabMain, 1}},
@@ -293,6 +298,8 @@ void frmMain::openTraceDatabase(const std::u16string& path) {
             if (recordset.state() != ado::adStateClosed) recordset.setSort(u"");
         });
         procedure.step([&] { modDatabase::openRecordsets(); });
+        // What was opened and selected in the tree belongs to the database before.
+        procedure.step([&] { tvUniqueTraces.clear(); });
         procedure.step([&] { reloadDBGrid(diags()->rsDiags()); });
     });
 }
@@ -309,7 +316,10 @@ void frmMain::reloadDBGrid(ado::Recordset& recordset) {
     tdbgridData.setRowHeight(savedRowHeight_ * 2);
     arrangement.applyTo(tdbgridData);
     setupTraceGrid();
-    if (recordset.state() == ado::adStateClosed) txtTrace.setText(L"");
+    if (recordset.state() == ado::adStateClosed) {
+        txtTrace.setText(L"");
+        statusbarMain.panel(kPositionPanel).setText(L"");
+    }
     tdbgridData_RowColChange();
     populateUniqueTracesTree();
 }
@@ -353,10 +363,10 @@ void frmMain::tdbgridData_HeadClick(int ColIndex) {
             const bool reverse = current.find(name) != std::u16string::npos &&
                                  current.find(u"ASC") != std::u16string::npos;
             procedure.step([&] {
-                recordset_->setSort(name + (reverse ? u" DESC" : u" ASC"));
                 tdbgridData.column(ColIndex).setHeadingStyle(reverse ? L"Descending"
                                                                      : L"Ascending");
             });
+            procedure.step([&] { recordset_->setSort(name + (reverse ? u" DESC" : u" ASC")); });
             procedure.step([&] { status.hideStatus(); });
         }
         procedure.step([&] { setupTraceGrid(); });

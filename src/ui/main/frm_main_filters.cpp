@@ -44,6 +44,7 @@ void checkChildNodes(const TreeNode& component) {
 
 void frmMain::populateUniqueTracesTree() {
     const forms::TreeUpdate update{tvUniqueTraces};
+    const forms::TreeView::View view = tvUniqueTraces.view();
     tvUniqueTraces.clear();
     const UniqueTraces& traces = modDatabase::uniqueTraces();
     for (std::size_t row = 0; row < traces.size(); ++row) {
@@ -63,6 +64,7 @@ void frmMain::populateUniqueTracesTree() {
          component = component->next()) {
         updateParentCheck(*component);
     }
+    tvUniqueTraces.setView(view);
 }
 
 void frmMain::tvUniqueTraces_NodeCheck(TreeNode& node) {

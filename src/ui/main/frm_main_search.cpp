@@ -69,6 +69,7 @@ void frmMain::setNotice(const std::u16string& text) {
 void frmMain::mnuFind_Click() {
     findDialog.show();
     findDialog.comboFindWhat.setFocus();
+    findDialog.comboFindWhat.selectText();
 }
 
 void frmMain::mnuFindNext_Click() { myfindText(true); }
@@ -78,6 +79,7 @@ void frmMain::myfindText(bool findNext) {
     const std::u16string text = lastFindText();
     if (text.empty()) return;
     const Hourglass hourglass{*this};
+    const forms::OnEscape stop{modDatabase::cancelSearch};
     forms::doEvents();
     searchTraces(u"[frmMain]myfindText", diags()->rsDiags(), {.text = text, .stepFirst = true},
                  [this](const std::u16string& notice) { setNotice(notice); });

@@ -7,6 +7,7 @@
 #include "tests/support/expected.h"
 #include "tests/support/random.h"
 
+#include <future>
 #include <thread>
 
 namespace {
@@ -203,6 +204,39 @@ TEST_F(TextFind, ARecordsetThatIsClosedMeanwhileIsSaidToBe) {
         EXPECT_EQ(errorNumber([&] { other.find(u"Trace Like '*nothing says this*'"); }), 3704);
         EXPECT_EQ(other.state(), adStateClosed);
     }
+}
+
+/// The page that would be read last fails, so a search that went on would come across it.
+TEST_F(TextFind, ACancelledSearchStopsOnTheWay) {
+    const auto pages = database.connection.database()->table(u"Lines")->dataPages();
+    const auto placeOf = [&](std::size_t page) {
+        return std::uint64_t{jet::raw(pages[page])} * jet::kPageSize;
+    };
+    for (const std::u16string_view sort : {u"", u"Key ASC"}) {
+        rows.setSort(sort);
+        rows.setAbsolutePosition(2);
+        database.gate->holdAt(placeOf(pages.size() / 4));
+        database.gate->failAt(placeOf(pages.size() - 1));
+        database.connection.setRunner([&](const std::function<void()>& work) {
+            auto done = std::async(std::launch::async, work);
+            database.gate->waitUntilHeld();
+            database.connection.cancel();
+            database.gate->release();
+            done.get();
+        });
+        EXPECT_EQ(errorNumber([&] { rows.find(u"Trace Like '*nothing says this*'"); }), 3712);
+        EXPECT_EQ(rows.absolutePosition(), 2);
+
+        database.gate->failAt(std::numeric_limits<std::uint64_t>::max());
+        database.connection.setRunner(nullptr);
+        compareAt(u"Trace", u"*nothing says this*", 2, adSearchForward);
+        compareAt(u"Trace", u"*retry*k*", 2, adSearchForward);
+    }
+}
+
+TEST_F(TextFind, CancellingWithoutASearchIsForgotten) {
+    database.connection.cancel();
+    compareAt(u"Trace", u"*retry*", 1, adSearchForward);
 }
 
 TEST_F(TextFind, AFailureOfTheStorageIsToldAndTheNextSearchWorks) {

@@ -125,6 +125,19 @@ TEST_F(LoadingTest, ProgressShowsTheBusyPointerAndTellsTheGrid) {
     EXPECT_LE(display_.count(u"position"), 61u);
 }
 
+TEST_F(LoadingTest, AFetchThatFailedEndsLikeACompleteOne) {
+    open(makeFile("a.mdb", 300));
+    ASSERT_TRUE(loadToEnd());
+    display_.lines.clear();
+    rows().setSort(u"");
+    const ado::Error error{ado::kErrorFile, "the drive is gone"};
+    rows().fetchComplete(&error, ado::adStatusErrorsOccurred);
+    const std::vector<std::u16string> expected{u"position   Line 1 of 300  ", u"notice ",
+                                               u"pointer hourglass", u"sorted", u"pointer default"};
+    EXPECT_EQ(display_.lines, expected);
+    EXPECT_EQ(rows().sort(), u"Date ASC");
+}
+
 TEST_F(LoadingTest, EmptyTableLoadsWithoutRows) {
     open(makeFile("a.mdb", 0, fixture::TraceFormat::Older));
     ASSERT_TRUE(loadToEnd());

@@ -6,8 +6,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <stdexcept>
+#include <string_view>
+#include <utility>
 
 namespace {
 
@@ -95,6 +98,68 @@ INSTANTIATE_TEST_SUITE_P(Languages, LanguageTableTest, testing::ValuesIn(fixture
 TEST(LanguageTablesTest, NineLanguagesAreThere) {
     EXPECT_EQ(fixture::languageCodes(), (std::vector<std::string>{"DEU", "ENU", "ESN", "FRA", "ITA",
                                                                   "JPN", "NLD", "NOR", "PTB"}));
+}
+
+/// The program puts its messages together from these, so their blanks count too. The maker's own five
+/// lines may change.
+TEST(LanguageTablesTest, TheEnglishTextsAreTheseExactly) {
+    const std::pair<unsigned, std::u16string_view> kTexts[] = {
+        {1000, u"  Line "},
+        {1001, u" Level "},
+        {1002, u" Levels: "},
+        {1003, u" No. "},
+        {1004, u" not found."},
+        {1005, u" of "},
+        {1006, u" records processed."},
+        {1007, u" twice."},
+        {1008, u"&Edit"},
+        {1009, u"&File"},
+        {1010, u"&Find"},
+        {1011, u"&Help"},
+        {1012, u"&Open Diagnostic Database"},
+        {1013, u"About"},
+        {1014, u"Add Macro Trace to Filter"},
+        {1015, u"Add Macro Traces to Filter"},
+        {1016, u"Add Selected Macro Traces"},
+        {1017, u"Apply Filter"},
+        {1018, u"Cancel"},
+        {1019, u"Change Language"},
+        {1021, u"Clear All"},
+        {1022, u"Command Line Argument Error"},
+        {1024, u"E&xit"},
+        {1025, u"Export &Data"},
+        {1026, u"Export complete ("},
+        {1027, u"Exporting diagnostics to "},
+        {1028, u"Filters"},
+        {1029, u"Find &Next"},
+        {1030, u"Find Text in Diagnostic Data"},
+        {1031, u"Help"},
+        {1032, u"Loading diagnostic data.  Please wait..."},
+        {1033, u"No languages loaded"},
+        {1034, u"OK"},
+        {1035, u"Please remove the duplicate arguments and try again."},
+        {1036, u"Processing "},
+        {1038, u"Searching for "},
+        {1039, u"Select All"},
+        {1040, u"Select Diagnostic Database File"},
+        {1041, u"Select Language"},
+        {1042, u"Sorting data please wait..."},
+        {1043, u"Text to find"},
+        {1044, u"The command line arguments specified are invalid."},
+        {1045, u"This is where your status text will display..."},
+        {1046, u"Diagnostic Data"},
+        {1049, u"Version:"},
+        {1050, u"You can not specify argument: "},
+        {1051, u"Vorelle Diagnostic Viewer"},
+        {1052, u"Date"},
+        {1053, u"Process"},
+        {1054, u"Source"},
+        {1055, u"Component"},
+        {1056, u"Diagnostic"},
+        {1057, u"Note"}};
+    const fixture::LanguageTable english = fixture::readLanguageTable("ENU");
+    for (const auto& [number, text] : kTexts) EXPECT_EQ(english.at(number), text) << number;
+    EXPECT_EQ(std::size(kTexts) + 5, english.size());
 }
 
 TEST(LanguageTablesTest, AFaultyLineIsRefused) {

@@ -56,6 +56,16 @@ TEST_F(ProcedureTest, AnUnguardedProcedureGoesOnForEver) {
     EXPECT_EQ(lines_.size(), 20u);
 }
 
+TEST_F(ProcedureTest, AQuietProcedureGoesOnAndReportsNothing) {
+    int steps = 0;
+    runProcedure(u"[modMain]Main", {.quiet = true}, [&](Procedure& procedure) {
+        for (; steps < 20; ++steps) procedure.step(fail);
+        fail();
+    });
+    EXPECT_EQ(steps, 20);
+    EXPECT_TRUE(lines_.empty());
+}
+
 TEST_F(ProcedureTest, AStepThatIsToldSoIsRepeated) {
     int tries = 0;
     runProcedure(u"[modMain]Main", Limit::TenErrors, [&](Procedure& procedure) {
@@ -172,6 +182,19 @@ TEST(ProcedureLogTest, UnderDevelopmentAFailedStepIsRepeatedUntilTheLimit) {
     EXPECT_EQ(lines[11], "Err.Number = -5 Err.Description = persistent");
     EXPECT_EQ(lines[12], "Error count exceeded, forcing exit from [a]b");
     EXPECT_TRUE(lines[13].starts_with("Exiting [a]b_0 "));
+}
+
+TEST(ProcedureLogTest, UnderDevelopmentAQuietProcedureRepeatsNothing) {
+    SharedFakeLog log{SharedFakeLog::Mode::Development};
+    int tries = 0;
+    runProcedure(u"[a]b", {.quiet = true}, [&](Procedure& procedure) {
+        procedure.step([&] {
+            ++tries;
+            throw RuntimeError{5, u""};
+        });
+    });
+    EXPECT_EQ(tries, 1);
+    EXPECT_TRUE(log.failures("[a]b").empty());
 }
 
 TEST(ProcedureLogTest, UnderDevelopmentAStepThatSucceedsAtLastIsDone) {

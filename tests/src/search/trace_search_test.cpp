@@ -98,6 +98,47 @@ TEST_F(TraceSearchTest, AnApostropheIsReportedAndMovesNothing) {
     ASSERT_EQ(reports.size(), 1u);
     EXPECT_TRUE(reports[0].starts_with(u"Err.Number = 3001 Err.Description = "));
     EXPECT_EQ(search({.text = u"it?s", .stepFirst = true}), 3) << "and the next search works";
+    EXPECT_EQ(search({.text = u"it''s", .backward = true, .stepFirst = true}), 1) << "two are one";
+    EXPECT_EQ(reports.size(), 1u);
+}
+
+TEST_F(TraceSearchTest, NothingCanBeAddedToTheCriterion) {
+    open({u"x", u"secret", u"y"});
+    for (const char16_t* text :
+         {u"none*' Or Trace Like '*secret", u"none*' Or Id > 0 Or Trace Like '"}) {
+        EXPECT_EQ(search({.text = text}), 1);
+        EXPECT_EQ(notices.back(), u"");
+    }
+    EXPECT_EQ(reports.size(), 2u);
+}
+
+TEST_F(TraceSearchTest, OnlyTheSignsOfPatternsStandForOthers) {
+    open({u"x", u"100% a_b {1} (2) \\.+ [z]", u"n 5 *?#"});
+    for (const char16_t* text : {u"%", u"a_b", u"{1}", u"(2)", u"\\.+", u"]", u"[[]z]"}) {
+        EXPECT_EQ(search({.text = text}), 2);
+        EXPECT_EQ(notices.back(), u"");
+        traces.moveFirst();
+    }
+    for (const char16_t* text : {u"a%b", u"a_b_", u"0_", u"+."}) {
+        EXPECT_EQ(search({.text = text}), 1);
+        EXPECT_EQ(notices.back(), std::u16string{text} + u" not found.");
+    }
+    for (const char16_t* text : {u"n #", u"n ? [*]", u"[*][?][#]", u"n*#", u"[!a-z ] [*]"}) {
+        EXPECT_EQ(search({.text = text}), 3);
+        traces.moveFirst();
+    }
+    EXPECT_TRUE(reports.empty());
+}
+
+TEST_F(TraceSearchTest, APatternThatIsNoneIsReportedAndMovesNothing) {
+    open({u"[a", u"x"});
+    for (const char16_t* text : {u"[", u"[a", u"[z-a]"}) {
+        reports.clear();
+        EXPECT_EQ(search({.text = text, .stepFirst = true}), 1);
+        EXPECT_EQ(notices.back(), u"");
+        ASSERT_EQ(reports.size(), 1u);
+        EXPECT_TRUE(reports[0].starts_with(u"Err.Number = 3001 "));
+    }
 }
 
 TEST_F(TraceSearchTest, NothingIsFoundAmongNoRecords) {

@@ -302,7 +302,8 @@ TEST_F(ExportTest, AServerIsGivenTimeBetweenBlocks) {
 }
 
 TEST_F(ExportTest, TextIsWrittenInTheSystemsCodePage) {
-    const std::wstring text = std::wstring{L"caf\u00E9 "} + L'\0' + L"\u97F3\U0001F4DE\r\n";
+    // A letter with a stroke becomes the plain one in most code pages.
+    const std::wstring text = std::wstring{L"caf\u00E9 \u0141 "} + L'\0' + L"\u97F3\U0001F4DE\r\n";
     std::string expected(100, '\0');
     const int length =
         ::WideCharToMultiByte(CP_ACP, 0, text.data(), static_cast<int>(text.size()),
@@ -316,6 +317,9 @@ TEST_F(ExportTest, TextIsWrittenInTheSystemsCodePage) {
         file.write(u"");
     }
     EXPECT_EQ(content(target()), expected);
+    if (::GetACP() == 1252) {
+        EXPECT_TRUE(content(target()).starts_with("caf\xE9 L ")) << "best fit";
+    }
 }
 
 }  // namespace

@@ -135,6 +135,39 @@ TEST_F(FilterTabTest, ExpandAndCollapseAll) {
     EXPECT_FALSE(form.tvUniqueTraces.firstRoot()->expanded());
 }
 
+// The tree is made anew each time; for the user it stays the same.
+TEST_F(FilterTabTest, TheTreeStaysAsTheUserHasIt) {
+    form.cmdExpandAll.onClick();
+    forms::TreeNode& second = *form.tvUniqueTraces.firstRoot()->next();
+    const std::wstring folded = second.key();
+    second.setExpanded(false);
+    const std::wstring chosen = item(traces().size() / 2).key();
+    form.tvUniqueTraces.setSelected(&form.tvUniqueTraces.node(chosen));
+    const auto top = [this] { return form.tvUniqueTraces.view().top; };
+    const std::wstring topBefore = top();
+    ASSERT_NE(topBefore, form.tvUniqueTraces.firstRoot()->key()) << "not scrolled";
+    const auto expectAsBefore = [&] {
+        EXPECT_TRUE(form.tvUniqueTraces.firstRoot()->expanded());
+        EXPECT_FALSE(form.tvUniqueTraces.node(folded).expanded());
+        ASSERT_NE(form.tvUniqueTraces.selected(), nullptr);
+        EXPECT_EQ(form.tvUniqueTraces.selected()->key(), chosen);
+        EXPECT_EQ(top(), topBefore);
+    };
+    ASSERT_TRUE(apply());
+    expectAsBefore();
+    form.cmdClearAllUniqueTraces.onClick();
+    expectAsBefore();
+    form.sstabMain.setTab(0);
+    ASSERT_TRUE(apply());
+    form.sstabMain.setTab(1);
+    expectAsBefore();
+
+    dialogs.answer = makeFile("b.mdb", 3000).wstring();
+    form.mnuOpenTraceDatabase.onClick();
+    ASSERT_TRUE(waitLoaded());
+    EXPECT_FALSE(form.tvUniqueTraces.firstRoot()->expanded()) << "another database";
+}
+
 TEST_F(FilterTabTest, AKeyWithAnApostropheDoesNoHarm) {
     traces()[0].qrxIndex = std::u16string{u"it's"};
     form.cmdClearAllUniqueTraces.onClick();
@@ -199,6 +232,8 @@ TEST_F(FilterTabTest, TenThousandTracesUnderFiveHundredComponents) {
     EXPECT_TRUE(form.tvUniqueTraces.firstRoot()->checked());
     timed("expand all", [&] { form.cmdExpandAll.onClick(); });
     EXPECT_TRUE(form.tvUniqueTraces.firstRoot()->expanded());
+    timed("open tree made anew", [&] { form.cmdSelectAllUniqueTraces.onClick(); });
+    EXPECT_EQ(form.tvUniqueTraces.view().open.size(), static_cast<std::size_t>(kComponents));
     timed("collapse all", [&] { form.cmdCollapseAll.onClick(); });
     EXPECT_FALSE(form.tvUniqueTraces.firstRoot()->expanded());
     form.cmdClearAllUniqueTraces.onClick();

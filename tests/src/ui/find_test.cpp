@@ -224,6 +224,26 @@ TEST_F(FindTest, EnterSearchesAndEscapeHides) {
     EXPECT_FALSE(form.findDialog.visible());
 }
 
+TEST_F(FindTest, AfterEnterTheNextTextCanBeTypedAtOnce) {
+    show();
+    type(L"error");
+    pressKey(VK_RETURN);
+    EXPECT_EQ(rows().absolutePosition(), 1);
+    EXPECT_TRUE(form.findDialog.comboFindWhat.hasFocus());
+}
+
+TEST_F(FindTest, ShownAgainItOffersTheLastTextToBeReplaced) {
+    show();
+    search(L"error");
+    form.findDialog.CancelButton.click();
+    show();
+    EXPECT_TRUE(form.findDialog.comboFindWhat.hasFocus());
+    const LRESULT selection =
+        ::SendMessageW(form.findDialog.comboFindWhat.hwnd(), CB_GETEDITSEL, 0, 0);
+    EXPECT_EQ(LOWORD(selection), 0);
+    EXPECT_EQ(HIWORD(selection), 5);
+}
+
 TEST_F(FindTest, FindNextOfTheMainWindowSearchesDownwards) {
     form.mnuFindNext.onClick();
     EXPECT_EQ(rows().absolutePosition(), 1) << "nothing was ever typed";
@@ -319,6 +339,56 @@ TEST_F(FindTest, ClosingTheWindowDuringASearchIsSurvived) {
     EXPECT_EQ(ended, 1);
     EXPECT_FALSE(form.isLoaded());
     EXPECT_TRUE(reports.empty());
+}
+
+/// Presses a key as a keyboard does, until the end of the block.
+class HeldKey {
+public:
+    explicit HeldKey(WORD key) { send(key, 0); }
+    ~HeldKey() { send(key_, KEYEVENTF_KEYUP); }
+    HeldKey(const HeldKey&) = delete;
+    HeldKey& operator=(const HeldKey&) = delete;
+
+private:
+    void send(WORD key, DWORD flags) {
+        key_ = key;
+        INPUT input{};
+        input.type = INPUT_KEYBOARD;
+        input.ki.wVk = key;
+        input.ki.dwFlags = flags;
+        ::SendInput(1, &input, sizeof input);
+    }
+
+    WORD key_ = 0;
+};
+
+TEST_F(FindTest, EscapeStopsASearchAndNothingElse) {
+    show();
+    ASSERT_TRUE(waitUntil([&] { return ::GetForegroundWindow() == form.findDialog.hwnd(); }));
+    const auto cancelWhileSearching = [&] {
+        const HeldKey escape{VK_ESCAPE};
+        ::Sleep(500);  // for the window's thread to notice it
+    };
+    {
+        BusyDisplay busy{form, display, cancelWhileSearching};
+        EXPECT_EQ(search(L"two"), 1);
+    }
+    EXPECT_EQ(panel(1), L"") << "not said to be absent: nobody knows";
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_TRUE(reports[0].starts_with(u"[dlgFind]myfindText: Err.Number = 3712 "));
+    forms::doEvents();
+    EXPECT_TRUE(form.findDialog.visible()) << "the key is used up";
+    EXPECT_EQ(form.findDialog.mousePointer(), forms::MousePointer::standard);
+    {
+        BusyDisplay busy{form, display, cancelWhileSearching};
+        form.mnuFindNext.onClick();
+    }
+    EXPECT_EQ(rows().absolutePosition(), 1);
+    ASSERT_EQ(reports.size(), 2u);
+    EXPECT_TRUE(reports[1].starts_with(u"[frmMain]myfindText: Err.Number = 3712 "));
+    forms::doEvents();
+    EXPECT_TRUE(form.findDialog.visible());
+    EXPECT_EQ(searchAgain(), 3) << "the next one runs to its end";
 }
 
 TEST_F(FindTest, RecordsThatAreClosedMeanwhileAreReported) {

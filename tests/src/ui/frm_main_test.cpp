@@ -63,10 +63,14 @@ TEST_F(MainWindowTest, ATooSmallWindowSnapsBack) {
 
 TEST_F(MainWindowTest, MinimisingMovesNothing) {
     form.show();
-    const forms::Bounds before = form.tdbgridData.bounds();
+    std::vector<forms::Bounds> before;
+    for (const forms::Control* control : form.controls()) before.push_back(control->bounds());
     form.setWindowState(forms::WindowState::minimized);
     forms::doEvents();
-    EXPECT_EQ(form.tdbgridData.bounds(), before);
+    std::size_t i = 0;
+    for (const forms::Control* control : form.controls()) {
+        EXPECT_EQ(control->bounds(), before.at(i++));
+    }
 }
 
 TEST_F(MainWindowTest, TheFilterTabHidesGridAndText) {
@@ -259,6 +263,8 @@ TEST_F(MainWindowTest, ABadFileAfterAGoodOneEmptiesTheWindow) {
     forms::doEvents();
     EXPECT_EQ(form.tdbgridData.approxCount(), 0);
     EXPECT_EQ(form.txtTrace.text(), L"");
+    EXPECT_EQ(panel(3), L"");
+    EXPECT_EQ(form.tvUniqueTraces.nodeCount(), 0);
 }
 
 TEST_F(MainWindowTest, ARightClickShowsNoMenu) {

@@ -12,6 +12,7 @@
 #include <array>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <map>
 
 namespace {
@@ -25,6 +26,11 @@ constexpr std::uint16_t kFrench = 1036;
 constexpr std::uint16_t kJapanese = 1041;
 
 std::u16string englishText(unsigned id) { return fixture::readLanguageTable("ENU").at(id); }
+
+std::string contentOf(const std::filesystem::path& path) {
+    std::ifstream file{path, std::ios::binary};
+    return {std::istreambuf_iterator<char>{file}, {}};
+}
 
 /// What the system itself calls a language.
 std::wstring nameBySystem(DWORD language) {
@@ -179,6 +185,70 @@ TEST_F(LanguageTest, AFileThatIsNoLibraryIsListedAndItsTextsAreEnglish) {
     EXPECT_TRUE(dialogs.messages.empty());
 }
 
+/// No text is cut off or worse, and the user is told once.
+TEST_F(LanguageTest, ALibraryThatWasCutOffIsDoneWithout) {
+    const LanguageFolder languages{{}};
+    const std::filesystem::path library = languages.path() / "QRXbrandingres_DEU.dll";
+    const auto whole = std::filesystem::file_size(builtLibrary("DEU"));
+    const fixture::LanguageTable german = fixture::readLanguageTable("DEU");
+    const fixture::LanguageTable english = fixture::readLanguageTable("ENU");
+    int told = 0;
+    for (std::uintmax_t size = whole - 256; size > 256; size -= 256) {
+        std::filesystem::copy_file(builtLibrary("DEU"), library,
+                                   std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::resize_file(library, size);
+        dialogs.messages.clear();
+        languages.use(kGerman);
+        for (const auto& [id, text] : german) {
+            const std::u16string loaded = myLoadResString(id);
+            EXPECT_TRUE(loaded == text || loaded == english.at(id)) << size << " bytes, " << id;
+        }
+        for (const forms::MessageRequest& message : dialogs.messages) {
+            EXPECT_EQ(message.text,
+                      L"Error in InitalizeLanguages: Invalid format in resource file");
+            ++told;
+        }
+        EXPECT_LE(dialogs.messages.size(), 1u) << size;
+        languages.use(kEnglish);
+    }
+    EXPECT_GT(told, 0);
+    EXPECT_TRUE(reports.empty()) << "a message box takes the place of the log";
+}
+
+TEST_F(LanguageTest, ALibraryWhoseTextsOverrunItIsDoneWithout) {
+    const LanguageFolder languages{{"DEU"}};
+    const std::filesystem::path library = languages.path() / "QRXbrandingres_DEU.dll";
+    std::string bytes = contentOf(library);
+    const std::u16string last = u"Notiz";  // the length in front of it leads beyond the file
+    const std::size_t found =
+        bytes.find(std::string{reinterpret_cast<const char*>(last.data()), 2 * last.size()});
+    ASSERT_NE(found, std::string::npos);
+    bytes.replace(found - 2, 2, "\xFF\xFF");
+    std::ofstream{library, std::ios::binary} << bytes;
+    languages.use(kGerman);
+    ASSERT_EQ(dialogs.messages.size(), 1u);
+    EXPECT_EQ(dialogs.messages[0].text,
+              L"Error in InitalizeLanguages: Invalid format in resource file");
+    EXPECT_EQ(dialogs.messages[0].buttons, forms::MessageButtons::ok);
+    EXPECT_EQ(myLoadResString(1057), u"Note");
+    EXPECT_EQ(myLoadResString(1028), u"Filters");
+    EXPECT_EQ(installedLanguages(), Codes{u"DEU"}) << "the next steps ran";
+}
+
+TEST_F(LanguageTest, ATextThatCannotBeLoadedIsToldInAMessageBoxAndIsEmpty) {
+    setStepFault([](std::u16string_view label) {
+        if (label != u"[modLocalize]myLoadResString") return;
+        throw RuntimeError{RuntimeError::kOutOfMemory, u"Out of memory"};
+    });
+    EXPECT_EQ(myLoadResString(1028), u"");
+    setStepFault({});
+    ASSERT_EQ(dialogs.messages.size(), 1u);
+    EXPECT_EQ(dialogs.messages[0].text, L"error in myLoadResString: Out of memory");
+    EXPECT_EQ(dialogs.messages[0].buttons, forms::MessageButtons::ok);
+    EXPECT_TRUE(reports.empty()) << "not in the log";
+    EXPECT_EQ(myLoadResString(1028), u"Filters");
+}
+
 TEST_F(LanguageTest, FilesOfOtherNamesAreNotListed) {
     const LanguageFolder languages{{"ITA"}};
     std::ofstream{languages.path() / "QRXbrandingre_DEU.dll"} << "x";
@@ -319,6 +389,42 @@ TEST_F(SwitchTest, EveryOpenFormSpeaksTheNewLanguageAtOnce) {
     EXPECT_TRUE(reports.empty());
 }
 
+TEST_F(SwitchTest, EveryCaptionOfTheMainWindowHasItsText) {
+    const auto expectTexts = [this] {
+        const std::vector<std::pair<unsigned, std::wstring>> captions{
+            {1046, form.sstabMain.tabCaption(0)},
+            {1028, form.sstabMain.tabCaption(1)},
+            {1014, form.cmdAddMacroTraceToFilter.caption()},
+            {1021, form.cmdClearAllUniqueTraces.caption()},
+            {1039, form.cmdSelectAllUniqueTraces.caption()},
+            {1017, form.cmdApplyFilter.caption()},
+            {1009, form.mnuFileMenu.caption()},
+            {1012, form.mnuOpenTraceDatabase.caption()},
+            {1025, form.mnuExportData.caption()},
+            {1024, form.mnuExit.caption()},
+            {1008, form.mnuEdit.caption()},
+            {1010, form.mnuFind.caption()},
+            {1029, form.mnuFindNext.caption()},
+            {1011, form.mnuHelpMenu.caption()},
+            {1031, form.mnuHelp.caption()},
+            {1013, form.mnuAbout.caption()},
+            {1052, heading(L"Date")},
+            {1053, heading(L"Process")},
+            {1054, heading(L"Source")},
+            {1003, heading(L"TraceNumber")},
+            {1055, heading(L"Component")},
+            {1001, heading(L"TraceLevel")},
+            {1056, heading(L"Trace")}};
+        for (const auto& [id, caption] : captions) {
+            EXPECT_EQ(fromWide(caption), myLoadResString(id)) << id;
+        }
+    };
+    expectTexts();
+    chooseInAboutBox(kGerman);
+    expectTexts();
+    EXPECT_NE(myLoadResString(1009), englishText(1009));
+}
+
 TEST_F(SwitchTest, WhatIsTheSameInEveryLanguageStays) {
     const std::wstring node = form.tvUniqueTraces.node(0).text();
     chooseInAboutBox(kGerman);
@@ -326,6 +432,9 @@ TEST_F(SwitchTest, WhatIsTheSameInEveryLanguageStays) {
     EXPECT_EQ(form.findDialog.caption(), L"Find");
     EXPECT_EQ(form.cmdExpandAll.caption(), L"+");
     EXPECT_EQ(form.cmdCollapseAll.caption(), L"-");
+    EXPECT_EQ(form.mnuRightClick.caption(), L"RightClick");
+    EXPECT_EQ(form.mnuAddEditNote.caption(), L"Add/Edit Note");
+    EXPECT_EQ(form.mnuHighlightRow.caption(), L"Highlight Row");
     EXPECT_EQ(form.tvUniqueTraces.node(0).text(), node);
     EXPECT_EQ(fromWide(form.status.lblStatus.text()), englishText(1042))
         << "an operation's own text";

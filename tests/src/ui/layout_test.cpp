@@ -15,6 +15,7 @@
 
 namespace {
 
+using namespace forms::literals;
 using forms::Control;
 
 /// What the system draws around a text, in pixels at 96 dots per inch: a button's edges on both
@@ -179,10 +180,24 @@ protected:
         MapWindowPoints(one.hwnd(), nullptr, reinterpret_cast<POINT*>(&client), 2);
         for (const Control* control : one.controls()) {
             const RECT place = placeOf(*control);
+            const RECT around =
+                control->container() == nullptr ? client : placeOf(*control->container());
             const Room room{one, control->name(), L""};
-            room.expect("right edge", place.right, client.right);
-            room.expect("lower edge", place.bottom, client.bottom);
+            room.expect("right edge", place.right, around.right);
+            room.expect("lower edge", place.bottom, around.bottom);
+            EXPECT_TRUE(place.left < place.right && place.top < place.bottom)
+                << toUtf8(control->name()) << " has no room at all";
         }
+    }
+
+    void expectTextFits(int number) {
+        int edges[5] = {};
+        SendMessageW(form.statusbarMain.hwnd(), SB_GETPARTS, 5, reinterpret_cast<LPARAM>(edges));
+        const LONG left = number == 1 ? 0 : edges[number - 2];
+        const Room room{form, L"status bar", panel(number)};
+        room.expect("width", form.statusbarMain.gdiFont().textWidth(panel(number)).value,
+                    edges[number - 1] - left);
+        room.expect("right edge", edges[number - 1], clientSize(form.statusbarMain.hwnd()).cx);
     }
 
     /// The title leaves room for an icon and the buttons at the right.
@@ -249,14 +264,24 @@ TEST_P(LayoutTest, OfTheStatusBar) {
     ASSERT_TRUE(waitLoaded());
     toDensity(form);
     rows().setAbsolutePosition(300);
-    for (const int number : {3, 5}) {
-        RECT rect{};
-        SendMessageW(form.statusbarMain.hwnd(), SB_GETRECT, static_cast<WPARAM>(number - 1),
-                     reinterpret_cast<LPARAM>(&rect));
-        Room{form, L"status bar", panel(number)}.expect(
-            "width", form.statusbarMain.gdiFont().textWidth(panel(number)).value,
-            rect.right - rect.left);
+    expectTextFits(3);
+    expectTextFits(5);
+}
+
+TEST_P(LayoutTest, OfTheMainWindowAtItsLeastSize) {
+    open(makeFile("a.mdb", 300));
+    ASSERT_TRUE(waitLoaded());
+    toDensity(form);
+    form.move({0_tw, 0_tw, 1000_tw, 1000_tw});
+    forms::doEvents();
+    ASSERT_NEAR(form.width().value, 5000, 15);
+    rows().setAbsolutePosition(300);
+    for (const int tab : {0, 1}) {
+        form.sstabMain.setTab(tab);
+        expectFormFits(form);
     }
+    expectTextFits(3);
+    expectTextFits(5);
 }
 
 TEST_P(LayoutTest, OfTheFindDialog) {

@@ -232,6 +232,28 @@ TEST_F(MacroDialogTest, TicksAddUpAndUntickedTracesDoNothing) {
     EXPECT_TRUE(reported(u"[frmMacroTraces]applyCheckedMacroTraces: ", u"single quote"));
 }
 
+TEST_F(MacroDialogTest, EnterAddsAndEscapeCancels) {
+    fillMain({{u"Alpha", 2}});
+    const MacroRows rows{macroRow(u"A", u"t", diag(u"Alpha", {u"2"}))};
+    const auto press = [this](int key) {
+        dialog.show();
+        dialog.treeviewMacroTrace.setFocus();
+        tick(trace(L"t"), true);
+        MSG message{};
+        message.hwnd = dialog.treeviewMacroTrace.hwnd();
+        message.message = WM_KEYDOWN;
+        message.wParam = static_cast<WPARAM>(key);
+        forms::dispatchMessage(message);
+    };
+    read(rows);
+    press(VK_ESCAPE);
+    EXPECT_FALSE(dialog.isLoaded());
+    EXPECT_TRUE(tickedKeys().empty());
+    press(VK_RETURN);
+    EXPECT_FALSE(dialog.isLoaded());
+    EXPECT_EQ(tickedKeys(), std::vector<std::u16string>{u"Alpha_P_2_S"});
+}
+
 TEST_F(MacroDialogTest, CancelChangesNothing) {
     fillMain({{u"Alpha", 2}, {u"Alpha", 5}});
     show({macroRow(u"A", u"t", diag(u"Alpha", {u"2"}))});

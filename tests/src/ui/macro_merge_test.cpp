@@ -48,6 +48,15 @@ TEST_F(MacroMergeTest, OnlyTheFirstTraceOfALaterRowCounts) {
     EXPECT_FALSE(mdlTraces::xmlMacroTraces().elements(L"GA")[0].find(L"DESCRIPTION").exists());
 }
 
+// A group may stand within another element; its traces are looked for at the top only.
+TEST_F(MacroMergeTest, AWrappedGroupComesWholeButAddsNothing) {
+    const std::u16string wrapped = u"<X><GA NAME='A'><TRACE NAME='w'/></GA></X>";
+    read({wrapped, macroRow(u"A", u"t1"), wrapped});
+    EXPECT_EQ(outline(), L"A[w t1]");
+    EXPECT_EQ(reports.size(), 1u);
+    EXPECT_TRUE(reported(kLabel, u"Err.Number = 91 "));
+}
+
 TEST_F(MacroMergeTest, GroupNamesAreToldApartByCaseAndTracesMayRepeat) {
     read({macroRow(u"abc", u"t"), macroRow(u"ABC", u"t"), macroRow(u"abc", u"t")});
     EXPECT_EQ(outline(), L"abc[t t] ABC[t]");

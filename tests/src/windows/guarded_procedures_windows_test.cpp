@@ -1,5 +1,6 @@
 // The guarded procedures that need windows or the system, each failed eleven times, and the
 // unguarded ones once.
+#include "src/i18n/frm_about.h"
 #include "src/platform/mdl_html_help.h"
 #include "src/platform/mdl_priority.h"
 #include "src/platform/utilities.h"
@@ -120,6 +121,31 @@ TEST_F(GuardedWindowsTest, MacroTracesAndFindGoOnToo) {
     lastFindText() = u"it's";
     expectOneFailure("[frmMain]myfindText", [this] { form.myfindText(true); });
     expectOneFailureByFault("[modDatabase]createUniqueTracesArray", modDatabase::openUniqueFilters);
+}
+
+TEST_F(GuardedWindowsTest, TheAboutBoxGoesOnWithoutAWord) {
+    SharedFakeLog log;
+    open(makeFile("a.mdb", 20));
+    ASSERT_TRUE(waitLoaded());
+    frmAbout about;
+    about.load();
+    int failures = 0;
+    setStepFault([&](std::u16string_view label) {
+        if (!label.starts_with(u"[frmAbout]")) return;
+        ++failures;
+        throw RuntimeError{RuntimeError::kInvalidCall, u"Invalid procedure call"};
+    });
+    about.mnuLanguageList.front().onClick();
+    EXPECT_GT(failures, 10) << "there is no limit";
+    about.lblChangeLanguage.click();
+    about.cmdOK.click();
+    setStepFault({});
+    EXPECT_TRUE(about.isLoaded()) << "the button's only step failed";
+    for (const char* label : {"[frmAbout]mnuLanguageList_Click",
+                              "[frmAbout]lblChangeLanguage_Click", "[frmAbout]cmdOK_Click"}) {
+        EXPECT_TRUE(log.messages(label).empty()) << label;
+    }
+    about.destroy();
 }
 
 TEST_F(GuardedWindowsTest, ACancelledDialogKeepsItsNumber) {

@@ -192,6 +192,56 @@ TEST_F(ApplicationTest, WindowsArePaintedWhileWorkRuns) {
     EXPECT_TRUE(waitUntil([&] { return posted && form.keys == 1; }));
 }
 
+/// Through the system's queue of input, as from a keyboard.
+void typeKey(int key) {
+    INPUT inputs[2]{};
+    for (INPUT& input : inputs) {
+        input.type = INPUT_KEYBOARD;
+        input.ki.wVk = static_cast<WORD>(key);
+    }
+    inputs[1].ki.dwFlags = KEYEVENTF_KEYUP;
+    SendInput(1, &inputs[0], sizeof(INPUT));
+    Sleep(50);  // a finger's
+    SendInput(1, &inputs[1], sizeof(INPUT));
+}
+
+TEST_F(ApplicationTest, EscapeStopsWorkThatCanBeStopped) {
+    WatchedForm form;
+    form.show();
+    ASSERT_TRUE(waitUntil([&] { return GetForegroundWindow() == form.hwnd(); }));
+    std::atomic<int> stops{0};
+    {
+        const forms::OnEscape stop{[&] { ++stops; }};
+        forms::runWhilePainting([&] {
+            typeKey('A');
+            typeKey(VK_ESCAPE);
+            for (int i = 0; i < 500 && stops == 0; ++i) Sleep(10);
+            Sleep(150);
+        });
+    }
+    EXPECT_EQ(stops, 1);
+    typeKey('B');
+    ASSERT_TRUE(waitUntil([&] { return form.keys > 0; }));
+    EXPECT_EQ(form.keys, 1) << "Escape and what was typed before it are gone";
+}
+
+TEST_F(ApplicationTest, WithoutAHandlerEscapeWaitsAsOtherKeysDo) {
+    WatchedForm form;
+    form.show();
+    ASSERT_TRUE(waitUntil([&] { return GetForegroundWindow() == form.hwnd(); }));
+    int stops = 0;
+    {
+        const forms::OnEscape stop{[&] { ++stops; }};
+    }
+    forms::runWhilePainting([] {
+        typeKey('A');
+        typeKey(VK_ESCAPE);
+        Sleep(150);
+    });
+    EXPECT_EQ(stops, 0);
+    ASSERT_TRUE(waitUntil([&] { return form.keys == 2; }));
+}
+
 TEST_F(ApplicationTest, WhatWorkThrowsArrivesHere) {
     EXPECT_THROW(forms::runWhilePainting([] { throw std::runtime_error{"no"}; }),
                  std::runtime_error);

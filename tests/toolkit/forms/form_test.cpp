@@ -140,6 +140,29 @@ TEST_F(FormTest, CentresOnItsOwner) {
     EXPECT_NEAR(child.top().value, 3750, 15);
 }
 
+TEST_F(FormTest, AFormCanBeShownWithoutTakingTheFocus) {
+    PlainForm owner;
+    PlainForm notice;
+    forms::TextBox text;
+    owner.onBuild = [&] {
+        owner.createControls({{text, {L"text", L"", 0_tw, 0_tw, 900_tw, 300_tw}}});
+    };
+    owner.show();
+    text.setFocus();
+    notice.showInactive(owner);
+    EXPECT_TRUE(notice.visible());
+    EXPECT_GE(notice.resizes, 1);
+    EXPECT_EQ(GetWindow(notice.hwnd(), GW_OWNER), owner.hwnd());
+    EXPECT_EQ(GetActiveWindow(), owner.hwnd());
+    EXPECT_TRUE(text.hasFocus());
+    HWND below = notice.hwnd();
+    while (below && below != owner.hwnd()) below = GetWindow(below, GW_HWNDNEXT);
+    EXPECT_EQ(below, owner.hwnd()) << "the notice is not above its owner";
+    notice.hide();
+    EXPECT_TRUE(text.hasFocus());
+    owner.destroy();
+}
+
 TEST_F(FormTest, WindowState) {
     PlainForm form;
     form.show();

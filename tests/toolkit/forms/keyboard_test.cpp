@@ -85,6 +85,16 @@ TEST_F(KeyboardTest, EnterPressesTheDefaultButtonAndEscapeTheOther) {
     EXPECT_EQ(clicked, L"ok cancel ");
 }
 
+TEST_F(KeyboardTest, PressingAButtonByEnterLeavesTheFocusWhereItIs) {
+    combo.setFocus();
+    pressKey(VK_RETURN);
+    EXPECT_EQ(clicked, L"ok ");
+    EXPECT_EQ(focused(), L"combo");
+    pressKey(VK_ESCAPE);
+    EXPECT_EQ(clicked, L"ok cancel ");
+    EXPECT_EQ(focused(), L"combo");
+}
+
 TEST_F(KeyboardTest, EnterPressesTheButtonThatHasTheFocus) {
     cancel.setFocus();
     pressKey(VK_RETURN);

@@ -6,6 +6,7 @@
 #include <commctrl.h>
 
 #include <stdexcept>
+#include <vector>
 
 using namespace forms_test;
 using forms::PanelKind;
@@ -102,6 +103,36 @@ TEST_F(StatusBarTest, AContentPanelGrowsWithItsText) {
     const forms::Twips after = bar.panel(3).width();
     EXPECT_GT(after, before);
     EXPECT_NEAR((bar.panel(1).width() + after).value, (spring + before).value, 1);
+}
+
+// Nobody reads an empty panel: it makes room for the ones that say something.
+TEST_F(StatusBarTest, InANarrowWindowTextsComeFirst) {
+    bar.panel(3).setText(L"  Line 1 of 20000  ");
+    EXPECT_TRUE(waitUntil([this] { return !bar.panel(5).text().empty(); }));
+    const auto edges = [this] {
+        int all[5] = {};
+        SendMessageW(bar.hwnd(), SB_GETPARTS, 5, reinterpret_cast<LPARAM>(all));
+        return std::vector<int>(all, all + 5);
+    };
+    RECT client{};
+    const auto narrowTo = [&](forms::Twips width) {
+        form.setWidth(width);
+        GetClientRect(bar.hwnd(), &client);
+        return edges();
+    };
+    EXPECT_EQ(narrowTo(9000_tw).back(), client.right);
+    const std::vector<int> narrow = narrowTo(3900_tw);
+    EXPECT_LE(narrow.back(), client.right);
+    EXPECT_GE(narrow[2] - narrow[1], bar.gdiFont().textWidth(bar.panel(3).text()).value);
+    EXPECT_GE(narrow[4] - narrow[3], bar.gdiFont().textWidth(bar.panel(5).text()).value);
+    EXPECT_GT(narrow[0], 0);
+
+    bar.panel(2).setText(L"text");
+    const std::vector<int> filled = edges();
+    EXPECT_GE(filled[1] - filled[0], bar.gdiFont().textWidth(L"text").value);
+    EXPECT_LE(filled.back(), client.right);
+    bar.panel(2).setText(L"");
+    EXPECT_EQ(edges(), narrow);
 }
 
 TEST_F(StatusBarTest, TheClockShowsTheTimeOfDay) {

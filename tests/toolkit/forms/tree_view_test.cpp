@@ -7,6 +7,7 @@
 using namespace forms_test;
 using forms::TreeError;
 using forms::TreeNode;
+using forms::TreeView;
 
 namespace {
 
@@ -122,6 +123,52 @@ TEST_F(TreeViewTest, TheControlShowsTheNodesInTheirOrder) {
             tree.hwnd(), TVM_GETNEXTITEM, TVGN_NEXTVISIBLE, reinterpret_cast<LPARAM>(item)));
     }
     EXPECT_EQ(texts, L"a Component|Item:0 text|Item:1 text|Item:2 text|b Component|");
+}
+
+TEST_F(TreeViewTest, ATreeMadeAnewCanLookAsBefore) {
+    const auto fillWith = [this](int roots) {
+        const forms::TreeUpdate update(tree);
+        tree.clear();
+        for (int i = 0; i < roots; ++i) {
+            const std::wstring key = L"c-" + std::to_wstring(i);
+            TreeNode& root = tree.addRoot(key, key);
+            tree.addChild(root, key + L" first", L"first");
+            tree.addChild(root, key + L" second", L"second");
+        }
+    };
+    fillWith(60);
+    tree.node(L"c-3").setExpanded(true);
+    tree.node(L"c-40").setExpanded(true);
+    tree.setSelected(&tree.node(L"c-40 second"));
+    const TreeView::View before = tree.view();
+    EXPECT_EQ(before.open, (std::vector<std::wstring>{L"c-3", L"c-40"}));
+    EXPECT_EQ(before.selected, L"c-40 second");
+    EXPECT_NE(before.top, L"c-0");
+
+    {
+        const forms::TreeUpdate update(tree);
+        fillWith(60);
+        EXPECT_FALSE(tree.node(L"c-3").expanded());
+        tree.setView(before);
+    }
+    const auto expectAs = [this](const TreeView::View& wanted) {
+        const TreeView::View is = tree.view();
+        EXPECT_EQ(is.open, wanted.open);
+        EXPECT_EQ(is.selected, wanted.selected);
+        EXPECT_EQ(is.top, wanted.top);
+    };
+    expectAs(before);
+    for (const wchar_t* selected : {L"c-20", L"c-3"}) {
+        const TreeView::View other{{L"c-3"}, selected, L"c-20"};
+        fillWith(60);
+        tree.setView(other);
+        expectAs(other);
+    }
+
+    fillWith(10);
+    tree.setView(before);
+    EXPECT_EQ(tree.view().open, std::vector<std::wstring>{L"c-3"});
+    EXPECT_EQ(tree.selected(), nullptr);
 }
 
 TEST_F(TreeViewTest, KeysAreUnique) {

@@ -169,6 +169,25 @@ TEST_F(GridGroups, GroupsFoldByKeys) {
     EXPECT_TRUE(window.looksAsPaintedAnew());
 }
 
+// Where plus, star and slash are typed with Shift depends on the keyboard.
+TEST_F(GridGroups, GroupsFoldByTypedCharacters) {
+    groupByComponent();
+    const auto typed = [this](wchar_t character) {
+        HeldKey shift(VK_SHIFT);
+        EXPECT_TRUE(SendMessageW(window.grid.hwnd(), WM_GETDLGCODE, 0, 0) & DLGC_WANTCHARS);
+        SendMessageW(window.grid.hwnd(), WM_CHAR, character, 0);
+        return window.grid.geometry().rowCount();
+    };
+    EXPECT_EQ(typed(L'+'), 254);
+    EXPECT_EQ(typed(L'-'), 4);
+    EXPECT_EQ(typed(L'*'), 1004);
+    EXPECT_EQ(typed(L'/'), 4);
+    EXPECT_EQ(typed(L'a'), 4);
+    // Without Shift the key itself has folded already.
+    SendMessageW(window.grid.hwnd(), WM_CHAR, L'*', 0);
+    EXPECT_EQ(window.grid.geometry().rowCount(), 4);
+}
+
 TEST_F(GridGroups, TheCursorStepsOverGroupsWithoutMovingTheSource) {
     groupByComponent();
     {

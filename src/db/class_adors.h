@@ -1,0 +1,24 @@
+// Owner of a recordset that nobody waits for: the end of its fetch is a line in the log.
+//
+//   classADORS background{scheduler};
+//   background.rsGen().open(query, connection, ado::adOpenStatic, ado::adLockReadOnly,
+//                           ado::adAsyncFetch);
+//
+// The viewer's own thread; the recordset's events arrive on it.
+#pragma once
+
+#include "engine/ado/recordset.h"
+
+#include <memory>
+
+class classADORS {
+public:
+    explicit classADORS(std::shared_ptr<ado::Scheduler> scheduler);
+
+    ado::Recordset& rsGen() { return *rsGen_; }
+
+private:
+    static void rsGen_FetchComplete();
+
+    std::unique_ptr<ado::Recordset> rsGen_;
+};
