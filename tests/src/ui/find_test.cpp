@@ -138,6 +138,26 @@ TEST_F(FindTest, TheDialogComesUpWithoutAnOwner) {
     EXPECT_TRUE(dialog.optionDirection[1].value());
 }
 
+RECT placeOf(HWND window) {
+    RECT place{};
+    ::GetWindowRect(window, &place);
+    return place;
+}
+
+TEST_F(FindTest, TheDialogComesUpOverTheWindowAndThenWhereItWas) {
+    ::SetWindowPos(form.hwnd(), nullptr, 10, 20, 620, 540, SWP_NOZORDER);
+    show();
+    const RECT over = placeOf(form.hwnd());
+    const RECT first = placeOf(form.findDialog.hwnd());
+    EXPECT_NEAR(first.left + first.right, over.left + over.right, 4);
+    EXPECT_NEAR(first.top + first.bottom, over.top + over.bottom, 4);
+    ::SetWindowPos(form.findDialog.hwnd(), nullptr, 50, 60, 0, 0, SWP_NOZORDER | SWP_NOSIZE);
+    form.findDialog.CancelButton.click();
+    show();
+    EXPECT_EQ(placeOf(form.findDialog.hwnd()).left, 50);
+    EXPECT_EQ(placeOf(form.findDialog.hwnd()).top, 60);
+}
+
 TEST_F(FindTest, AnEmptyTextDoesNothingAtAll) {
     show();
     form.statusbarMain.panel(1).setText(L"as it was");
