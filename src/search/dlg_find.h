@@ -25,9 +25,9 @@ public:
     /// Puts the course of a search into the status bar. Set by the main window.
     std::function<void(const std::u16string& text)> setNotice;
 
-    /// Searches the trace records for the text in the box; an empty text does nothing. Escape stops
-    /// it. A reference,
-    /// because the update of the history within may clear the flag that is passed.
+    /// Searches the trace records for the text in the box, until Escape is pressed; an empty text
+    /// does nothing. A reference, because the update of the history within may clear the flag that
+    /// is passed.
     void myfindText(const bool& findNext);
 
     forms::Label lblFindWhat;

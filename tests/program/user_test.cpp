@@ -175,6 +175,11 @@ TEST_F(UserTest, FindsDownwardsAndUpwardsWithTheKeys) {
         hands::press(VK_RETURN);
         ASSERT_TRUE(showsLine(hits[static_cast<std::size_t>(i)]));
     }
+    // The focus is where the text is, and what is typed takes the old one's place.
+    hands::type(L"no such text");
+    hands::press(VK_RETURN);
+    ASSERT_TRUE(saysNotFound(L"no such text"));
+    hands::type(L"rEtRy 3");
     hands::press('U', {VK_MENU});
     for (int i = 1; i >= 0; --i) {
         hands::press(VK_RETURN);

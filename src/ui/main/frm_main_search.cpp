@@ -66,7 +66,13 @@ void frmMain::setNotice(const std::u16string& text) {
     statusbarMain.refresh();
 }
 
+/// At first the dialog stands over this window, on whatever display that is; then where the user put
+/// it.
 void frmMain::mnuFind_Click() {
+    if (!findDialog.isLoaded()) {
+        findDialog.load();
+        findDialog.center(this);
+    }
     findDialog.show();
     findDialog.comboFindWhat.setFocus();
     findDialog.comboFindWhat.selectText();

@@ -2,6 +2,7 @@
 #include "src/platform/text.h"
 #include "src/search/ansi_file.h"
 #include "src/ui/main/trace_filter.h"
+#include "tests/src/ui/language_libraries.h"
 #include "tests/src/ui/main_window.h"
 
 #include <gtest/gtest.h>
@@ -195,6 +196,47 @@ TEST_F(ExportTest, AnotherDatabaseEndsIt) {
     EXPECT_TRUE(reports.empty());
 }
 
+TEST_F(ExportTest, AFilterThatIsAppliedMeanwhileTakesNothingFromIt) {
+    openRows(1000);
+    duringExport([this] {
+        form.cmdClearAllUniqueTraces.onClick();
+        modDatabase::uniqueTraces()[3].selected = true;
+        form.cmdApplyFilter.onClick();
+    });
+    exportTo(target());
+    EXPECT_EQ(blockEnds(content(target())), 10u);
+    EXPECT_TRUE(panel(1).starts_with(L"Export complete ("));
+    EXPECT_TRUE(reports.empty());
+    ASSERT_TRUE(waitUntil([this] { return rows().sort() == u"Date ASC"; }));
+    EXPECT_LT(rows().recordCount(), 1000);
+}
+
+TEST_F(ExportTest, ASearchMeanwhileMovesTheGridOnly) {
+    openRows(1000);
+    form.mnuFind.onClick();
+    form.findDialog.comboFindWhat.setText(L"Retry");
+    int found = 0;
+    duringExport([&] {
+        rows().setAbsolutePosition(500);
+        form.findDialog.cmdFindNext.click();
+        found = rows().absolutePosition();
+    });
+    exportTo(target());
+    EXPECT_EQ(blockEnds(content(target())), 10u);
+    EXPECT_GE(found, 500);
+    EXPECT_EQ(rows().absolutePosition(), found);
+    EXPECT_TRUE(reports.empty());
+}
+
+TEST_F(ExportTest, AnotherLanguageMeanwhileTellsTheEndInIt) {
+    openRows(1000);
+    const LanguageFolder languages{{"DEU"}};
+    duringExport([&] { languages.use(1031); });
+    exportTo(target());
+    EXPECT_EQ(panel(1), L"Export abgeschlossen (" + target().wstring() + L")");
+    EXPECT_EQ(blockEnds(content(target())), 10u);
+}
+
 TEST_F(ExportTest, ClosingTheWindowEndsIt) {
     openRows(1000);
     duringExport([&] { ::SendMessageW(form.hwnd(), WM_CLOSE, 0, 0); });
@@ -247,6 +289,19 @@ TEST_F(ExportTest, ThePathMayHoldAnyCharacters) {
     exportTo(path);
     EXPECT_EQ(blockEnds(content(path)), 2u);
     EXPECT_EQ(panel(1), L"Export complete (" + path.wstring() + L")");
+    EXPECT_TRUE(reports.empty());
+}
+
+TEST_F(ExportTest, ThePathMayBeLong) {
+    openRows(20);
+    std::filesystem::path path = folder.path();
+    for (int i = 0; i < 5; ++i) path /= std::wstring(60, L'd');
+    std::error_code error;
+    std::filesystem::create_directories(path, error);
+    if (error) GTEST_SKIP() << "long paths are switched off on this machine";
+    path /= L"out.txt";
+    exportTo(path);
+    EXPECT_EQ(blockEnds(content(path)), 1u);
     EXPECT_TRUE(reports.empty());
 }
 

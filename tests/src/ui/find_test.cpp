@@ -138,6 +138,26 @@ TEST_F(FindTest, TheDialogComesUpWithoutAnOwner) {
     EXPECT_TRUE(dialog.optionDirection[1].value());
 }
 
+RECT placeOf(HWND window) {
+    RECT place{};
+    ::GetWindowRect(window, &place);
+    return place;
+}
+
+TEST_F(FindTest, TheDialogComesUpOverTheWindowAndThenWhereItWas) {
+    ::SetWindowPos(form.hwnd(), nullptr, 10, 20, 620, 540, SWP_NOZORDER);
+    show();
+    const RECT over = placeOf(form.hwnd());
+    const RECT first = placeOf(form.findDialog.hwnd());
+    EXPECT_NEAR(first.left + first.right, over.left + over.right, 4);
+    EXPECT_NEAR(first.top + first.bottom, over.top + over.bottom, 4);
+    ::SetWindowPos(form.findDialog.hwnd(), nullptr, 50, 60, 0, 0, SWP_NOZORDER | SWP_NOSIZE);
+    form.findDialog.CancelButton.click();
+    show();
+    EXPECT_EQ(placeOf(form.findDialog.hwnd()).left, 50);
+    EXPECT_EQ(placeOf(form.findDialog.hwnd()).top, 60);
+}
+
 TEST_F(FindTest, AnEmptyTextDoesNothingAtAll) {
     show();
     form.statusbarMain.panel(1).setText(L"as it was");
@@ -284,6 +304,44 @@ TEST_F(FindTest, SearchesInTheOrderOfTheGrid) {
     EXPECT_EQ(search(L"error"), 3);
     EXPECT_EQ(searchAgain(), 5);
     EXPECT_EQ(form.txtTrace.text(), L"first error");
+}
+
+TEST_F(FindTest, ALineInAFoldedGroupIsShown) {
+    grid::Grid& grid = form.tdbgridData;
+    grid.setGroupColumns({{grid.columnIndex(L"Process")}});
+    ASSERT_FALSE(grid.grouping().group(0).unfolded);
+    show();
+    EXPECT_EQ(search(L"two"), 3);
+    EXPECT_EQ(grid.row(), 2);
+    EXPECT_TRUE(grid.grouping().group(0).unfolded);
+    EXPECT_EQ(form.txtTrace.text(), L"ERROR two");
+}
+
+TEST_F(FindTest, SearchesWhatTheFilterLeaves) {
+    open(makeFile("b.mdb", 2000));
+    ASSERT_TRUE(waitLoaded());
+    show();
+    EXPECT_GT(search(L"retry"), 0);
+    form.cmdClearAllUniqueTraces.onClick();
+    for (std::size_t i = 0; i < 20; ++i) modDatabase::uniqueTraces()[i].selected = true;
+    form.cmdApplyFilter.onClick();
+    ASSERT_TRUE(waitLoaded());
+    ASSERT_LT(rows().recordCount(), 1500);
+    std::vector<int> expected;
+    std::u16string text;
+    for (int line = 1; line <= rows().recordCount(); ++line) {
+        rows().textAt(static_cast<std::uint32_t>(line - 1), 8, text);
+        if (text.find(u"Retry") != std::u16string::npos) expected.push_back(line);
+    }
+    ASSERT_GT(expected.size(), 1u);
+    form.findDialog.CancelButton.click();  // the next search includes the first line
+    std::vector<int> found;
+    while (panel(1).empty() && found.size() <= expected.size()) {
+        const int line = searchAgain();
+        if (panel(1).empty()) found.push_back(line);
+    }
+    EXPECT_EQ(found, expected);
+    EXPECT_EQ(panel(1), L"retry not found.");
 }
 
 TEST_F(FindTest, TheWindowAnswersAndPaintsWhileItSearches) {
