@@ -352,7 +352,11 @@ void frmMain::tdbgridData_HeadClick(int ColIndex) {
         std::wstring field;
         if (!procedure.step([&] { field = tdbgridData.column(ColIndex).dataField(); })) return;
         if (field != L"Trace") {
-            procedure.step([&] { status.displayStatus(myLoadResString(1042), false, this); });
+            // An export that is running needs the window for its progress.
+            const bool statusIsFree = mnuExportData.enabled();
+            procedure.step([&] {
+                if (statusIsFree) status.displayStatus(myLoadResString(1042), false, this);
+            });
             procedure.step([&] {
                 for (int i = 0; i < tdbgridData.columnCount(); ++i) {
                     tdbgridData.column(i).setHeadingStyle(L"Heading");
@@ -367,7 +371,9 @@ void frmMain::tdbgridData_HeadClick(int ColIndex) {
                                                                      : L"Ascending");
             });
             procedure.step([&] { recordset_->setSort(name + (reverse ? u" DESC" : u" ASC")); });
-            procedure.step([&] { status.hideStatus(); });
+            procedure.step([&] {
+                if (statusIsFree) status.hideStatus();
+            });
         }
         procedure.step([&] { setupTraceGrid(); });
     });

@@ -3,11 +3,17 @@
 #include "src/platform/text.h"
 #include "toolkit/forms/application.h"
 
+/// An export that is running needs the window for its progress.
+bool MainDisplay::statusIsFree() const { return form_.mnuExportData.enabled(); }
+
 void MainDisplay::displayStatus(const std::u16string& text, bool showProgress) {
+    if (!statusIsFree()) return;
     form_.status.displayStatus(text, showProgress, form_.isLoaded() ? &form_ : nullptr);
 }
 
-void MainDisplay::hideStatus() { form_.status.hideStatus(); }
+void MainDisplay::hideStatus() {
+    if (statusIsFree()) form_.status.hideStatus();
+}
 
 void MainDisplay::setNotice(const std::u16string& text) {
     form_.load();

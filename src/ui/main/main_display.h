@@ -20,5 +20,7 @@ public:
     void sortByDate() override;
 
 private:
+    bool statusIsFree() const;
+
     frmMain& form_;
 };

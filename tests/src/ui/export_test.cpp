@@ -237,6 +237,27 @@ TEST_F(ExportTest, AnotherLanguageMeanwhileTellsTheEndInIt) {
     EXPECT_EQ(blockEnds(content(target())), 10u);
 }
 
+// There is one status window; sorting and loading leave it to the export.
+TEST_F(ExportTest, ItsProgressStaysWhileTheUserSortsAndFilters) {
+    openRows(1000);
+    bool stays = false;
+    std::wstring shown;
+    duringExport([&] {
+        const int before = form.status.pbarStatus.value();
+        form.tdbgridData_HeadClick(form.tdbgridData.columnIndex(L"Process"));
+        EXPECT_EQ(rows().sort(), u"Process ASC");
+        modDatabase::openRecordsets();
+        stays = form.status.visible() && form.status.pbarStatus.isShown();
+        shown = form.status.lblStatus.text();
+        EXPECT_GT(before, 0);
+    });
+    exportTo(target());
+    EXPECT_TRUE(stays);
+    EXPECT_TRUE(shown.starts_with(L"Exporting")) << std::filesystem::path{shown};
+    EXPECT_FALSE(form.status.visible());
+    EXPECT_TRUE(waitUntil([this] { return rows().state() == ado::adStateOpen; }));
+}
+
 TEST_F(ExportTest, ClosingTheWindowEndsIt) {
     openRows(1000);
     duringExport([&] { ::SendMessageW(form.hwnd(), WM_CLOSE, 0, 0); });

@@ -1,4 +1,5 @@
 #include "src/platform/text.h"
+#include "tests/src/log/fake_log_system.h"
 #include "tests/src/ui/main_window.h"
 
 #include <gtest/gtest.h>
@@ -35,6 +36,23 @@ TEST_F(MainWindowTest, StandsInTheMiddleOnFourFifthsOfTheScreen) {
     EXPECT_NEAR(bounds.height.value, form.screenHeight().value * 0.8, 30);
     EXPECT_NEAR(bounds.left.value, form.screenWidth().value * 0.1, 30);
     EXPECT_NEAR(bounds.top.value, form.screenHeight().value * 0.1, 30);
+}
+
+TEST_F(MainWindowTest, TheCentringStandsInTheLog) {
+    SharedFakeLog log;
+    form.load();
+    const auto lines = log.messages("[frmMain]centerDisplay");
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_TRUE(lines[0].starts_with("Entering [frmMain]centerDisplay"));
+    EXPECT_TRUE(lines[1].starts_with("Exiting [frmMain]centerDisplay"));
+}
+
+// The texts of the tree's nodes are laid out in columns.
+TEST_F(MainWindowTest, TheTreeHasAFontOfOneWidth) {
+    form.load();
+    EXPECT_EQ(form.tvUniqueTraces.font().name, L"Courier New");
+    const forms::GdiFont& font = form.tvUniqueTraces.gdiFont();
+    EXPECT_EQ(font.textWidth(L"iiiiiiii").value, font.textWidth(L"WWWWWWWW").value);
 }
 
 TEST_F(MainWindowTest, TabsGridAndTextFollowTheWindowsSize) {
@@ -78,6 +96,7 @@ TEST_F(MainWindowTest, TheFilterTabHidesGridAndText) {
     form.sstabMain.setTab(1);
     EXPECT_FALSE(form.tdbgridData.isShown());
     EXPECT_FALSE(form.txtTrace.isShown());
+    EXPECT_FALSE(form.tdbgridData.visible() || form.txtTrace.visible());
     form.sstabMain.setTab(0);
     EXPECT_TRUE(form.tdbgridData.isShown());
     EXPECT_TRUE(form.txtTrace.isShown());
