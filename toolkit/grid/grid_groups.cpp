@@ -189,10 +189,22 @@ void Grid::setAllGroupsUnfolded(bool unfolded) {
     if (!grouping_.active()) {
         return;
     }
+    const int focused = focusedGroup();
     unfoldedAtFirst_ = unfolded;
     toggledGroups_.clear();
     grouping_.setAllUnfolded(unfolded);
-    takeView();
+    viewRowsChanged();
+    // The focus stays with its group, or goes to the one that swallowed it.
+    RowIndex view = kNoRow;
+    for (int group = focused; group != kNoGroup && view == kNoRow;
+         group = grouping_.group(group).parent) {
+        view = grouping_.viewOfGroup(group);
+    }
+    if (focused == kNoGroup) {
+        view = grouping_.viewOf(currentOfSource());
+    }
+    selection_.moveTo({view, selection_.current().column});
+    scroll([&](Geometry& geometry) { geometry.scrollRowIntoView(view); });
 }
 
 // A row that the owner goes to is to be seen.

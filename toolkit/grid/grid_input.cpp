@@ -83,10 +83,11 @@ void Grid::onKeyDown(int key) {
     }
 }
 
-// Many keyboards have plus, star and slash on keys with Shift, each on others.
+// Each keyboard has plus, minus, star and slash on keys of its own, some with Shift. Where the key
+// itself was understood already, the character finds nothing left to do.
 void Grid::onChar(wchar_t character) {
     const int key = padKeyOf(character);
-    if (key != 0 && drag_ == Drag::none && forms::shiftState() == forms::kShift) {
+    if (key != 0 && drag_ == Drag::none) {
         onGroupKey(key);
     }
 }

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <stdexcept>
+#include <utility>
 
 namespace grid {
 namespace {
@@ -169,11 +171,10 @@ TEST_F(GridGroups, GroupsFoldByKeys) {
     EXPECT_TRUE(window.looksAsPaintedAnew());
 }
 
-// Where plus, star and slash are typed with Shift depends on the keyboard.
+// On which keys plus, minus, star and slash are depends on the keyboard.
 TEST_F(GridGroups, GroupsFoldByTypedCharacters) {
     groupByComponent();
     const auto typed = [this](wchar_t character) {
-        HeldKey shift(VK_SHIFT);
         EXPECT_TRUE(SendMessageW(window.grid.hwnd(), WM_GETDLGCODE, 0, 0) & DLGC_WANTCHARS);
         SendMessageW(window.grid.hwnd(), WM_CHAR, character, 0);
         return window.grid.geometry().rowCount();
@@ -183,9 +184,34 @@ TEST_F(GridGroups, GroupsFoldByTypedCharacters) {
     EXPECT_EQ(typed(L'*'), 1004);
     EXPECT_EQ(typed(L'/'), 4);
     EXPECT_EQ(typed(L'a'), 4);
-    // Without Shift the key itself has folded already.
-    SendMessageW(window.grid.hwnd(), WM_CHAR, L'*', 0);
-    EXPECT_EQ(window.grid.geometry().rowCount(), 4);
+    {
+        HeldKey shift(VK_SHIFT);
+        EXPECT_EQ(typed(L'*'), 1004);
+    }
+    // A key that was understood types its character as well.
+    for (const auto& [key, character] :
+         {std::pair{VK_SUBTRACT, L'-'}, {VK_ADD, L'+'}, {VK_DIVIDE, L'/'}, {VK_MULTIPLY, L'*'}}) {
+        window.key(key);
+        const RowIndex rows = window.grid.geometry().rowCount();
+        EXPECT_EQ(typed(character), rows);
+    }
+}
+
+TEST_F(GridGroups, TheFocusStaysWithItsGroupWhenAllAreFolded) {
+    window.grid.setGroupColumns({{TraceSource::kComponent, false}, {TraceSource::kProcess, false}});
+    window.grid.setAllGroupsUnfolded(true);
+    const int inner = window.grid.grouping().groupCount() - 1;
+    const int outer = window.grid.grouping().group(inner).parent;
+    ASSERT_NE(outer, kNoGroup);
+    window.grid.setCurrentCell(window.grid.grouping().viewOfGroup(inner), 0);
+    ASSERT_NE(window.grid.row(), window.grid.grouping().firstRowOf(inner));
+    window.key(VK_DIVIDE);
+    EXPECT_EQ(focusedView(), window.grid.grouping().viewOfGroup(outer));
+    window.key(VK_MULTIPLY);
+    EXPECT_EQ(focusedView(), window.grid.grouping().viewOfGroup(outer));
+    EXPECT_TRUE(window.grid.geometry().fullyVisible(focusedView()));
+    EXPECT_EQ(window.grid.row(), 0) << "the source stays where it is";
+    EXPECT_TRUE(window.looksAsPaintedAnew());
 }
 
 TEST_F(GridGroups, TheCursorStepsOverGroupsWithoutMovingTheSource) {
