@@ -3,6 +3,8 @@
 #include "engine/jet/usage_map.h"
 
 #include <algorithm>
+#include <mutex>
+#include <shared_mutex>
 #include <utility>
 
 namespace jet {

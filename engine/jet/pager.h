@@ -12,12 +12,12 @@
 
 #include "engine/jet/journal.h"
 #include "engine/jet/page_cache.h"
+#include "engine/jet/read_write_lock.h"
 
 #include <atomic>
 #include <functional>
 #include <map>
 #include <optional>
-#include <shared_mutex>
 #include <thread>
 #include <unordered_map>
 
@@ -111,7 +111,7 @@ private:
     const std::size_t capacity_;
     std::function<void(PageNumber)> listener_;
 
-    mutable std::shared_mutex gate_;  ///< held alone by the thread that changes anything
+    mutable ReadWriteLock gate_;  ///< held alone by the thread that changes anything
     std::atomic<std::thread::id> owner_{};
     bool locked_ = false;  ///< the file, for this process alone
     bool broken_ = false;  ///< a change could not be taken back

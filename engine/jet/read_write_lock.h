@@ -1,0 +1,34 @@
+// A lock that many threads may share for reading or one may hold alone for writing.
+//
+//   ReadWriteLock gate;
+//   std::shared_lock reading{gate};
+//   std::unique_lock writing{gate};
+//
+// Who waits to write goes before those who want to read after him, so a thread must not share it
+// twice.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+
+namespace jet {
+
+/// Stands in for std::shared_mutex, which as MinGW has it sometimes lets readers in beside a writer.
+class ReadWriteLock {
+public:
+    // As the standard's locks call them.
+    void lock();
+    void unlock();
+    void lock_shared();
+    void unlock_shared();
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::uint32_t readers_ = 0;
+    std::uint32_t waitingWriters_ = 0;
+    bool writing_ = false;
+};
+
+}  // namespace jet
