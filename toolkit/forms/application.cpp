@@ -124,10 +124,13 @@ std::function<void()>& escapeHandler() {
     return current;
 }
 
-// The key itself, not its message: other keys may wait before that, and are to go on waiting.
-bool isEscapeDown() {
+// Whether Escape was pressed since the last call or is down now. The key itself, not its message:
+// other keys may wait before that, and are to go on waiting. A press can begin and end between two
+// calls, so that looking at the key's present state alone would miss it.
+bool takeEscape() {
+    const bool pressed = GetAsyncKeyState(VK_ESCAPE) != 0;
     const DWORD owner = GetWindowThreadProcessId(GetForegroundWindow(), nullptr);
-    return owner == GetCurrentThreadId() && GetAsyncKeyState(VK_ESCAPE) < 0;
+    return pressed && owner == GetCurrentThreadId();
 }
 
 void dropKeysUpToEscape() {
@@ -219,6 +222,7 @@ void runWhilePainting(const std::function<void()>& work) {
         work();
         return;
     }
+    takeEscape();  // what was pressed before the work is no wish to stop it
     std::exception_ptr failure;
     std::thread worker([&] {
         try {
@@ -233,7 +237,7 @@ void runWhilePainting(const std::function<void()>& work) {
     bool stopped = false;
     while (MsgWaitForMultipleObjects(1, &done, FALSE, kAliveMilliseconds,
                                      QS_PAINT | QS_SENDMESSAGE | QS_KEY) != WAIT_OBJECT_0) {
-        if (!stopped && escapeHandler() && isEscapeDown()) {
+        if (!stopped && escapeHandler() && takeEscape()) {
             stopped = true;
             escapeHandler()();
         }

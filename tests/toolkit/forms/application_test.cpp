@@ -192,8 +192,9 @@ TEST_F(ApplicationTest, WindowsArePaintedWhileWorkRuns) {
     EXPECT_TRUE(waitUntil([&] { return posted && form.keys == 1; }));
 }
 
-/// Through the system's queue of input, as from a keyboard.
-void typeKey(int key) {
+/// Through the system's queue of input, as from a keyboard. A finger holds a key for some 50 ms; a
+/// keyboard that is played by a program lets go at once.
+void typeKey(int key, DWORD heldMilliseconds = 50) {
     INPUT inputs[2]{};
     for (INPUT& input : inputs) {
         input.type = INPUT_KEYBOARD;
@@ -201,7 +202,7 @@ void typeKey(int key) {
     }
     inputs[1].ki.dwFlags = KEYEVENTF_KEYUP;
     SendInput(1, &inputs[0], sizeof(INPUT));
-    Sleep(50);  // a finger's
+    Sleep(heldMilliseconds);
     SendInput(1, &inputs[1], sizeof(INPUT));
 }
 
@@ -223,6 +224,37 @@ TEST_F(ApplicationTest, EscapeStopsWorkThatCanBeStopped) {
     typeKey('B');
     ASSERT_TRUE(waitUntil([&] { return form.keys > 0; }));
     EXPECT_EQ(form.keys, 1) << "Escape and what was typed before it are gone";
+}
+
+TEST_F(ApplicationTest, EscapeStopsWorkHoweverShortlyItIsPressed) {
+    WatchedForm form;
+    form.show();
+    ASSERT_TRUE(waitUntil([&] { return GetForegroundWindow() == form.hwnd(); }));
+    std::atomic<int> stops{0};
+    const forms::OnEscape stop{[&] { ++stops; }};
+    // Between two looks at the keyboard, or right at one: the press begins at another moment each time.
+    for (int round = 1; round <= 20; ++round) {
+        forms::runWhilePainting([&] {
+            Sleep(static_cast<DWORD>(round * 7));
+            typeKey(VK_ESCAPE, 0);
+            for (int i = 0; i < 200 && stops < round; ++i) Sleep(10);
+        });
+        ASSERT_EQ(stops, round);
+    }
+}
+
+TEST_F(ApplicationTest, EscapeBeforeTheWorkDoesNotStopIt) {
+    WatchedForm form;
+    form.show();
+    ASSERT_TRUE(waitUntil([&] { return GetForegroundWindow() == form.hwnd(); }));
+    std::atomic<int> stops{0};
+    typeKey(VK_ESCAPE, 0);
+    {
+        const forms::OnEscape stop{[&] { ++stops; }};
+        forms::runWhilePainting([] { Sleep(250); });
+    }
+    EXPECT_EQ(stops, 0);
+    EXPECT_TRUE(waitUntil([&] { return form.keys == 1; })) << "the key waits as others do";
 }
 
 TEST_F(ApplicationTest, WithoutAHandlerEscapeWaitsAsOtherKeysDo) {
