@@ -8,7 +8,6 @@
 #include "src/log/procedure.h"
 #include "src/platform/mdl_html_help.h"
 #include "src/platform/text.h"
-#include "src/ui/main/grid_arrangement.h"
 #include "toolkit/forms/application.h"
 #include "toolkit/forms/dialogs.h"
 
@@ -31,47 +30,14 @@ constexpr Twips kBarsHeight = 937.5_tw;
 /// Lines of text in the box under the grid.
 constexpr int kTraceLines = 3;
 
-/// The trace column takes the room that the others leave, but never less than this.
-constexpr Twips kTraceWidth = 3000_tw;
-
 /// The two buttons above the tree stand one below the other: side by side they are wider than the
 /// smallest window in most languages.
 constexpr Twips kFilterButtonWidth = 3480_tw;
 
-constexpr int kPositionPanel = 3;
-
 /// Not localised, like the menu of the rows.
 constexpr const wchar_t* kGroupByCaption = L"Drag a column header here to group by that column";
 
-constexpr Convention kGridEvent{.limit = Limit::TenErrors, .timed = true};
-
-struct GridColumn {
-    const wchar_t* dataField;
-    unsigned caption;
-    bool isTrace;
-};
-
-/// The columns that the grid sets up; others of the recordset are shown as they are.
-constexpr GridColumn kGridColumns[] = {
-    {L"Date", 1052, false},        {L"Process", 1053, false},   {L"Source", 1054, false},
-    {L"TraceNumber", 1003, false}, {L"Component", 1055, false}, {L"TraceLevel", 1001, false},
-    {L"Trace", 1056, true},
-};
-
 std::wstring loadString(unsigned id) { return toWide(myLoadResString(id)); }
-
-/// The text box wants CR LF at the ends of lines, and ends a text at a zero character.
-std::wstring forTextBox(std::u16string_view text) {
-    std::wstring lines;
-    lines.reserve(text.size());
-    char16_t previous = 0;
-    for (const char16_t c : text) {
-        if (c == u'\n' && previous != u'\r') lines.push_back(L'\r');
-        lines.push_back(c == 0 ? L' ' : static_cast<wchar_t>(c));
-        previous = c;
-    }
-    return lines;
-}
 
 }  // namespace
 
@@ -304,81 +270,6 @@ void frmMain::openTraceDatabase(const std::u16string& path) {
     });
 }
 
-void frmMain::reloadDBGrid(ado::Recordset& recordset) {
-    load();
-    const GridArrangement arrangement{tdbgridData};
-    tdbgridData.setDataSource(nullptr);
-    recordset_ = &recordset;
-    source_ = std::make_unique<TraceSource>(recordset);
-    recordset.moveComplete = [this] { tdbgridData.currentRowChanged(); };
-    recordset.orderChanged = [this] { tdbgridData.dataChanged(); };
-    tdbgridData.setDataSource(source_.get());
-    tdbgridData.setRowHeight(savedRowHeight_ * 2);
-    arrangement.applyTo(tdbgridData);
-    setupTraceGrid();
-    if (recordset.state() == ado::adStateClosed) {
-        txtTrace.setText(L"");
-        statusbarMain.panel(kPositionPanel).setText(L"");
-    }
-    tdbgridData_RowColChange();
-    populateUniqueTracesTree();
-}
-
-void frmMain::setupTraceGrid() {
-    if (tdbgridData.columnCount() < 2) return;
-    runProcedure(u"setupTraceGrid", Limit::None, [this](Procedure& procedure) {
-        procedure.step([] { forms::doEvents(); });
-        for (const GridColumn& wanted : kGridColumns) {
-            procedure.step([&] {
-                grid::Column& column = tdbgridData.column(wanted.dataField);
-                column.setCaption(loadString(wanted.caption));
-                column.setWrapText(wanted.isTrace);
-                column.setFillsRest(wanted.isTrace);
-                // The trace text is neither sorted nor grouped: hardly two are the same, and all
-                // of them would have to be read.
-                column.setAllowGrouping(!wanted.isTrace);
-                if (wanted.isTrace) {
-                    column.setWidth(kTraceWidth);
-                } else {
-                    column.autoSize();
-                }
-            });
-        }
-    });
-}
-
-void frmMain::tdbgridData_HeadClick(int ColIndex) {
-    runProcedure(u"tdbgridData_HeadClick", kGridEvent, [&](Procedure& procedure) {
-        std::wstring field;
-        if (!procedure.step([&] { field = tdbgridData.column(ColIndex).dataField(); })) return;
-        if (field != L"Trace") {
-            // An export that is running needs the window for its progress.
-            const bool statusIsFree = mnuExportData.enabled();
-            procedure.step([&] {
-                if (statusIsFree) status.displayStatus(myLoadResString(1042), false, this);
-            });
-            procedure.step([&] {
-                for (int i = 0; i < tdbgridData.columnCount(); ++i) {
-                    tdbgridData.column(i).setHeadingStyle(L"Heading");
-                }
-            });
-            const std::u16string name = fromWide(field);
-            const std::u16string& current = recordset_->sort();
-            const bool reverse = current.find(name) != std::u16string::npos &&
-                                 current.find(u"ASC") != std::u16string::npos;
-            procedure.step([&] {
-                tdbgridData.column(ColIndex).setHeadingStyle(reverse ? L"Descending"
-                                                                     : L"Ascending");
-            });
-            procedure.step([&] { recordset_->setSort(name + (reverse ? u" DESC" : u" ASC")); });
-            procedure.step([&] {
-                if (statusIsFree) status.hideStatus();
-            });
-        }
-        procedure.step([&] { setupTraceGrid(); });
-    });
-}
-
 void frmMain::sstabMain_Click(int previousTab) {
     const bool toGrid = previousTab != 0;
     tdbgridData.setVisible(toGrid);
@@ -387,23 +278,3 @@ void frmMain::sstabMain_Click(int previousTab) {
 
 /// The text box never keeps the focus: the keys belong to the grid.
 void frmMain::txtTrace_Click() { tdbgridData.setFocus(); }
-
-void frmMain::tdbgridData_ColResize(int column, bool& cancel) {
-    cancel = tdbgridData.column(column).dataField() == L"Trace";
-}
-
-void frmMain::tdbgridData_RowColChange() {
-    if (recordset_ == nullptr || recordset_->state() == ado::adStateClosed) return;
-    showPosition();
-    const bool empty = recordset_->bof() && recordset_->eof();
-    txtTrace.setText(empty ? L"" : forTextBox(recordset_->fields()[u"Trace"].text()));
-}
-
-void frmMain::showPosition() {
-    statusbarMain.panel(kPositionPanel).setText(toWide(diags()->positionText()));
-}
-
-void frmMain::tdbgridData_FetchCellTips(std::int64_t row, bool& wrap) {
-    runProcedure(u"tdbgridData_FetchCellTips", kGridEvent,
-                 [&](Procedure& procedure) { procedure.step([&] { wrap = wrap || row >= 0; }); });
-}

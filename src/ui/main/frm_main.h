@@ -40,6 +40,11 @@ public:
     /// Sorts by a column, and the other way round when it is clicked again.
     void tdbgridData_HeadClick(int ColIndex);
 
+    /// The status window over this one, or another text in it. While an export runs the window is
+    /// kept for its progress: neither call does anything then.
+    void displayStatus(const std::u16string& text, bool showProgress);
+    void hideStatus();
+
     /// Captions, wrapping and widths of the grid's columns.
     void setupTraceGrid();
 
@@ -130,6 +135,7 @@ private:
     void mnuFind_Click();
     void mnuFindNext_Click();
     void mnuExportData_Click();
+    bool exportIsRunning() const { return !mnuExportData.enabled(); }
     void setNotice(const std::u16string& text);
     std::wstring askExportPath();
     bool exportTo(const std::wstring& path);

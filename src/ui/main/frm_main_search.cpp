@@ -66,6 +66,14 @@ void frmMain::setNotice(const std::u16string& text) {
     statusbarMain.refresh();
 }
 
+void frmMain::displayStatus(const std::u16string& text, bool showProgress) {
+    if (!exportIsRunning()) status.displayStatus(text, showProgress, isLoaded() ? this : nullptr);
+}
+
+void frmMain::hideStatus() {
+    if (!exportIsRunning()) status.hideStatus();
+}
+
 /// At first the dialog stands over this window, on whatever display that is; then where the user put
 /// it.
 void frmMain::mnuFind_Click() {

@@ -3,17 +3,11 @@
 #include "src/platform/text.h"
 #include "toolkit/forms/application.h"
 
-/// An export that is running needs the window for its progress.
-bool MainDisplay::statusIsFree() const { return form_.mnuExportData.enabled(); }
-
 void MainDisplay::displayStatus(const std::u16string& text, bool showProgress) {
-    if (!statusIsFree()) return;
-    form_.status.displayStatus(text, showProgress, form_.isLoaded() ? &form_ : nullptr);
+    form_.displayStatus(text, showProgress);
 }
 
-void MainDisplay::hideStatus() {
-    if (statusIsFree()) form_.status.hideStatus();
-}
+void MainDisplay::hideStatus() { form_.hideStatus(); }
 
 void MainDisplay::setNotice(const std::u16string& text) {
     form_.load();

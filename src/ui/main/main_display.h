@@ -20,7 +20,5 @@ public:
     void sortByDate() override;
 
 private:
-    bool statusIsFree() const;
-
     frmMain& form_;
 };
