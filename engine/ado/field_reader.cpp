@@ -4,9 +4,6 @@
 #include "engine/jet/text.h"
 
 #include <algorithm>
-#include <memory>
-#include <new>
-#include <type_traits>
 #include <utility>
 
 namespace ado {
@@ -17,10 +14,6 @@ constexpr std::uint32_t kBlockPages = 64;
 
 /// Two reads so close together are taken for a walk through the file.
 constexpr std::uint32_t kNear = 8;
-
-// Both are made anew in place, over what was there.
-static_assert(std::is_trivially_destructible_v<jet::StoredField>);
-static_assert(std::is_trivially_destructible_v<jet::Record>);
 
 /// What a damaged field gives: nothing. Other failures are the storage's.
 template <typename Read>
@@ -39,35 +32,56 @@ FieldReader::FieldReader(std::shared_ptr<const jet::Table> table, Reading readin
     : table_{std::move(table)},
       reading_{reading},
       records_{table_->pageReader()},
-      longValues_{table_->pageReader()},
+      longValuePages_{table_->pageReader()},
+      longValues_{longValuePages_},
       moved_{table_->pageReader()} {
-    longValues_.borrowBlock(&records_);
+    longValuePages_.borrowBlock(&records_);
 }
 
 bool FieldReader::read(jet::RowId row, const jet::Column& column, jet::StoredField& field) {
     return unlessDamaged([&] {
-        const bool found =
-            reading_ == Reading::InOrder ? findInOrder(row) : table_->find(records_, row, record_);
-        // Made in place: copying what has just been written in pieces makes the processor wait.
-        if (found) new (&field) jet::StoredField(record_.field(column));
+        const bool found = find(row);
+        if (found) field = record_.field(column);
         return found;
     });
 }
 
+std::optional<jet::Bytes> FieldReader::storedText(jet::RowId row, const jet::Column& column) {
+    return unlessDamaged([&]() -> std::optional<jet::Bytes> {
+        if (!find(row)) return std::nullopt;
+        const jet::StoredField field = record_.field(column);
+        if (field.null) return std::nullopt;
+        if (!column.isLongValue()) return field.bytes;
+        return longValues_.read(field.bytes, record_.page(), scratch_);
+    });
+}
+
+bool FieldReader::find(jet::RowId row) {
+    return reading_ == Reading::InOrder ? findInOrder(row) : table_->find(records_, row, record_);
+}
+
 /// What Table::find does, with the page looked up once for all its rows that follow each other.
 bool FieldReader::findInOrder(jet::RowId row) {
-    if (!page_ || page_->number() != row.page()) {
-        page_.reset();
-        loadAround(row.page());
-        const jet::DataPage page{records_.page(row.page()), row.page()};
-        if (page.owner() != raw(table_->definition().page)) return false;
-        page_ = page;
+    if ((!page_ || page_->number() != row.page()) && !turnTo(row.page())) return false;
+    if (const jet::Bytes bytes = page_->plainRow(row.slot()); !bytes.empty()) {
+        record_ = jet::Record{bytes, row.page()};
+        return true;
     }
     const auto slot = page_->slot(row.slot());
     if (!slot || slot->moved) return false;
-    const jet::Bytes bytes =
-        slot->pointer ? followPointer(moved_, slot->bytes, page_->owner()) : slot->bytes;
-    std::construct_at(&record_, bytes, row.page());
+    record_ = jet::Record{
+        slot->pointer ? followPointer(moved_, slot->bytes, page_->owner()) : slot->bytes,
+        row.page()};
+    return true;
+}
+
+/// False if the page is none of the table.
+bool FieldReader::turnTo(jet::PageNumber number) {
+    page_.reset();
+    loadAround(number);
+    const jet::DataPage page{records_.page(number), number};
+    if (page.owner() != raw(table_->definition().page)) return false;
+    page_ = page;
     return true;
 }
 
@@ -85,31 +99,28 @@ void FieldReader::loadAround(jet::PageNumber page) {
     blockCount_ = 0;
     const std::uint32_t first = back && number >= kBlockPages ? number - kBlockPages + 1 : number;
     const std::uint32_t count = std::min(kBlockPages, pages - first);
+    longValues_.forgetPage();
     records_.loadBlock(jet::PageNumber{first}, count);
     blockFirst_ = first;
     blockCount_ = count;
 }
 
 jet::Value FieldReader::value(const jet::StoredField& field, const jet::Column& column) {
+    longValues_.forgetPage();
     return unlessDamaged(
-        [&] { return jet::decodeField(longValues_, column, field, record_.page()); });
-}
-
-std::optional<jet::Bytes> FieldReader::storedText(const jet::StoredField& field,
-                                                  const jet::Column& column) {
-    if (field.null) return std::nullopt;
-    if (!column.isLongValue()) return field.bytes;
-    return unlessDamaged([&]() -> std::optional<jet::Bytes> {
-        return jet::readLongValue(longValues_, field.bytes, record_.page(), scratch_);
-    });
+        [&] { return jet::decodeField(longValuePages_, column, field, record_.page()); });
 }
 
 bool FieldReader::appendText(const jet::StoredField& field, const jet::Column& column,
                              std::u16string& out) {
     if (field.null) return true;
-    const auto bytes = storedText(field, column);
-    if (bytes) jet::appendUtf16(*bytes, out);
-    return bytes.has_value();
+    return unlessDamaged([&] {
+        jet::appendUtf16(column.isLongValue()
+                             ? longValues_.read(field.bytes, record_.page(), scratch_)
+                             : field.bytes,
+                         out);
+        return true;
+    });
 }
 
 }  // namespace ado

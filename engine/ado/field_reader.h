@@ -8,6 +8,7 @@
 #pragma once
 
 #include "engine/jet/data_page.h"
+#include "engine/jet/long_value.h"
 #include "engine/jet/table.h"
 
 #include <optional>
@@ -33,16 +34,18 @@ public:
     /// The value of a field just read; Null if it is damaged. Throws as read().
     jet::Value value(const jet::StoredField& field, const jet::Column& column);
 
-    /// The stored bytes of a text just read, wherever they stand; nothing if it is Null or damaged.
+    /// The stored bytes of a text, wherever they stand; nothing if it is Null, gone or damaged.
     /// They hold until the next use of the reader. Throws as read().
-    std::optional<jet::Bytes> storedText(const jet::StoredField& field, const jet::Column& column);
+    std::optional<jet::Bytes> storedText(jet::RowId row, const jet::Column& column);
 
     /// Appends the characters of a text; false if it is damaged. Throws as read().
     bool appendText(const jet::StoredField& field, const jet::Column& column, std::u16string& out);
 
 private:
-    void loadAround(jet::PageNumber page);
+    bool find(jet::RowId row);
     bool findInOrder(jet::RowId row);
+    bool turnTo(jet::PageNumber page);
+    void loadAround(jet::PageNumber page);
 
     std::shared_ptr<const jet::Table> table_;
     Reading reading_;
@@ -50,7 +53,8 @@ private:
     // The record read last stays valid while its long values are read by other hands. These mostly
     // find them in the block that was loaded for the records.
     jet::PageReader records_;
-    jet::PageReader longValues_;
+    jet::PageReader longValuePages_;
+    jet::LongValueReader longValues_;
     jet::Record record_;
     jet::Binary scratch_;
 

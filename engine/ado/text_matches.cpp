@@ -72,10 +72,7 @@ private:
     }
 
     bool matchesInFile(jet::RowId row) {
-        jet::StoredField field;
-        const jet::Column& column = store_.stored(column_);
-        if (!reader_.read(row, column, field)) return false;
-        const auto text = reader_.storedText(field, column);
+        const auto text = reader_.storedText(row, store_.stored(column_));
         return text && like_.matches(*text);
     }
 

@@ -2,10 +2,10 @@
 
 namespace jet {
 
-void throwDamaged(PageNumber page, const std::string& reason) {
-    throw Error{
-        Fault::Damaged,
-        "The database is damaged on page " + std::to_string(raw(page)) + ": " + reason + ".", page};
+void throwDamaged(PageNumber page, std::string_view reason) {
+    std::string message = "The database is damaged on page " + std::to_string(raw(page)) + ": ";
+    message.append(reason).append(".");
+    throw Error{Fault::Damaged, message, page};
 }
 
 }  // namespace jet

@@ -8,6 +8,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace jet {
 
@@ -57,6 +58,6 @@ private:
 };
 
 /// Throws Error{Fault::Damaged} that names the page and the reason.
-[[noreturn]] void throwDamaged(PageNumber page, const std::string& reason);
+[[noreturn]] void throwDamaged(PageNumber page, std::string_view reason);
 
 }  // namespace jet

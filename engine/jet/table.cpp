@@ -63,13 +63,16 @@ bool TableScan::next() {
 
 /// Makes the row in slot slot_ the current one, if there is one.
 bool TableScan::takeSlot() {
-    const auto slot = page_->slot(slot_);
-    if (slot && slot->moved) return false;  // deleted, or met through its pointer
     rowId_ = RowId{page_->number(), slot_};
     try {
-        if (!slot) throwDamaged(page_->number(), "a row lies outside its page");
-        const Bytes bytes =
-            slot->pointer ? followPointer(moved_, slot->bytes, page_->owner()) : slot->bytes;
+        Bytes bytes = page_->plainRow(slot_);
+        if (bytes.empty()) {
+            const auto slot = page_->slot(slot_);
+            if (!slot) throwDamaged(page_->number(), "a row lies outside its page");
+            if (slot->moved) return false;  // deleted, or met through its pointer
+            bytes =
+                slot->pointer ? followPointer(moved_, slot->bytes, page_->owner()) : slot->bytes;
+        }
         record_ = Record{bytes, page_->number()};
         return true;
     } catch (const Error& error) {

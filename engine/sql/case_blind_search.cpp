@@ -203,10 +203,10 @@ std::size_t CaseBlindSearch::findByLanes(jet::Bytes text, std::size_t starts,
     const std::uint8_t* const begin = text.data();
     const std::uint8_t* const ofFirst = begin + anchors.first.place * sizeof(Unit);
     const std::uint8_t* const ofSecond = begin + anchors.second.place * sizeof(Unit);
-    const std::size_t last = starts - kStep;
+    const std::size_t last = (starts - kStep) * sizeof(Unit);
     __m128i least = load16(begin);
-    for (std::size_t start = 0;; start = std::min(start + kStep, last)) {
-        const std::size_t at = start * sizeof(Unit);
+    // The text at the first place of these sixteen bytes where it stands; kNowhere otherwise.
+    const auto placeIn = [&](std::size_t at) {
         __m128i both = first.in(load16(ofFirst + at));
         // Many variants are many comparisons, and mostly the first anchor is not there.
         if (sizeof(Unit) == 1 || _mm_movemask_epi8(both) != 0) {
@@ -218,12 +218,17 @@ std::size_t CaseBlindSearch::findByLanes(jet::Bytes text, std::size_t starts,
             if (isAt<Unit>(begin + found)) return found / sizeof(Unit);
         }
         if constexpr (sizeof(Unit) == 1) least = _mm_min_epu8(least, load16(begin + at));
-        if (start == last) break;
+        return kNowhere;
+    };
+    for (std::size_t at = 0; at < last; at += 16) {
+        if (const std::size_t place = placeIn(at); place != kNowhere) return place;
     }
+    if (const std::size_t place = placeIn(last); place != kNowhere) return place;
     if constexpr (sizeof(Unit) == 1) {
         // What stands behind the last place at which the text could begin.
-        const bool zero = hasZero(least) || containsZero(text.subspan(text.size() - 16)) ||
-                          (wanted_.size() > 17 && containsZero(text.subspan(starts)));
+        least = _mm_min_epu8(least, load16(begin + text.size() - 16));
+        const bool zero =
+            hasZero(least) || (wanted_.size() > 17 && containsZero(text.subspan(starts)));
         if (zero) return kMixed;
     }
     return kNowhere;

@@ -6,6 +6,9 @@
 
 #include <gmock/gmock.h>
 
+#include <cstring>
+#include <random>
+
 namespace jet {
 namespace {
 
@@ -46,6 +49,44 @@ TEST(DataPage, FlagsOfASlot) {
     EXPECT_EQ(flagsOf(1), std::tuple(true, false, false));
     EXPECT_EQ(flagsOf(2), std::tuple(false, true, false));
     EXPECT_EQ(flagsOf(3), std::tuple(true, true, true));
+}
+
+TEST(DataPage, PlainRowsHaveNoMark) {
+    DataPageImage image{42};
+    for (const int flags : {0x0000, 0x4000, 0x8000, 0xC000, 0x2000, 0x0000})
+        image.append(ByteVector{1, 2, 3, 4}, static_cast<std::uint16_t>(flags));
+    const DataPage page{image.image(), kPage};
+    EXPECT_THAT(page.plainRow(0), ElementsAre(1, 2, 3, 4));
+    for (const unsigned marked : {1u, 2u, 3u, 4u}) EXPECT_THAT(page.plainRow(marked), IsEmpty());
+    EXPECT_EQ(page.plainRow(5).data(), page.slot(5)->bytes.data());
+    EXPECT_THAT(page.plainRow(6), IsEmpty());
+}
+
+// Whatever the slot table says: a row that is given is the one that slot() gives.
+TEST(DataPage, PlainRowsOfDamagedPages) {
+    std::mt19937 random{1};
+    int plain = 0;
+    for (int round = 0; round < 20'000; ++round) {
+        DataPageImage image{42};
+        for (int row = 0; row < 4; ++row) image.append(ByteVector(20), 0);
+        fixture::PageImage bytes = image.image();
+        const auto word = static_cast<std::uint16_t>(random());
+        // Half of them point into the rows.
+        const std::uint16_t near = static_cast<std::uint16_t>(4000 + word % 100);
+        std::memcpy(&bytes[14 + 2 * (random() % 4)], random() % 2 ? &word : &near, sizeof word);
+        const DataPage page{bytes, kPage};
+        for (unsigned i = 0; i < 5; ++i) {
+            const Bytes row = page.plainRow(i);
+            if (row.empty()) continue;
+            const auto slot = page.slot(i);
+            ASSERT_TRUE(slot);
+            EXPECT_FALSE(slot->pointer || slot->moved || slot->deleted);
+            EXPECT_EQ(row.data(), slot->bytes.data());
+            EXPECT_EQ(row.size(), slot->bytes.size());
+            ++plain;
+        }
+    }
+    EXPECT_GT(plain, 20'000);
 }
 
 // Foreign writers leave a deleted row's bytes where they are.

@@ -1,3 +1,5 @@
+#include "engine/jet/long_value.h"
+
 #include "tests/engine/jet/faults.h"
 #include "tests/engine/jet/memory_pages.h"
 #include "tests/support/long_values.h"
@@ -200,6 +202,48 @@ TEST(LongValue, ThePieceIsNotCopiedWhenThereIsOneOnly) {
         return bytes;
     }();
     EXPECT_EQ(readLongValue(reader, inlined, kPage, scratch).data(), inlined.data() + 12);
+}
+
+// One reader for the values of many records, wherever they stand.
+TEST(LongValueReader, ValuesOfSeveralPagesInAnyOrder) {
+    fixture::PageFile file;
+    file.allocate();
+    fixture::LongValueWriter writer{file};
+    std::vector<ByteVector> headers(60);
+    const auto length = [](std::size_t i) { return 300 + 37 * i; };
+    for (std::size_t i = 0; i < headers.size(); ++i) {
+        const LongForm form = i % 7 == 0 ? LongForm::Chain : LongForm::Single;
+        writer.store(content(length(i)), form, headers[i]);
+    }
+    writer.finish();
+    MemoryPages pages{file.bytes()};
+    PageReader reader = pages.reader();
+    LongValueReader values{reader};
+    Binary scratch;
+    for (std::size_t i = 0; i < 3 * headers.size(); ++i) {
+        const std::size_t chosen = i * 17 % headers.size();
+        EXPECT_THAT(values.read(headers[chosen], kPage, scratch),
+                    ElementsAreArray(content(length(chosen))));
+    }
+}
+
+TEST(LongValueReader, AForgottenPageIsLookedUpAgain) {
+    DataPageImage image{kLongValueOwner};
+    image.append(content(10), 0);
+    ByteVector file = fileWith(image);
+    MemoryPages pages{file};
+    PageReader lender = pages.reader();
+    PageReader reader = pages.reader();
+    reader.borrowBlock(&lender);
+    lender.loadBlock(kFirst.page(), 1);
+    LongValueReader values{reader};
+    Binary scratch;
+    const ByteVector field = header(0x40000000 | 10, kFirst);
+    EXPECT_THAT(values.read(field, kPage, scratch), ElementsAreArray(content(10)));
+    // The block now holds the page before it, at the same place in memory.
+    values.forgetPage();
+    lender.loadBlock(PageNumber{raw(kFirst.page()) - 1}, 1);
+    EXPECT_THAT(values.read(field, kPage, scratch), ElementsAreArray(content(10)));
 }
 
 }  // namespace
