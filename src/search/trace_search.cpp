@@ -20,15 +20,17 @@ std::unique_ptr<ado::Recordset> viewOf(ado::Recordset& traces) {
     return view;
 }
 
+void stepOff(ado::Recordset& view, bool backward) {
+    if (isOutside(view)) return;
+    if (backward) {
+        view.movePrevious();
+    } else {
+        view.moveNext();
+    }
+}
+
 /// At the record found, or outside if there is none.
 void find(ado::Recordset& view, const TraceSearch& search) {
-    if (search.stepFirst && !isOutside(view)) {
-        if (search.backward) {
-            view.movePrevious();
-        } else {
-            view.moveNext();
-        }
-    }
     if (isOutside(view)) return;
     view.find(u"Trace Like '*" + search.text + u"*'", 0,
               search.backward ? ado::adSearchBackward : ado::adSearchForward);
@@ -42,13 +44,23 @@ void searchTraces(std::u16string_view label, ado::Recordset& traces, const Trace
         std::unique_ptr<ado::Recordset> view;
         if (!procedure.step([&] { view = viewOf(traces); })) return;
         procedure.step([&] { setNotice(myLoadResString(1038) + search.text + u"..."); });
-        const bool searched = procedure.step([&] { find(*view, search); });
-        const bool found = searched && !isOutside(*view);
-        // A search that failed has no outcome to tell; the notice that it runs goes all the same.
         procedure.step([&] {
-            const bool tellAbsence = searched && !found;
-            setNotice(tellAbsence ? search.text + myLoadResString(1004) : std::u16string{});
+            if (search.stepFirst) stepOff(*view, search.backward);
         });
+        bool cancelled = false;
+        procedure.step([&] { find(*view, search); },
+                       [&](const Failure& failure) {
+                           cancelled = failure.number == ado::adErrOperationCancelled;
+                           return Resume::AsUsual;
+                       });
+        if (cancelled) {
+            procedure.step([&] { setNotice(u""); });
+            return;
+        }
+        // As after every failed step, what follows a criterion that failed is done: the view
+        // stands where it was, which is the next record if the search left out the current one.
+        const bool found = !isOutside(*view);
+        procedure.step([&] { setNotice(found ? u"" : search.text + myLoadResString(1004)); });
         if (found) {
             procedure.step([&] { traces.setAbsolutePosition(view->absolutePosition()); });
         }

@@ -20,9 +20,10 @@ struct TraceSearch {
 
 /// Makes the nearest record current whose Trace contains the text in upper or lower case; there is
 /// no wrap-around. `* ? # [` in the text are a pattern's signs, and one apostrophe makes a criterion
-/// that cannot be understood: that and every other failure, also that the search was cancelled, is
-/// reported under `label`, and the current record stays. `setNotice` gets what the user is to read:
-/// that the search runs, then nothing, or that the text was not found.
+/// that cannot be understood. That and every other failure is reported under `label`; the record
+/// where the search began is current then, which is the neighbour with `stepFirst`. Only a search
+/// that was cancelled leaves the current record. `setNotice` gets what the user is to read: that the
+/// search runs, then nothing, or that the text was not found.
 void searchTraces(std::u16string_view label, ado::Recordset& traces, const TraceSearch& search,
                   const std::function<void(const std::u16string&)>& setNotice);
 

@@ -294,6 +294,17 @@ TEST_F(FindTest, AnApostropheIsSurvived) {
     ASSERT_EQ(reports.size(), 2u);
     EXPECT_TRUE(reports[1].starts_with(u"[frmMain]myfindText: Err.Number = 3001 "));
     EXPECT_EQ(form.mousePointer(), forms::MousePointer::standard);
+    EXPECT_EQ(rows().absolutePosition(), 2) << "the step before the search is not undone";
+    EXPECT_EQ(form.statusbarMain.panel(1).text(), L"");
+    EXPECT_EQ(searchAgain(), 3);
+    form.findDialog.optionDirection[0].setValue(true);
+    EXPECT_EQ(searchAgain(), 2);
+    // Off the end there is no record to go to.
+    rows().moveLast();
+    form.mnuFindNext.onClick();
+    EXPECT_EQ(form.statusbarMain.panel(1).text(), L"it's not found.");
+    form.findDialog.optionDirection[1].setValue(true);
+    rows().moveFirst();
     EXPECT_EQ(search(L"it?s"), 5);
 }
 
