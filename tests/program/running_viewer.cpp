@@ -9,7 +9,8 @@
 
 namespace {
 
-constexpr DWORD kPatience = 30000;  ///< milliseconds
+/// Milliseconds. Longer than a crashed viewer waits for its minidump.
+constexpr DWORD kPatience = 120000;
 
 std::filesystem::path ownFolder() {
     std::array<wchar_t, 1024> path{};
