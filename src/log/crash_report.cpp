@@ -51,9 +51,10 @@ DWORD WINAPI writeDump(void* parameter) {
 }
 
 /// On a thread of its own: the stack of the one that crashed may be used up. Waits for it, but not
-/// for ever, as the crash may have left locks behind that a new thread needs.
+/// for ever, as the crash may have left locks behind that a new thread needs. A busy machine takes
+/// half a minute for it.
 bool writeDumpAside(const std::u16string& path, EXCEPTION_POINTERS* exception) {
-    constexpr DWORD kPatience = 20000;
+    constexpr DWORD kPatience = 60000;
     static Dump dump;
     dump = {path, exception, ::GetCurrentThreadId(), false};
     const HANDLE thread = ::CreateThread(nullptr, 0, writeDump, &dump, 0, nullptr);

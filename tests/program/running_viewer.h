@@ -7,7 +7,7 @@
 //   EXPECT_EQ(viewer.exitCode(), 0u);
 //   folder.log();
 //
-// Nothing here waits for longer than half a minute.
+// Nothing here waits for longer than two minutes.
 #pragma once
 
 #include "tests/support/expected.h"
@@ -71,7 +71,7 @@ private:
     PROCESS_INFORMATION process_{};
 };
 
-/// Asks again and again until the answer is yes; false after half a minute.
+/// Asks again and again until the answer is yes; false after two minutes.
 bool eventually(const std::function<bool()>& condition);
 
 /// Text of a window of another process.

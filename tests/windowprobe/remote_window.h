@@ -1,4 +1,5 @@
-// Questions to windows of another process, answered within a second or not at all.
+// Questions to windows of another process, answered within twenty seconds or not at all: on a busy
+// machine a window that lives may take its time.
 //
 //   if (const auto text = panelText(statusBar, 0)) ...
 #pragma once
@@ -11,13 +12,13 @@
 #include <string>
 #include <vector>
 
-inline constexpr UINT kAnswerTime = 1000;  ///< milliseconds a living window may take for an answer
+inline constexpr UINT kAnswerTime = 20000;  ///< milliseconds
 
 inline std::optional<DWORD_PTR> ask(HWND window, UINT message, WPARAM wParam = 0,
                                     LPARAM lParam = 0) {
     DWORD_PTR answer = 0;
-    if (SendMessageTimeoutW(window, message, wParam, lParam, SMTO_ABORTIFHUNG, kAnswerTime,
-                            &answer) == 0) {
+    if (SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, kAnswerTime, &answer) ==
+        0) {
         return std::nullopt;
     }
     return answer;

@@ -6,6 +6,7 @@
 #include <array>
 #include <functional>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -129,6 +130,16 @@ TEST_F(WindowProbe, StatusPrintsEveryPanelOnALineInUtf8) {
     EXPECT_EQ(result.output,
               "Stra\xC3\x9F"
               "e \xE6\x97\xA5\xE6\x9C\xAC\n\n  Line 12 of 4711  \n\n\n");
+}
+
+TEST_F(WindowProbe, AWindowThatIsBusyIsWaitedFor) {
+    setPanel(0, L"busy");
+    bool slept = false;
+    const Result result = probe(L"status", [&] {
+        if (!std::exchange(slept, true)) Sleep(3000);
+    });
+    EXPECT_EQ(result.exitCode, 0U);
+    EXPECT_EQ(result.output, "busy\n\n\n\n\n");
 }
 
 TEST_F(WindowProbe, StatusWithoutAWindowFails) {

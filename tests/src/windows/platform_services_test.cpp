@@ -45,6 +45,13 @@ TEST(HelpFileTest, TheLanguagesFileComesFirstAndEnglishOtherwise) {
     EXPECT_EQ(mdlHTMLHelp::helpFileIn(path, u"ENU"), english);
 }
 
+TEST(HelpFileTest, AFolderOfThatNameIsNoHelp) {
+    const fixture::TemporaryFolder folder;
+    std::filesystem::create_directory(folder.path() / "VorelleDiagnosticViewer_DEU.chm");
+    const std::u16string path = fromWide(folder.path().wstring());
+    EXPECT_EQ(mdlHTMLHelp::helpFileIn(path, u"DEU"), path + u"\\VorelleDiagnosticViewer_ENU.chm");
+}
+
 TEST(HelpFileTest, LiesBesideTheProgram) {
     SharedFakeLog log;
     EXPECT_EQ(mdlHTMLHelp::getHelpFileName(),

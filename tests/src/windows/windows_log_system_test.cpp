@@ -130,7 +130,9 @@ TEST_F(WindowsLogTest, TheTimerStandsBesideTheClock) {
     GetLocalTime(&time);
     const double seconds = time.wHour * 3600.0 + time.wMinute * 60.0 + time.wSecond;
     const double timer = static_cast<double>(made.clock->timer());
-    EXPECT_TRUE(std::abs(timer - seconds) < 3 || std::abs(timer - seconds) > 86390);
+    constexpr double kPatience = 60;  // a busy machine may do other things between the two
+    EXPECT_TRUE(std::abs(timer - seconds) < kPatience ||
+                std::abs(timer - seconds) > 86400 - kPatience);
     EXPECT_LT(made.clock->timer(), 86400.0F);
 }
 
