@@ -1,5 +1,6 @@
 #include "src/ui/main/grid_arrangement.h"
 
+#include <algorithm>
 #include <utility>
 
 GridArrangement::GridArrangement(grid::Grid& grid) {
@@ -16,6 +17,12 @@ void GridArrangement::applyTo(grid::Grid& grid) const {
     for (const std::wstring& field : fields_) {
         const int column = grid.columnIndex(field);
         if (column >= 0) grid.moveColumn(column, place++);
+    }
+    for (int column = 0; column < grid.columnCount(); ++column) {
+        const std::wstring& field = grid.column(column).dataField();
+        if (std::find(fields_.begin(), fields_.end(), field) != fields_.end()) continue;
+        const grid::ColumnLayout& layout = grid.geometry().columns();
+        grid.moveColumn(column, column == 0 ? 0 : layout.place(column - 1) + 1);
     }
     std::vector<grid::GroupColumn> groups;
     for (const Group& group : groups_) {

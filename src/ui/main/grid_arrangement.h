@@ -17,7 +17,8 @@ class GridArrangement {
 public:
     explicit GridArrangement(grid::Grid& grid);
 
-    /// Fields that the grid has no more are left out, new ones stand behind the others.
+    /// Fields that the grid has no more are left out; a new one stands behind the field that comes
+    /// before it in the source, wherever that is.
     void applyTo(grid::Grid& grid) const;
 
 private:

@@ -198,6 +198,22 @@ TEST_F(MainGridTest, GroupsAndPlacesOutliveTheFilter) {
     EXPECT_TRUE(waitUntil([this] { return traces().grouping().rowCount() == 600; }));
 }
 
+TEST_F(MainGridTest, ColumnsThatAFileBringsStandWhereTheyBelong) {
+    open(makeFile("oldest.mdb", 20, fixture::TraceFormat::Oldest));
+    ASSERT_TRUE(waitLoaded());
+    ASSERT_LT(traces().columnIndex(L"Port"), 0);
+    traces().moveColumn(traces().columnIndex(L"TraceLevel"), 0);
+    open(makeFile("newer.mdb", 30));
+    ASSERT_TRUE(waitLoaded());
+    std::vector<std::wstring> fields;
+    for (int place = 0; place < traces().columnCount(); ++place) {
+        fields.push_back(traces().column(traces().columnAtPlace(place)).dataField());
+    }
+    EXPECT_EQ(fields,
+              (std::vector<std::wstring>{L"TraceLevel", L"Port", L"CallId", L"Date", L"Process",
+                                         L"Source", L"TraceNumber", L"Component", L"Trace"}));
+}
+
 TEST_F(MainGridTest, TheTraceColumnIsNotGroupedBy) {
     openLoaded(100);
     drag(headingMiddle(L"Trace"), {500, 10});
