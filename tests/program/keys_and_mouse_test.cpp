@@ -35,9 +35,21 @@ protected:
         EXPECT_TRUE(hands::front(main));
         gridWindow = FindWindowExW(main, nullptr, L"DataGrid", nullptr);
         EXPECT_TRUE(eventually([&] { return table() && table().childCount() == kRows + 1; }));
-        EXPECT_TRUE(eventually([&] {
-            return folder.log().find("Exiting tdbgridData_HeadClick_0") != std::string::npos;
-        })) << "sorted when loaded";
+        EXPECT_TRUE(sorted(1)) << "sorted when loaded";
+    }
+
+    /// Whether the order has been set so many times, and the columns after it.
+    bool sorted(int times) const {
+        return eventually([&] {
+            const std::string log = folder.log();
+            int found = 0;
+            for (std::size_t at = 0;
+                 (at = log.find("Exiting tdbgridData_HeadClick_0", at)) != std::string::npos;
+                 ++at) {
+                ++found;
+            }
+            return found >= times;
+        });
     }
 
     AccessibleClient table() const { return AccessibleClient{gridWindow}; }
@@ -103,7 +115,8 @@ TEST_F(KeysAndMouseTest, AHeadingClickSortsAndAnotherReverses) {
     const auto first = [&] { return cell(0, 2); };
     const auto last = [&] { return cell(kRows - 1, 2); };
     click(headingPlace(L"Process"));
-    ASSERT_TRUE(eventually([&] { return first() < last(); }));
+    ASSERT_TRUE(sorted(2));
+    ASSERT_LT(first(), last());
     const std::wstring least = first();
     const std::wstring greatest = last();
     click(headingPlace(L"Process"));
@@ -115,7 +128,10 @@ TEST_F(KeysAndMouseTest, AHeadingDraggedUpGroupsAndOutAgainUngroups) {
     const RECT headings = table().child(1).location();
     const POINT strip{headings.right - 60, headings.top - 12};
     hands::drag(middleOf(heading), strip);
-    ASSERT_TRUE(eventually([&] { return table().childCount() < 100; }));
+    ASSERT_TRUE(eventually([&] {
+        const long count = table().childCount();
+        return count > 1 && count < 100;
+    }));
     const long groups = table().childCount() - 1;
     long rows = 0;
     for (LONG group = 2; group <= groups + 1; ++group) {

@@ -1,4 +1,4 @@
-// Questions to windows of another process, answered within a second or not at all.
+// Questions to windows of another process, answered within some seconds or not at all.
 //
 //   if (const auto text = panelText(statusBar, 0)) ...
 #pragma once
@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-inline constexpr UINT kAnswerTime = 1000;  ///< milliseconds a living window may take for an answer
+inline constexpr UINT kAnswerTime = 5000;  ///< milliseconds a living window may take for an answer
 
 inline std::optional<DWORD_PTR> ask(HWND window, UINT message, WPARAM wParam = 0,
                                     LPARAM lParam = 0) {
