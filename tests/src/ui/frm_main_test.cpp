@@ -284,6 +284,8 @@ TEST_F(MainWindowTest, WhileAnOlderFileIsUpgradedTheRowsBeforeAreGone) {
             ++looks;
             EXPECT_EQ(traces.approxCount(), 0);
             EXPECT_EQ(traces.geometry().rowCount(), 0);
+            EXPECT_EQ(form.txtTrace.text(), L"");
+            EXPECT_EQ(panel(3), L"");
             EXPECT_EQ(traces.dataSource()->alignment(traces.columnIndex(L"TraceLevel")), level);
             ::RedrawWindow(traces.hwnd(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
         }};
@@ -330,6 +332,17 @@ TEST_F(MainWindowTest, ABadFileAfterAGoodOneEmptiesTheWindow) {
     EXPECT_EQ(form.txtTrace.text(), L"");
     EXPECT_EQ(panel(3), L"");
     EXPECT_EQ(form.tvUniqueTraces.nodeCount(), 0);
+}
+
+TEST_F(MainWindowTest, ABadFileDuringALoadEndsTheHourglass) {
+    open(makeFile("good.mdb", 300));
+    ASSERT_TRUE(waitLoaded());
+    rows().fetchProgress(1000, 5000, ado::adStatusOK);
+    ASSERT_EQ(form.mousePointer(), forms::MousePointer::arrowHourglass);
+    dialogs.answer = folder.write("bad.mdb", std::vector<std::uint8_t>(100, 'x')).wstring();
+    form.mnuOpenTraceDatabase.onClick();
+    EXPECT_EQ(form.mousePointer(), forms::MousePointer::standard);
+    EXPECT_EQ(panel(1), L"");
 }
 
 TEST_F(MainWindowTest, ARightClickShowsNoMenu) {
