@@ -230,8 +230,11 @@ void openDiagRecordset(const std::u16string& whereClause) {
                                                    std::u16string{kOldestTracesQuery} + whereClause;
                                                return Resume::SameStep;
                                            });
-        // Nothing is being loaded: the notice would stand there for ever.
-        if (!opened) procedure.step([&] { theDisplay->setNotice(u""); });
+        if (opened) return;
+        // Nothing is being loaded: notice and pointer, which a load that was broken off left behind,
+        // would stay for ever.
+        procedure.step([&] { theDisplay->setNotice(u""); });
+        procedure.step([&] { theDisplay->setMousePointer(MousePointer::Default); });
     });
 }
 

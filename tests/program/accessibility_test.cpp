@@ -50,7 +50,8 @@ protected:
         gridWindow = main ? childOfClass(main, L"DataGrid") : nullptr;
         eventually([&] {
             const AccessibleClient table{gridWindow};
-            return table && table.childCount() == 401;
+            return table && table.childCount() == 401 &&
+                   folder.log().find("Exiting tdbgridData_HeadClick_0") != std::string::npos;
         });
         // The order by date, which follows the last row, would undo what a test does before it.
         EXPECT_TRUE(eventually([&] {

@@ -100,8 +100,11 @@ TEST_F(KeysAndMouseTest, KeysMoveSelectAndCopy) {
     EXPECT_TRUE(eventually([&] { return selected(2); }));
     EXPECT_TRUE(selected(0));
     EXPECT_FALSE(selected(3));
+    const DWORD before = GetClipboardSequenceNumber();
     hands::press('C', {VK_CONTROL});
     EXPECT_TRUE(eventually([&] {
+        // Whoever looks keeps the clipboard from the viewer for that time.
+        if (GetClipboardSequenceNumber() == before) return false;
         const std::wstring text = copied();
         return std::count(text.begin(), text.end(), L'\n') == 3 && text.starts_with(cell(0, 1)) &&
                text.find(L'\t' + cell(2, 2) + L'\t') != std::wstring::npos;
@@ -125,7 +128,10 @@ TEST_F(KeysAndMouseTest, AHeadingDraggedUpGroupsAndOutAgainUngroups) {
     const RECT headings = table().child(1).location();
     const POINT strip{headings.right - 60, headings.top - 12};
     hands::drag(middleOf(heading), strip);
-    ASSERT_TRUE(eventually([&] { return table().childCount() < 100; }));
+    ASSERT_TRUE(eventually([&] {
+        const long count = table().childCount();
+        return count > 1 && count < 100;
+    }));
     const long groups = table().childCount() - 1;
     long rows = 0;
     for (LONG group = 2; group <= groups + 1; ++group) {

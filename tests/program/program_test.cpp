@@ -223,7 +223,8 @@ TEST_F(SecondStartTest, AfterTheFirstHasEndedThereIsNoFirst) {
 TEST_F(SecondStartTest, OneThatComesWhileTheFirstEndsTakesItsPlace) {
     PostMessageW(window_, WM_CLOSE, 0, 0);
     ASSERT_TRUE(eventually([this] { return !IsWindowVisible(window_); }));
-    if (!first_.runs()) GTEST_SKIP() << "this machine is too slow: the first has ended already";
+    // The first one has half a second to live. Where this process did not run for so long, the next one
+    // just finds no other.
     const RunningViewer next{folder_, dbSwitch(folder_.path() / "a.mdb")};
     EXPECT_TRUE(next.waitForWindow());
     EXPECT_FALSE(first_.runs());

@@ -38,6 +38,7 @@
 namespace {
 
 constexpr const wchar_t* kMainWindowClass = L"VorelleDiagnosticViewer.frmMain";
+constexpr const wchar_t* kStatusWindowClass = L"VorelleDiagnosticViewer.frmStatus";
 
 enum ExitCode { kDone = 0, kNoWindow = 1, kTimeOut = 2, kNoRecords = 3, kWrongUse = 64 };
 
@@ -98,6 +99,12 @@ int printStatus() {
 
 enum class Stage { Absent, NoRecords, Loading, Loaded };
 
+/// The status window stands there while a file is opened, upgraded or sorted.
+bool isBusy() {
+    const HWND status = FindWindowW(kStatusWindowClass, nullptr);
+    return status != nullptr && IsWindowVisible(status);
+}
+
 /// Before the viewer shows its window, the window says nothing about the load.
 Stage stageOf(HWND window) {
     if (window == nullptr || !IsWindowVisible(window) || !ask(window, WM_NULL)) {
@@ -105,7 +112,7 @@ Stage stageOf(HWND window) {
     }
     const auto panels = readPanels(window);
     if (!panels || panels->size() < 3) return Stage::Absent;
-    const bool notice = !(*panels)[0].empty();
+    const bool notice = !(*panels)[0].empty() || isBusy();
     const bool position = !(*panels)[2].empty();
     if (notice) return Stage::Loading;
     return position ? Stage::Loaded : Stage::NoRecords;

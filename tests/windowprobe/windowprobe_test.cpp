@@ -171,6 +171,23 @@ TEST_F(WindowProbe, AWindowWithoutRecordsIsToldApart) {
     EXPECT_EQ(probe(L"wait-loaded 30").exitCode, 3U);
 }
 
+TEST_F(WindowProbe, WhileTheStatusWindowIsThereNothingIsLoaded) {
+    constexpr const wchar_t* kStatusClass = L"VorelleDiagnosticViewer.frmStatus";
+    WNDCLASSW windowClass{};
+    windowClass.lpfnWndProc = windowProcedure;
+    windowClass.hInstance = GetModuleHandleW(nullptr);
+    windowClass.lpszClassName = kStatusClass;
+    RegisterClassW(&windowClass);
+    const HWND status = CreateWindowW(kStatusClass, L"", WS_POPUP | WS_VISIBLE, 0, 0, 100, 50,
+                                      nullptr, nullptr, windowClass.hInstance, nullptr);
+    ASSERT_NE(status, nullptr);
+    EXPECT_EQ(probe(L"wait-loaded 7").exitCode, 2U);
+    setPanel(2, L"  Line 1 of 1000  ");
+    EXPECT_EQ(probe(L"wait-loaded 1").exitCode, 2U);
+    DestroyWindow(status);
+    EXPECT_EQ(probe(L"wait-loaded 30").exitCode, 0U);
+}
+
 TEST_F(WindowProbe, AHiddenWindowSaysNothingAboutRecords) {
     ShowWindow(window, SW_HIDE);
     EXPECT_EQ(probe(L"wait-loaded 6").exitCode, 2U);

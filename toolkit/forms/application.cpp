@@ -259,6 +259,31 @@ void runWhilePainting(const std::function<void()>& work) {
     }
 }
 
+SteppedWork::SteppedWork() : lastLook_(GetTickCount()) {
+    takeEscape();  // what was pressed before the work is no wish to stop it
+}
+
+SteppedWork::~SteppedWork() {
+    if (stopped_) {
+        dropKeysUpToEscape();
+    }
+}
+
+bool SteppedWork::goesOn() {
+    constexpr DWORD kLookMilliseconds = 50;
+    const DWORD now = GetTickCount();
+    if (stopped_ || now - lastLook_ < kLookMilliseconds) {
+        return !stopped_;
+    }
+    lastLook_ = now;
+    stopped_ = takeEscape();
+    // Looking for messages answers the ones that were sent; those that were posted stay.
+    MSG message{};
+    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
+    paintAllForms();
+    return !stopped_;
+}
+
 void quit(int exitCode) { PostQuitMessage(exitCode); }
 
 }  // namespace forms

@@ -61,6 +61,28 @@ private:
     std::function<void()> previous_;
 };
 
+// Work on the user-interface thread itself that comes in small steps:
+//
+//   forms::SteppedWork work;
+//   while (more() && work.goesOn()) step();
+//
+// Meanwhile windows are painted and answer other programs, which may change them between two steps;
+// input waits for its turn. Escape in a window of this thread ends the work and goes nowhere else.
+class SteppedWork {
+public:
+    SteppedWork();
+    ~SteppedWork();
+    SteppedWork(const SteppedWork&) = delete;
+    SteppedWork& operator=(const SteppedWork&) = delete;
+
+    // Cheap, to be asked after every step. False once Escape was pressed.
+    bool goesOn();
+
+private:
+    DWORD lastLook_;
+    bool stopped_ = false;
+};
+
 // Ends run, and every modal form on the way.
 void quit(int exitCode = 0);
 

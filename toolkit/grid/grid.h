@@ -228,6 +228,7 @@ private:
 
     // Copying (grid_copy.cpp).
     void copy();
+    bool appendSelectedText(std::wstring& text, const std::function<bool()>& goesOn) const;
     void appendRowText(RowIndex view, std::wstring& text) const;
 
     // Scrolling (grid_scroll.cpp).

@@ -1,8 +1,9 @@
 // Copying: the selected rows as text.
+#include "toolkit/forms/application.h"
 #include "toolkit/grid/clipboard.h"
 #include "toolkit/grid/grid.h"
 
-#include <algorithm>
+#include <functional>
 #include <new>
 
 namespace grid {
@@ -24,23 +25,32 @@ void appendQuoted(const std::wstring& field, std::wstring& text) {
 
 std::wstring Grid::selectedText() const {
     std::wstring text;
+    appendSelectedText(text, [] { return true; });
+    return text;
+}
+
+// False if it was broken off. Whatever the window shows may change between two rows.
+bool Grid::appendSelectedText(std::wstring& text, const std::function<bool()>& goesOn) const {
     const Cell current = selection_.current();
     if (!source_ || current.row == kNoRow) {
-        return text;
+        return true;
     }
     const bool onGroup = grouping_.at(current.row).group != kNoGroup;
     if (!selection_.wholeRows() && !onGroup) {
         if (current.column != kNoColumn) {
             source_->cellText(sourceRow_, current.column, text);
         }
-        return text;
+        return true;
     }
-    const RowIndex end = std::min(selection_.lastRow() + 1, geometry_.rowCount());
-    for (RowIndex view = selection_.firstRow(); view < end; ++view) {
+    for (RowIndex view = selection_.firstRow();
+         source_ && view <= selection_.lastRow() && view < geometry_.rowCount(); ++view) {
         appendRowText(view, text);
         text += L"\r\n";
+        if (!goesOn()) {
+            return false;
+        }
     }
-    return text;
+    return true;
 }
 
 void Grid::appendRowText(RowIndex view, std::wstring& text) const {
@@ -66,9 +76,12 @@ void Grid::copy() {
     const HCURSOR pointer = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
     bool copied = false;
     try {
-        copied = putOnClipboard(hwnd(), selectedText());
+        forms::SteppedWork work;
+        std::wstring text;
+        copied = appendSelectedText(text, [&] { return work.goesOn(); }) && isCreated() &&
+                 putOnClipboard(hwnd(), text);
     } catch (const std::bad_alloc&) {
-        // More rows than there is room for; what is on the clipboard stays.
+        // More rows than there is room for: what is on the clipboard stays, as when Escape ends it.
     }
     SetCursor(pointer);
     if (!copied) {

@@ -8,6 +8,7 @@
 #include "src/db/frm_status.h"
 #include "src/i18n/localized_form.h"
 #include "src/search/dlg_find.h"
+#include "src/ui/main/grid_arrangement.h"
 #include "src/ui/main/trace_source.h"
 #include "toolkit/forms/buttons.h"
 #include "toolkit/forms/menu.h"
@@ -19,6 +20,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -117,6 +119,7 @@ private:
     void tdbgridData_ColResize(int column, bool& cancel);
     void tdbgridData_RowColChange();
     void showPosition();
+    void showNoRecord();
     void tdbgridData_FetchCellTips(std::int64_t row, bool& wrap);
 
     void layOutFilters();
@@ -143,4 +146,5 @@ private:
     ado::Recordset* recordset_ = nullptr;
     std::unique_ptr<TraceSource> source_;
     forms::Twips savedRowHeight_;
+    std::optional<GridArrangement> arrangement_;  ///< of the columns that were last there
 };

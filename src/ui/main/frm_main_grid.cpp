@@ -4,7 +4,6 @@
 #include "src/log/procedure.h"
 #include "src/platform/text.h"
 #include "src/ui/main/frm_main.h"
-#include "src/ui/main/grid_arrangement.h"
 #include "toolkit/forms/application.h"
 
 using modLocalize::myLoadResString;
@@ -50,7 +49,8 @@ std::wstring forTextBox(std::u16string_view text) {
 
 void frmMain::reloadDBGrid(ado::Recordset& recordset) {
     load();
-    const GridArrangement arrangement{tdbgridData};
+    // A grid without columns, as after a filter that was not valid, has nothing to say about them.
+    if (tdbgridData.columnCount() > 0) arrangement_.emplace(tdbgridData);
     tdbgridData.setDataSource(nullptr);
     recordset_ = &recordset;
     source_ = std::make_unique<TraceSource>(recordset);
@@ -58,12 +58,9 @@ void frmMain::reloadDBGrid(ado::Recordset& recordset) {
     recordset.orderChanged = [this] { tdbgridData.dataChanged(); };
     tdbgridData.setDataSource(source_.get());
     tdbgridData.setRowHeight(savedRowHeight_ * 2);
-    arrangement.applyTo(tdbgridData);
+    if (arrangement_) arrangement_->applyTo(tdbgridData);
     setupTraceGrid();
-    if (recordset.state() == ado::adStateClosed) {
-        txtTrace.setText(L"");
-        statusbarMain.panel(kPositionPanel).setText(L"");
-    }
+    if (recordset.state() == ado::adStateClosed) showNoRecord();
     tdbgridData_RowColChange();
     populateUniqueTracesTree();
 }
@@ -130,6 +127,11 @@ void frmMain::tdbgridData_RowColChange() {
 
 void frmMain::showPosition() {
     statusbarMain.panel(kPositionPanel).setText(toWide(diags()->positionText()));
+}
+
+void frmMain::showNoRecord() {
+    txtTrace.setText(L"");
+    statusbarMain.panel(kPositionPanel).setText(L"");
 }
 
 void frmMain::tdbgridData_FetchCellTips(std::int64_t row, bool& wrap) {

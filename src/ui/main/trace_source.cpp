@@ -2,6 +2,9 @@
 
 #include "src/platform/text.h"
 
+#include <algorithm>
+#include <cstddef>
+
 namespace {
 
 bool isNumber(int type) {
@@ -31,9 +34,13 @@ std::wstring TraceSource::fieldName(int column) const {
     return toWide(recordset_.fields()[column].name());
 }
 
+/// The headings are painted as they were while another database takes this one's place.
 grid::Alignment TraceSource::alignment(int column) const {
-    return isNumber(recordset_.fields()[column].type()) ? grid::Alignment::right
-                                                        : grid::Alignment::left;
+    const auto place = static_cast<std::size_t>(column);
+    if (!isOpen()) return place < alignments_.size() ? alignments_[place] : grid::Alignment::left;
+    const bool number = isNumber(recordset_.fields()[column].type());
+    alignments_.resize(std::max(alignments_.size(), place + 1), grid::Alignment::left);
+    return alignments_[place] = number ? grid::Alignment::right : grid::Alignment::left;
 }
 
 std::int64_t TraceSource::rowCount() const { return isOpen() ? recordset_.rowCount() : 0; }

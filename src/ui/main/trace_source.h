@@ -26,5 +26,6 @@ private:
     bool isOpen() const;
 
     ado::Recordset& recordset_;
+    mutable std::vector<grid::Alignment> alignments_;  ///< of the columns asked for while open
     mutable std::u16string cell_;  ///< kept so that painting a cell takes no new memory
 };

@@ -250,6 +250,54 @@ TEST_F(MainWindowTest, OpeningFromTheMenuReplacesTheDatabase) {
     EXPECT_EQ(dialogs.asked[0].filterIndex, 1);
 }
 
+/// Does something while another thread works for the window.
+class WatchingDisplay : public MainDisplay {
+public:
+    WatchingDisplay(frmMain& form, MainDisplay& usual, std::function<void()> before)
+        : MainDisplay{form}, usual_{usual}, before_{std::move(before)} {
+        modDatabase::setDisplay(*this);
+    }
+    ~WatchingDisplay() override { modDatabase::setDisplay(usual_); }
+
+    void runWhilePainting(const std::function<void()>& work) override {
+        before_();
+        MainDisplay::runWhilePainting(work);
+    }
+
+private:
+    MainDisplay& usual_;
+    std::function<void()> before_;
+};
+
+TEST_F(MainWindowTest, WhileAnOlderFileIsUpgradedTheRowsBeforeAreGone) {
+    open(makeFile("a.mdb", 300));
+    ASSERT_TRUE(waitLoaded());
+    const grid::Alignment level =
+        form.tdbgridData.dataSource()->alignment(form.tdbgridData.columnIndex(L"TraceLevel"));
+    EXPECT_EQ(level, grid::Alignment::right);
+    int errors = 0;
+    const auto usual = forms::setUnexpectedErrorHandler([&](std::exception_ptr) { ++errors; });
+    int looks = 0;
+    WatchingDisplay watching{
+        form, display, [&] {
+            grid::Grid& traces = form.tdbgridData;
+            ++looks;
+            EXPECT_EQ(traces.approxCount(), 0);
+            EXPECT_EQ(traces.geometry().rowCount(), 0);
+            EXPECT_EQ(form.txtTrace.text(), L"");
+            EXPECT_EQ(panel(3), L"");
+            EXPECT_EQ(traces.dataSource()->alignment(traces.columnIndex(L"TraceLevel")), level);
+            ::RedrawWindow(traces.hwnd(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+        }};
+    dialogs.answer = makeFile("b.mdb", 40, fixture::TraceFormat::Older).wstring();
+    form.mnuOpenTraceDatabase.onClick();
+    EXPECT_TRUE(waitLoaded());
+    forms::setUnexpectedErrorHandler(usual);
+    EXPECT_GT(looks, 0);
+    EXPECT_EQ(errors, 0);
+    EXPECT_EQ(form.tdbgridData.approxCount(), 40);
+}
+
 TEST_F(MainWindowTest, CancellingTheDialogChangesNothing) {
     open(makeFile("a.mdb", 300));
     ASSERT_TRUE(waitLoaded());
@@ -284,6 +332,17 @@ TEST_F(MainWindowTest, ABadFileAfterAGoodOneEmptiesTheWindow) {
     EXPECT_EQ(form.txtTrace.text(), L"");
     EXPECT_EQ(panel(3), L"");
     EXPECT_EQ(form.tvUniqueTraces.nodeCount(), 0);
+}
+
+TEST_F(MainWindowTest, ABadFileDuringALoadEndsTheHourglass) {
+    open(makeFile("good.mdb", 300));
+    ASSERT_TRUE(waitLoaded());
+    rows().fetchProgress(1000, 5000, ado::adStatusOK);
+    ASSERT_EQ(form.mousePointer(), forms::MousePointer::arrowHourglass);
+    dialogs.answer = folder.write("bad.mdb", std::vector<std::uint8_t>(100, 'x')).wstring();
+    form.mnuOpenTraceDatabase.onClick();
+    EXPECT_EQ(form.mousePointer(), forms::MousePointer::standard);
+    EXPECT_EQ(panel(1), L"");
 }
 
 TEST_F(MainWindowTest, ARightClickShowsNoMenu) {

@@ -214,6 +214,24 @@ TEST_F(MainGridTest, ColumnsThatAFileBringsStandWhereTheyBelong) {
                                          L"Source", L"TraceNumber", L"Component", L"Trace"}));
 }
 
+TEST_F(MainGridTest, GroupsAndPlacesOutliveAFilterThatIsNotValid) {
+    openLoaded(600);
+    traces().setGroupColumns({{traces().columnIndex(L"Component"), true}});
+    traces().moveColumn(traces().columnIndex(L"Source"), 0);
+    UniqueTraces& unique = modDatabase::uniqueTraces();
+    ASSERT_GT(unique.size(), 1u);
+    unique[0].qrxIndex = std::u16string{u"it's"};
+    unique[1].selected = false;
+    form.cmdApplyFilter.onClick();
+    EXPECT_EQ(traces().columnCount(), 0);
+    form.cmdSelectAllUniqueTraces.onClick();
+    form.cmdApplyFilter.onClick();
+    ASSERT_TRUE(waitLoaded());
+    ASSERT_EQ(traces().groupColumns().size(), 1u);
+    EXPECT_EQ(traces().groupColumns()[0].column, traces().columnIndex(L"Component"));
+    EXPECT_EQ(traces().columnAtPlace(0), traces().columnIndex(L"Source"));
+}
+
 TEST_F(MainGridTest, TheTraceColumnIsNotGroupedBy) {
     openLoaded(100);
     drag(headingMiddle(L"Trace"), {500, 10});

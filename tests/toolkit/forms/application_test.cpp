@@ -149,6 +149,9 @@ TEST_F(ApplicationTest, DoEventsPaints) {
     EXPECT_FALSE(GetUpdateRect(form.hwnd(), nullptr, FALSE));
 }
 
+/// How often, 10 ms apart, work on another thread looks for what the window does: half a minute.
+constexpr int kLooks = 3000;
+
 /// Counts how often it is painted, and the keys that it gets.
 class WatchedForm : public PlainForm {
 public:
@@ -177,7 +180,7 @@ TEST_F(ApplicationTest, WindowsArePaintedWhileWorkRuns) {
         elsewhere = std::this_thread::get_id() != here;
         const int before = form.paints;
         PostMessageW(form.hwnd(), WM_KEYDOWN, VK_SPACE, 0);
-        for (int i = 0; i < 500 && form.paints < before + 3; ++i) {
+        for (int i = 0; i < kLooks && form.paints < before + 3; ++i) {
             InvalidateRect(form.hwnd(), nullptr, TRUE);
             Sleep(10);
         }
@@ -216,7 +219,7 @@ TEST_F(ApplicationTest, EscapeStopsWorkThatCanBeStopped) {
         forms::runWhilePainting([&] {
             typeKey('A');
             typeKey(VK_ESCAPE);
-            for (int i = 0; i < 500 && stops == 0; ++i) Sleep(10);
+            for (int i = 0; i < kLooks && stops == 0; ++i) Sleep(10);
             Sleep(150);
         });
     }
@@ -237,7 +240,7 @@ TEST_F(ApplicationTest, EscapeStopsWorkHoweverShortlyItIsPressed) {
         forms::runWhilePainting([&] {
             Sleep(static_cast<DWORD>(round * 7));
             typeKey(VK_ESCAPE, 0);
-            for (int i = 0; i < 200 && stops < round; ++i) Sleep(10);
+            for (int i = 0; i < kLooks && stops < round; ++i) Sleep(10);
         });
         ASSERT_EQ(stops, round);
     }

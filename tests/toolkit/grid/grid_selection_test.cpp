@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
 namespace grid {
 namespace {
 
@@ -27,6 +31,10 @@ protected:
         HeldKey ctrl(VK_CONTROL);
         window.key('C');
         return onClipboard(window.host.hwnd());
+    }
+    void selectAll() {
+        HeldKey ctrl(VK_CONTROL);
+        window.key('A');
     }
     Point selectorOf(RowIndex view) {
         const Rect rect = window.grid.geometry().selectorRect(view);
@@ -133,6 +141,56 @@ TEST_F(GridSelection, GroupsAreCopiedAsTheyRead) {
     EXPECT_EQ(copied(),
               L"Component: Dialer  (250)\r\nComponent: Queue  (250)\r\n"
               L"Component: Session  (250)\r\nComponent: Store  (250)\r\n");
+}
+
+TEST_F(GridSelection, TheWindowAnswersWhileRowsAreCopied) {
+    selectAll();
+    std::atomic<bool> answered{false};
+    bool meanwhile = false;
+    std::thread other;
+    window.source.onAsked = [&] {
+        meanwhile = answered;
+        if (!other.joinable()) {
+            other = std::thread([&] {
+                answered = SendMessageTimeoutW(window.grid.hwnd(), WM_NULL, 0, 0, SMTO_NORMAL,
+                                               60000, nullptr) != 0;
+            });
+        }
+        if (!meanwhile) {
+            Sleep(1);
+        }
+    };
+    const std::wstring text = copied();
+    window.source.onAsked = nullptr;
+    ASSERT_TRUE(other.joinable());
+    window.waitFor([&] { return answered.load(); });
+    other.join();
+    EXPECT_TRUE(meanwhile);
+    EXPECT_EQ(std::count(text.begin(), text.end(), L'\n'), 1000);
+}
+
+TEST_F(GridSelection, EscapeEndsACopyAndLeavesTheClipboard) {
+    window.click(window.middleOf({4, TraceSource::kComponent}));
+    EXPECT_EQ(copied(), L"Session");
+    ASSERT_TRUE(window.waitFor([&] { return GetForegroundWindow() == window.host.hwnd(); }));
+    selectAll();
+    int asked = 0;
+    window.source.onAsked = [&] {
+        if (++asked == 10) {
+            INPUT keys[2]{};
+            for (INPUT& key : keys) {
+                key.type = INPUT_KEYBOARD;
+                key.ki.wVk = VK_ESCAPE;
+            }
+            keys[1].ki.dwFlags = KEYEVENTF_KEYUP;
+            SendInput(2, keys, sizeof(INPUT));
+        }
+        Sleep(1);
+    };
+    EXPECT_EQ(copied(), L"Session");
+    window.source.onAsked = nullptr;
+    EXPECT_GE(asked, 10);
+    EXPECT_LT(asked, 7000) << "seven texts a row";
 }
 
 TEST_F(GridSelection, NothingIsCopiedWithoutRows) {

@@ -65,7 +65,7 @@ bool GridWindow::waitFor(const std::function<bool()>& condition) {
     const DWORD start = GetTickCount();
     pump();
     while (!condition()) {
-        if (GetTickCount() - start > 5000) {
+        if (GetTickCount() - start > 60000) {
             return false;
         }
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);

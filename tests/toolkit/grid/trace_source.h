@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -31,6 +32,9 @@ public:
 
     void cellText(std::int64_t row, int column, std::wstring& text) const override {
         ++asked_;
+        if (onAsked) {
+            onAsked();
+        }
         firstAsked_ = firstAsked_ < 0 ? row : std::min(firstAsked_, row);
         lastAsked_ = std::max(lastAsked_, row);
         if (row >= rows_) {
@@ -58,6 +62,7 @@ public:
         specials_.push_back({{row, column}, text});
     }
     bool refuses = false;
+    std::function<void()> onAsked;  // for every text
 
     // What was asked since the last reset.
     std::int64_t asked() const { return asked_; }
