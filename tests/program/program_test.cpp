@@ -223,8 +223,8 @@ TEST_F(SecondStartTest, AfterTheFirstHasEndedThereIsNoFirst) {
 TEST_F(SecondStartTest, OneThatComesWhileTheFirstEndsTakesItsPlace) {
     PostMessageW(window_, WM_CLOSE, 0, 0);
     ASSERT_TRUE(eventually([this] { return !IsWindowVisible(window_); }));
-    // The first one has half a second to live. Where this process did not run for so long, the next one
-    // just finds no other.
+    // It has half a second to live, for which a busy machine may not let this process run.
+    if (!first_.runs()) GTEST_SKIP() << "the first one has ended already";
     const RunningViewer next{folder_, dbSwitch(folder_.path() / "a.mdb")};
     EXPECT_TRUE(next.waitForWindow());
     EXPECT_FALSE(first_.runs());
