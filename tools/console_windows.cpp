@@ -15,13 +15,13 @@ namespace plain {
 
 std::vector<std::string> arguments(int, char**) {
     int count = 0;
-    wchar_t** const values = CommandLineToArgvW(GetCommandLineW(), &count);
+    wchar_t** const values = CommandLineToArgvW(::GetCommandLineW(), &count);
     std::vector<std::string> result;
     for (int i = 1; values && i < count; ++i) {
         const std::wstring value = values[i];
         result.push_back(jet::toUtf8(std::u16string{value.begin(), value.end()}));
     }
-    LocalFree(values);
+    ::LocalFree(values);
     return result;
 }
 

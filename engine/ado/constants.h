@@ -5,14 +5,14 @@
 
 namespace ado {
 
-// What state() returns; a recordset that fetches is open and fetching at once.
+/// What state() returns; a recordset that fetches is open and fetching at once.
 inline constexpr int adStateClosed = 0;
 inline constexpr int adStateOpen = 1;
 inline constexpr int adStateConnecting = 2;
 inline constexpr int adStateExecuting = 4;
 inline constexpr int adStateFetching = 8;
 
-// Where the rows are kept.
+/// Where the rows are kept.
 inline constexpr int adUseServer = 2;
 inline constexpr int adUseClient = 3;
 
@@ -28,7 +28,7 @@ inline constexpr int adLockPessimistic = 2;
 inline constexpr int adLockOptimistic = 3;
 inline constexpr int adLockBatchOptimistic = 4;
 
-// Options of an open.
+/// Options of an open.
 inline constexpr int adOptionUnspecified = -1;
 inline constexpr int adCmdText = 1;
 inline constexpr int adAsyncFetch = 64;
@@ -36,19 +36,19 @@ inline constexpr int adAsyncFetch = 64;
 inline constexpr int adSearchForward = 1;
 inline constexpr int adSearchBackward = -1;
 
-// What absolutePosition() returns where there is no current record.
+/// What absolutePosition() returns where there is no current record.
 inline constexpr int adPosUnknown = -1;
 inline constexpr int adPosBOF = -2;
 inline constexpr int adPosEOF = -3;
 
-// The status of an event.
+/// The status of an event.
 inline constexpr int adStatusOK = 1;
 inline constexpr int adStatusErrorsOccurred = 2;
 
 inline constexpr int adClipString = 2;
 inline constexpr int adGetRowsRest = -1;
 
-// Types of fields.
+/// Types of fields.
 inline constexpr int adSmallInt = 2;
 inline constexpr int adInteger = 3;
 inline constexpr int adSingle = 4;
@@ -64,7 +64,7 @@ inline constexpr int adLongVarWChar = 203;
 inline constexpr int adVarBinary = 204;
 inline constexpr int adLongVarBinary = 205;
 
-// Numbers of errors: those of the object model ...
+/// Numbers of errors: those of the object model ...
 inline constexpr std::int32_t adErrInvalidArgument = 3001;
 inline constexpr std::int32_t adErrNoCurrentRecord = 3021;
 inline constexpr std::int32_t adErrItemNotFound = 3265;
@@ -73,7 +73,7 @@ inline constexpr std::int32_t adErrObjectOpen = 3705;
 inline constexpr std::int32_t adErrProviderNotFound = 3706;
 inline constexpr std::int32_t adErrOperationCancelled = 3712;
 
-// ... and those that the provider passes on.
+/// ... and those that the provider passes on.
 inline constexpr std::int32_t kErrorFile = -2147467259;           ///< 0x80004005: unusable file
 inline constexpr std::int32_t kErrorReadOnly = -2147217911;       ///< 0x80040E09
 inline constexpr std::int32_t kErrorParameter = -2147217904;      ///< 0x80040E10: unknown column

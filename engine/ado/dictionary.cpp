@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kFirstSlots = 64;
 constexpr std::size_t kFirstBlock = 512;
-constexpr std::size_t kLargestBlock = 16 * 1024;
+constexpr std::size_t kMaxBlockBytes = 16 * 1024;
 
 /// A small table may have a dictionary of this size however few its rows are.
 constexpr std::size_t kAlwaysAllowed = 8 * 1024;
@@ -118,7 +118,7 @@ std::uint32_t& Dictionary::slotFor(jet::Bytes bytes, std::uint64_t hash) {
 
 bool Dictionary::worthAdding(jet::Bytes bytes, std::uint64_t rows, std::uint64_t seen) const {
     const std::uint32_t size = size_.load(std::memory_order_relaxed);
-    if (size >= kMostCodes) return false;
+    if (size >= kMaxCodes) return false;
     if (size == kJudgedAt && seen < kJudgedAt + kJudgedAt / 2) return false;
     // Each text also takes its entry and two slots.
     const std::size_t cost = textBytes_ + bytes.size() + size * (sizeof(Entry) + 8);
@@ -127,7 +127,7 @@ bool Dictionary::worthAdding(jet::Bytes bytes, std::uint64_t rows, std::uint64_t
 
 const std::uint8_t* Dictionary::keep(jet::Bytes bytes) {
     if (blocks_.empty() || blockUsed_ + bytes.size() > blockBytes_) {
-        blockBytes_ = std::clamp(textBytes_, kFirstBlock, kLargestBlock);
+        blockBytes_ = std::clamp(textBytes_, kFirstBlock, kMaxBlockBytes);
         blockBytes_ = std::max(blockBytes_, bytes.size());
         blocks_.push_back(std::make_unique<std::uint8_t[]>(blockBytes_));
         blockUsed_ = 0;

@@ -21,7 +21,7 @@ namespace ado {
 class Dictionary {
 public:
     /// As many codes as two bytes and the mark for Null leave room for.
-    static constexpr std::uint32_t kMostCodes = 65'535;
+    static constexpr std::uint32_t kMaxCodes = 65'535;
 
     Dictionary();
 

@@ -13,7 +13,7 @@ constexpr double kSecondsPerDay = 86'400;
 constexpr double kMillisecondsPerDay = 86'400'000;
 
 /// Far outside of the calendar on both sides, and far from overflow in milliseconds.
-constexpr double kMostDays = 10'000'000;
+constexpr double kMaxDays = 10'000'000;
 
 double unitsPerDay(Unit unit) {
     return unit == Unit::Seconds ? kSecondsPerDay : kMillisecondsPerDay;
@@ -21,7 +21,7 @@ double unitsPerDay(Unit unit) {
 
 std::optional<std::int64_t> toTicks(std::int64_t bits, Unit unit) {
     const double days = std::bit_cast<double>(bits);
-    if (!(std::abs(days) < kMostDays)) return std::nullopt;
+    if (!(std::abs(days) < kMaxDays)) return std::nullopt;
     const double scaled = days * unitsPerDay(unit);
     const auto number = static_cast<std::int64_t>(scaled + (scaled < 0 ? -0.5 : 0.5));
     const double canonical = static_cast<double>(number) / unitsPerDay(unit);
@@ -59,9 +59,7 @@ bool convertAll(std::span<std::int64_t> values, std::span<const std::uint8_t> nu
 Unit bringIntoUnit(Scale scale, std::span<std::int64_t> values,
                    std::span<const std::uint8_t> nulls) {
     if (scale == Scale::Whole) return Unit::Whole;
-    if (scale == Scale::Real) {
-        return convertAll(values, nulls, toWhole) ? Unit::Whole : Unit::Bits;
-    }
+    if (scale == Scale::Real) return convertAll(values, nulls, toWhole) ? Unit::Whole : Unit::Bits;
     for (const Unit unit : {Unit::Seconds, Unit::Milliseconds}) {
         const auto convert = [unit](std::int64_t bits) { return toTicks(bits, unit); };
         if (convertAll(values, nulls, convert)) return unit;

@@ -27,7 +27,7 @@ struct Wide {
 };
 
 /// 4096 counters stay in the processor's first cache.
-constexpr unsigned kMostDigitBits = 12;
+constexpr unsigned kMaxDigitBits = 12;
 
 template <typename Item>
 void sortDigit(const std::vector<Item>& from, std::vector<Item>& to, unsigned shift,
@@ -53,7 +53,7 @@ void sortItems(const std::vector<std::uint64_t>& keys, std::uint64_t least, unsi
     std::vector<Item> items(rows.size());
     for (std::size_t i = 0; i < rows.size(); ++i) items[i] = {keys[rows[i]] - least, rows[i]};
     std::vector<Item> other(rows.size());
-    const unsigned passes = (keyBits + kMostDigitBits - 1) / kMostDigitBits;
+    const unsigned passes = (keyBits + kMaxDigitBits - 1) / kMaxDigitBits;
     const unsigned digitBits = (keyBits + passes - 1) / passes;
     for (unsigned shift = 0; shift < keyBits; shift += digitBits) {
         sortDigit(items, other, shift, std::min(digitBits, keyBits - shift));

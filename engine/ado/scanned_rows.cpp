@@ -66,9 +66,7 @@ bool ScannedRows::appendText(std::uint32_t row, std::size_t column, const ValueF
                              std::u16string& out) {
     const std::size_t place = row % RowStore::kGroupRows;
     const PackedColumn& packed = store_.packed(row, column);
-    if (packed.unit() == Unit::None) {
-        return appendFromFile(row, column, formatter, out);
-    }
+    if (packed.unit() == Unit::None) return appendFromFile(row, column, formatter, out);
     if (packed.isNull(place)) return true;
     if (const Dictionary* dictionary = store_.dictionary(column)) {
         jet::appendUtf16(dictionary->stored(static_cast<std::uint32_t>(packed.whole(place))), out);
@@ -170,9 +168,7 @@ std::vector<std::uint64_t> ScannedRows::codeKeys(std::size_t column, std::uint32
     for (std::uint32_t row = 0; row < count; ++row) {
         const std::size_t place = row % RowStore::kGroupRows;
         const PackedColumn& packed = store_.packed(row, column);
-        if (!packed.isNull(place)) {
-            keys[row] = ranks[static_cast<std::size_t>(packed.whole(place))];
-        }
+        if (!packed.isNull(place)) keys[row] = ranks[static_cast<std::size_t>(packed.whole(place))];
     }
     return keys;
 }

@@ -17,17 +17,17 @@ namespace {
 constexpr int kFirstRows = 200;
 
 /// In the order of the fetch, stretches of groups grow up to so many.
-constexpr std::size_t kLongestStretch = 256;
+constexpr std::size_t kMaxStretch = 256;
 
 /// From so many groups on, threads share the work.
 constexpr std::size_t kWorthThreads = 32;
-constexpr std::size_t kMostThreads = 4;
+constexpr std::size_t kMaxThreads = 4;
 
 /// Groups that a thread takes at a time: some megabytes of the file.
 constexpr std::size_t kTaken = 8;
 
 std::size_t threadCount() {
-    return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, kMostThreads);
+    return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, kMaxThreads);
 }
 
 }  // namespace
@@ -111,7 +111,7 @@ std::int64_t TextMatches::find(const RowOrder& order, std::int64_t position, std
         const std::uint32_t row = order.rowAt(static_cast<std::uint32_t>(position));
         if (!isKnown(row) && order.isOfFetch()) {
             searchStretch(row, onward, stretch, stop);
-            stretch = std::min(2 * stretch, kLongestStretch);
+            stretch = std::min(2 * stretch, kMaxStretch);
         } else if (!isKnown(row) && seen < kFirstRows) {
             ++seen;
             if (single_->matches(row)) return position;

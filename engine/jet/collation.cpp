@@ -150,7 +150,7 @@ private:
 
 /// Units whose weights are made in one go, and the bytes of a unit at most.
 constexpr std::size_t kBlockUnits = 128;
-constexpr std::size_t kLongestUnit = 6;
+constexpr std::size_t kMaxUnitLength = 6;
 
 /// The weights of some units as bytes.
 class WeightBlock {
@@ -186,7 +186,7 @@ private:
         end_ += weightLength(weight);
     }
 
-    std::array<std::uint8_t, kBlockUnits * kLongestUnit + 2> bytes_;
+    std::array<std::uint8_t, kBlockUnits * kMaxUnitLength + 2> bytes_;
     std::uint8_t* end_ = bytes_.data();
 };
 

@@ -7,22 +7,22 @@ constexpr std::uint8_t kDataPageType = 1;
 constexpr std::size_t kPointerSize = 4;
 
 /// A row's identity has one byte for the slot.
-constexpr unsigned kMostSlots = 256;
+constexpr unsigned kMaxSlots = 256;
 
 /// Writers keep a moved record one hop away; more is tolerated, a circle is not.
-constexpr int kMostHops = 16;
+constexpr int kMaxHops = 16;
 
 }  // namespace
 
 DataPage::DataPage(Bytes page, PageNumber number)
     : page_{page}, number_{number}, slotCount_{load<std::uint16_t>(page, 12)} {
     if (page[0] != kDataPageType) throwDamaged(number, "a data page was expected");
-    if (slotCount_ > kMostSlots) throwDamaged(number, "there are more slots than a page can have");
+    if (slotCount_ > kMaxSlots) throwDamaged(number, "there are more slots than a page can have");
 }
 
 Bytes followPointer(PageReader& pages, Bytes pointer, std::uint32_t owner) {
     PageNumber from = kNoPage;
-    for (int hop = 0; hop < kMostHops; ++hop) {
+    for (int hop = 0; hop < kMaxHops; ++hop) {
         if (pointer.size() < kPointerSize) throwDamaged(from, "a row pointer is cut short");
         const auto target = RowId::fromPacked(load<std::uint32_t>(pointer, 0));
         from = target.page();

@@ -87,7 +87,7 @@ inline std::optional<DataPage::Slot> DataPage::slot(unsigned index) const {
     if (slot.deleted) return slot;
     const std::size_t firstByte = kSlotTable + 2 * slotCount_;
     if (begin < firstByte || begin > end || end > kPageSize) return std::nullopt;
-    // A wrong offset spoils two rows: its own and the one below, which ends there.
+    /// A wrong offset spoils two rows: its own and the one below, which ends there.
     const std::size_t endAbove = index == 0 ? kPageSize : endOf(index - 1);
     if (end > endAbove && endAbove >= firstByte) return std::nullopt;
     slot.bytes = page_.subspan(begin, end - begin);

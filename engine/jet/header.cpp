@@ -25,7 +25,7 @@ constexpr std::size_t kPasswordSize = 40;
 constexpr std::size_t kCreationDate = 0x72;
 
 /// The header, the map of free pages and the catalog: no database has fewer.
-constexpr std::uint32_t kFewestPages = 3;
+constexpr std::uint32_t kMinPages = 3;
 
 /// The mask is the RC4 key stream of this fixed key.
 constexpr std::array<std::uint8_t, 4> kMaskKey{0xC7, 0xDA, 0x39, 0x6B};
@@ -120,7 +120,7 @@ std::uint64_t lastPageMissing(PageReader& pages) {
     } else if (row[0] == 1) {
         last = lastUsedByReference(pages, row, pageCount);
     }
-    return last < kMostFilePages ? last : 0;
+    return last < kMaxFilePages ? last : 0;
 }
 
 }  // namespace
@@ -146,7 +146,7 @@ void checkHeader(const Storage& storage) {
     if (got < page.size() || storage.size() % kPageSize != 0) {
         throw Error{Fault::Truncated, "The file is truncated: it ends in the middle of a page."};
     }
-    if (storage.pageCount() < kFewestPages) {
+    if (storage.pageCount() < kMinPages) {
         throw Error{Fault::Truncated, "The file is truncated: it ends before its catalog."};
     }
     unmask(std::span{page}.subspan(kMasked, kMaskedSize));

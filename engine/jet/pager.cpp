@@ -11,7 +11,7 @@ namespace jet {
 namespace {
 
 /// Neighbouring pages are written with one call, 1 MiB at most.
-constexpr std::size_t kMostPagesAtOnce = 256;
+constexpr std::size_t kMaxPagesAtOnce = 256;
 
 constexpr std::uint64_t offsetOf(std::uint32_t page) { return std::uint64_t{page} * kPageSize; }
 
@@ -255,7 +255,7 @@ PageEdit Pager::edit(PageNumber number) {
 }
 
 PageNumber Pager::append() {
-    if (pageCount_ >= kMostFilePages) {
+    if (pageCount_ >= kMaxFilePages) {
         throw Error{Fault::FileFull, "The database has reached its largest size of 2 GB."};
     }
     transaction();
@@ -307,7 +307,7 @@ void Pager::writeFrames(bool all) {
     for (const auto& [number, page] : frames_) {
         if (!all && page.use_count() > 1) continue;
         const bool follows = number == runStart + run.size() / kPageSize;
-        if (!follows || run.size() >= kMostPagesAtOnce * kPageSize) writeRun();
+        if (!follows || run.size() >= kMaxPagesAtOnce * kPageSize) writeRun();
         if (run.empty()) runStart = number;
         run.insert(run.end(), page->begin(), page->end());
     }

@@ -17,7 +17,7 @@ namespace jet {
 /// Stands in for std::shared_mutex, which as MinGW has it sometimes lets readers in beside a writer.
 class ReadWriteLock {
 public:
-    // As the standard's locks call them.
+    /// As the standard's locks call them.
     void lock();
     void unlock();
     void lock_shared();

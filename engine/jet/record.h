@@ -123,7 +123,7 @@ inline StoredField Record::variableField(const Column& column) const {
     if (maskOffset_ < kCountSize + 4) throwDamaged(page_, "a record lacks its offset table");
     const std::size_t count = load<std::uint16_t>(bytes_, maskOffset_ - 2);
     if (column.variableIndex >= count) return field;
-    // Offset k stands 2 k bytes before that of variable column 0; the end of the data comes last.
+    /// Offset k stands 2 k bytes before that of variable column 0; the end of the data comes last.
     const std::size_t offsetZero = maskOffset_ - 4;
     if (2 * count + kCountSize > offsetZero) throwDamaged(page_, "an offset table is too long");
     const std::size_t tableStart = offsetZero - 2 * count;

@@ -192,7 +192,7 @@ public:
         while (!bytes.empty()) {
             OVERLAPPED place = placeAt(offset);
             DWORD count = 0;
-            const auto wanted = static_cast<DWORD>(std::min(bytes.size(), kMostAtOnce));
+            const auto wanted = static_cast<DWORD>(std::min(bytes.size(), kMaxAtOnce));
             if (!::WriteFile(file_.get(), bytes.data(), wanted, &count, &place)) {
                 const DWORD code = ::GetLastError();
                 const Fault fault = writingFaultOf(code);
@@ -246,7 +246,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kMostAtOnce = std::size_t{1} << 30;
+    static constexpr std::size_t kMaxAtOnce = std::size_t{1} << 30;
 
     std::wstring journalName() const { return name_ + L"-journal"; }
 
@@ -260,7 +260,7 @@ private:
     DWORD readSome(std::uint64_t offset, std::span<std::uint8_t> buffer) const {
         OVERLAPPED place = placeAt(offset);
         DWORD count = 0;
-        const auto wanted = static_cast<DWORD>(std::min(buffer.size(), kMostAtOnce));
+        const auto wanted = static_cast<DWORD>(std::min(buffer.size(), kMaxAtOnce));
         if (!::ReadFile(file_.get(), buffer.data(), wanted, &count, &place)) {
             const DWORD code = ::GetLastError();
             if (code == ERROR_HANDLE_EOF) return 0;

@@ -63,7 +63,7 @@ public:
     /// `table` and `pages` must stay alive.
     TableScan(const Table& table, std::span<const PageNumber> pages);
 
-    // The current row and the list of pages point into the scan itself.
+    /// The current row and the list of pages point into the scan itself.
     TableScan(const TableScan&) = delete;
     TableScan& operator=(const TableScan&) = delete;
 

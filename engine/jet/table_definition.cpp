@@ -19,9 +19,9 @@ constexpr std::size_t kIndexColumnSlots = 10;
 constexpr std::uint16_t kNoColumn = 0xFFFF;
 
 // A table has at most 255 columns and 32 indexes; the caps leave room for odd but harmless files.
-constexpr std::size_t kMostPages = 64;
-constexpr unsigned kMostColumns = 255;
-constexpr std::uint32_t kMostIndexes = 255;
+constexpr std::size_t kMaxPages = 64;
+constexpr unsigned kMaxColumns = 255;
+constexpr std::uint32_t kMaxIndexes = 255;
 
 /// The chained pages as one buffer: the first page whole, of the others all but their headers.
 struct Buffer {
@@ -41,7 +41,7 @@ Buffer gatherPages(PageReader& pages, PageNumber first) {
     buffer.bytes.assign(page.begin(), page.end());
     for (PageNumber next{load<std::uint32_t>(page, 4)}; next != kNoPage;
          next = PageNumber{load<std::uint32_t>(page, 4)}) {
-        if (buffer.continuation.size() == kMostPages) {
+        if (buffer.continuation.size() == kMaxPages) {
             throwDamaged(first, "the table definition does not end");
         }
         page = definitionPage(pages, next);
@@ -169,7 +169,7 @@ TableDefinition TableDefinition::read(PageReader& pages, PageNumber first, std::
     const auto physicalCount = load<std::uint32_t>(bytes, 51);
     definition.ownedMap = RowId::fromPacked(load<std::uint32_t>(bytes, 55));
     definition.freeMap = RowId::fromPacked(load<std::uint32_t>(bytes, 59));
-    if (columnCount > kMostColumns || logicalCount > kMostIndexes || physicalCount > kMostIndexes) {
+    if (columnCount > kMaxColumns || logicalCount > kMaxIndexes || physicalCount > kMaxIndexes) {
         throwDamaged(first, "the table definition has impossible counts");
     }
 

@@ -177,9 +177,9 @@ std::u16string toUtf16(std::string_view utf8) {
         for (; got < extra && i < utf8.size() && (utf8[i] & 0xC0) == 0x80; ++got) {
             c = (c << 6) | (static_cast<unsigned char>(utf8[i++]) & 0x3Fu);
         }
-        constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
+        constexpr char32_t kMinByLength[] = {0, 0x80, 0x800, 0x10000};
         const bool bad =
-            got < extra || c < kSmallest[extra] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000);
+            got < extra || c < kMinByLength[extra] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000);
         if (bad) {
             out.push_back(kReplacement);
         } else if (c < 0x10000) {

@@ -15,7 +15,7 @@ void appendSetBits(Bytes bitmap, std::uint64_t firstPage, std::vector<PageNumber
         for (unsigned bits = bitmap[i]; bits != 0; bits &= bits - 1) {
             const std::uint64_t page =
                 firstPage + i * 8 + static_cast<unsigned>(std::countr_zero(bits));
-            if (page >= kMostFilePages) return;
+            if (page >= kMaxFilePages) return;
             if (page != 0) pages.push_back(PageNumber{static_cast<std::uint32_t>(page)});
         }
     }

@@ -15,7 +15,7 @@ inline constexpr std::size_t kBitmapOffset = 4;  ///< of the bits on a bitmap pa
 inline constexpr std::uint32_t kPagesPerBitmap = (kPageSize - kBitmapOffset) * 8;
 
 /// The format addresses the bytes of a file with 31 bits: no file has more pages.
-inline constexpr std::uint32_t kMostFilePages = 524288;
+inline constexpr std::uint32_t kMaxFilePages = 524288;
 
 /// The pages of the map whose row is `map`, ascending; a map id of 0 is an empty map. Pages behind
 /// the end of the file are listed too: their writer may be about to append them, and if not, the

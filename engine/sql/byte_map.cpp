@@ -9,8 +9,8 @@ namespace sql {
 namespace {
 
 constexpr std::size_t kFirstSlots = 256;
-constexpr std::size_t kMostEntries = 65536;
-constexpr std::size_t kMostBytes = std::size_t{4} << 20;
+constexpr std::size_t kMaxEntries = 65536;
+constexpr std::size_t kMaxBytes = std::size_t{4} << 20;
 
 /// Eight bytes at a time, mixed by a multiplication whose high half flows back into the low one.
 std::uint64_t hashOf(jet::Bytes bytes) {
@@ -50,7 +50,7 @@ const std::uint32_t* ByteMap::find(jet::Bytes bytes) const {
 }
 
 void ByteMap::insert(jet::Bytes bytes, std::uint32_t value) {
-    if (size_ == kMostEntries || bytes_.size() + bytes.size() > kMostBytes) return;
+    if (size_ == kMaxEntries || bytes_.size() + bytes.size() > kMaxBytes) return;
     if (2 * (size_ + 1) > slots_.size()) grow();
     const std::uint64_t hash = hashOf(bytes);
     slots_[place(bytes, hash)] = {hash, static_cast<std::uint32_t>(bytes_.size()),

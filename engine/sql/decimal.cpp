@@ -6,8 +6,8 @@ namespace sql {
 
 namespace {
 
-constexpr std::size_t kMostDigits = 40;
-constexpr std::size_t kMostExponentDigits = 4;
+constexpr std::size_t kMaxDigits = 40;
+constexpr std::size_t kMaxExponentDigits = 4;
 
 bool isDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 
@@ -55,7 +55,7 @@ private:
         int value = 0;
         const std::size_t start = at_;
         for (; isDigit(peek()); ++at_) {
-            if (at_ - start == kMostExponentDigits) return false;
+            if (at_ - start == kMaxExponentDigits) return false;
             value = value * 10 + (peek() - u'0');
         }
         number_.exponent += negative ? -value : value;
@@ -93,8 +93,7 @@ std::optional<std::string> roundedDigits(const Decimal& number, int scale) {
     std::string digits = number.digits;
     if (digits.empty()) return digits;
     const int shift = number.exponent + scale;
-    if (static_cast<int>(digits.size()) + shift > static_cast<int>(kMostDigits))
-        return std::nullopt;
+    if (static_cast<int>(digits.size()) + shift > static_cast<int>(kMaxDigits)) return std::nullopt;
     if (shift >= 0) return digits.append(static_cast<std::size_t>(shift), '0');
     const auto cut = static_cast<std::size_t>(-shift);
     if (cut > digits.size()) return std::string{};

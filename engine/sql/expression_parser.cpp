@@ -9,7 +9,7 @@ namespace {
 
 /// Parentheses within parentheses, and nodes within nodes. Walks of a tree recurse this deep, with
 /// one to two kilobytes a level, on threads whose stack may be one megabyte.
-constexpr unsigned kMaximumDepth = 500;
+constexpr unsigned kMaxDepth = 500;
 
 /// How tightly operators bind, loosest first.
 enum class Binding { Or, And, Not, Comparison, Join, Additive, Multiplicative, Sign };
@@ -48,7 +48,7 @@ public:
 
     /// An expression of operators that bind at least as tightly as `loosest`.
     NodePtr parse(Binding loosest) {
-        if (++depth_ > kMaximumDepth) failDepth();
+        if (++depth_ > kMaxDepth) failDepth();
         NodePtr left = operand();
         for (NodePtr more; (more = extended(left, loosest)) != nullptr;) left = std::move(more);
         --depth_;
@@ -69,7 +69,7 @@ private:
 
     void adopt(Node& parent, NodePtr child) const {
         parent.depth = std::max(parent.depth, child->depth + 1);
-        if (parent.depth > kMaximumDepth) failDepth();
+        if (parent.depth > kMaxDepth) failDepth();
         parent.operands.push_back(std::move(child));
     }
 

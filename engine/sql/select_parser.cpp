@@ -11,9 +11,7 @@ public:
     SelectStatement parse() {
         parseQuantity();
         parseItems();
-        if (!tokens_.takeWord(u"FROM")) {
-            tokens_.fail("Syntax error: FROM and a table are expected");
-        }
+        if (!tokens_.takeWord(u"FROM")) tokens_.fail("Syntax error: FROM and a table are expected");
         parseTable();
         if (tokens_.takeWord(u"WHERE")) select_.where = parseExpression(tokens_);
         if (takeClause(u"GROUP")) parseGroups();

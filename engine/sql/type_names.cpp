@@ -38,9 +38,9 @@ constexpr std::array<TypeName, 38> kTypeNames{{
     {u"DECIMAL", ColumnType::Numeric},    {u"NUMERIC", ColumnType::Numeric},
 }};
 
-constexpr std::int32_t kLongestText = 255;    ///< characters
-constexpr std::int32_t kLongestBinary = 510;  ///< bytes
-constexpr std::int32_t kMostDigits = 28;
+constexpr std::int32_t kMaxTextLength = 255;   ///< characters
+constexpr std::int32_t kMaxBinaryBytes = 510;  ///< bytes
+constexpr std::int32_t kMaxDigits = 28;
 
 /// A whole number from `least` to `most`.
 std::int32_t sizeBetween(TokenStream& tokens, std::int32_t least, std::int32_t most) {
@@ -62,7 +62,7 @@ std::int32_t optionalSize(TokenStream& tokens, std::int32_t most) {
 
 void parseDigits(TokenStream& tokens, jet::NewColumn& column) {
     if (!tokens.takeSymbol(u"(")) return;
-    const std::int32_t precision = sizeBetween(tokens, 1, kMostDigits);
+    const std::int32_t precision = sizeBetween(tokens, 1, kMaxDigits);
     column.precision = static_cast<std::uint8_t>(precision);
     column.scale = 0;
     if (tokens.takeSymbol(u",")) {
@@ -84,10 +84,10 @@ void parseType(TokenStream& tokens, jet::NewColumn& column) {
     column.autonumber = found->autonumber;
     switch (column.type) {
         case ColumnType::Text:
-            column.size = static_cast<std::uint16_t>(2 * optionalSize(tokens, kLongestText));
+            column.size = static_cast<std::uint16_t>(2 * optionalSize(tokens, kMaxTextLength));
             break;
         case ColumnType::Binary:
-            column.size = static_cast<std::uint16_t>(optionalSize(tokens, kLongestBinary));
+            column.size = static_cast<std::uint16_t>(optionalSize(tokens, kMaxBinaryBytes));
             break;
         case ColumnType::Numeric:
             parseDigits(tokens, column);

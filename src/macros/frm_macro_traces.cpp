@@ -14,7 +14,7 @@ namespace {
 
 constexpr Convention kConvention{.limit = Limit::TenErrors, .numbersLines = true, .timed = true};
 constexpr std::int16_t kTipWidth = 400;
-constexpr int kHighestIndex = 32767;
+constexpr int kMaxIndex = 32767;
 constexpr std::size_t kLineEnd = 2;
 constexpr std::size_t kComma = 2;
 
@@ -25,7 +25,7 @@ template <typename Use>
 void forEachCounted(Procedure& procedure, const std::vector<xml::Node>& nodes, Use use) {
     int index = 0;
     for (const xml::Node& node : nodes) {
-        if (index++ > kHighestIndex) {
+        if (index++ > kMaxIndex) {
             procedure.step([] { throw RuntimeError{RuntimeError::kOverflow, u"Overflow"}; });
             return;
         }

@@ -10,14 +10,14 @@ namespace Utilities {
 namespace {
 
 /// What the shell answers is an error's number, or something above these.
-constexpr INT_PTR kHighestError = 32;
+constexpr INT_PTR kMaxError = 32;
 
 void openWithShell(std::u16string_view label, const std::u16string& what) {
     runProcedure(label, Limit::None, [&](Procedure& procedure) {
         procedure.step([&] {
             const auto answer = reinterpret_cast<INT_PTR>(::ShellExecuteW(
                 nullptr, L"Open", toWide(what).c_str(), nullptr, nullptr, SW_SHOWNORMAL));
-            if (answer > kHighestError) return;
+            if (answer > kMaxError) return;
             throw RuntimeError{static_cast<std::int32_t>(answer), u"Unable to open " + what};
         });
     });

@@ -61,9 +61,7 @@ void searchTraces(std::u16string_view label, ado::Recordset& traces, const Trace
         // stands where it was, which is the next record if the search left out the current one.
         const bool found = !isOutside(*view);
         procedure.step([&] { setNotice(found ? u"" : search.text + myLoadResString(1004)); });
-        if (found) {
-            procedure.step([&] { traces.setAbsolutePosition(view->absolutePosition()); });
-        }
+        if (found) procedure.step([&] { traces.setAbsolutePosition(view->absolutePosition()); });
     });
 }
 

@@ -28,8 +28,7 @@ std::vector<std::uint8_t> build() {
 
 void checkEverything(const jet::Storage& storage) {
     const jet::CheckReport report = jet::check(storage);
-    fuzz::require(report.findings.size() <= 2 * jet::CheckReport::kMostKept,
-                  "findings are bounded");
+    fuzz::require(report.findings.size() <= 2 * jet::CheckReport::kMaxKept, "findings are bounded");
     fuzz::require(report.rows <= storage.size() / jet::kPageSize * 256, "no more rows than slots");
 }
 

@@ -23,8 +23,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             const auto set = jet::readUsageMap(pages, jet::RowId{jet::PageNumber{1}, slot});
             fuzz::require(std::is_sorted(set.begin(), set.end()), "pages ascend");
             fuzz::require(std::adjacent_find(set.begin(), set.end()) == set.end(), "no page twice");
-            fuzz::require(set.empty() || (set.front() != jet::kNoPage &&
-                                          raw(set.back()) < jet::kMostFilePages),
+            fuzz::require(set.empty() ||
+                              (set.front() != jet::kNoPage && raw(set.back()) < jet::kMaxFilePages),
                           "pages that a file can have");
         } catch (const jet::Error& error) {
             fuzz::require(error.fault() == jet::Fault::Damaged, "maps are damaged at worst");

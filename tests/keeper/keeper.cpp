@@ -15,16 +15,16 @@ int main(int count, char** arguments) {
     const UINT milliseconds = seconds > 0 ? static_cast<UINT>(seconds) * 1000 : USER_TIMER_MINIMUM;
 
     // Only a process that owns a window keeps the desktop of the session.
-    if (CreateWindowExW(0, L"STATIC", L"keeper", WS_OVERLAPPED, 0, 0, 1, 1, nullptr, nullptr,
-                        nullptr, nullptr) == nullptr) {
+    if (::CreateWindowExW(0, L"STATIC", L"keeper", WS_OVERLAPPED, 0, 0, 1, 1, nullptr, nullptr,
+                          nullptr, nullptr) == nullptr) {
         return 1;
     }
-    if (SetTimer(nullptr, 1, milliseconds, nullptr) == 0) return 1;
+    if (::SetTimer(nullptr, 1, milliseconds, nullptr) == 0) return 1;
     std::puts("ready");
     std::fflush(stdout);
 
     MSG message;
-    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+    while (::GetMessageW(&message, nullptr, 0, 0) > 0) {
         if (message.message == WM_TIMER) break;
     }
     return 0;

@@ -224,7 +224,9 @@ TEST_F(SecondStartTest, OneThatComesWhileTheFirstEndsTakesItsPlace) {
     PostMessageW(window_, WM_CLOSE, 0, 0);
     ASSERT_TRUE(eventually([this] { return !IsWindowVisible(window_); }));
     // It has half a second to live, for which a busy machine may not let this process run.
-    if (!first_.runs()) GTEST_SKIP() << "the first one has ended already";
+    if (!first_.runs()) {
+        GTEST_SKIP() << "the first one has ended already";
+    }
     const RunningViewer next{folder_, dbSwitch(folder_.path() / "a.mdb")};
     EXPECT_TRUE(next.waitForWindow());
     EXPECT_FALSE(first_.runs());

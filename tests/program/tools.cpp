@@ -14,7 +14,7 @@ namespace {
 /// The tools stand in the folder of the test program.
 std::filesystem::path tool(const char* name) {
     std::array<wchar_t, 1024> own{};
-    GetModuleFileNameW(nullptr, own.data(), static_cast<DWORD>(own.size()));
+    ::GetModuleFileNameW(nullptr, own.data(), static_cast<DWORD>(own.size()));
     return std::filesystem::path{own.data()}.parent_path() / name;
 }
 
@@ -25,7 +25,7 @@ std::string readAll(HANDLE pipe) {
     std::string text;
     std::array<char, 65536> part{};
     DWORD count = 0;
-    while (ReadFile(pipe, part.data(), static_cast<DWORD>(part.size()), &count, nullptr) &&
+    while (::ReadFile(pipe, part.data(), static_cast<DWORD>(part.size()), &count, nullptr) &&
            count > 0) {
         text.append(part.data(), count);
     }
@@ -37,25 +37,25 @@ std::string run(const char* name, const std::wstring& arguments) {
     SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
     HANDLE reading = nullptr;
     HANDLE writing = nullptr;
-    CreatePipe(&reading, &writing, &inherited, 1 << 20);
-    SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
+    ::CreatePipe(&reading, &writing, &inherited, 1 << 20);
+    ::SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = writing;
     PROCESS_INFORMATION process{};
     std::wstring line = quoted(tool(name).wstring()) + L' ' + arguments;
-    const BOOL started = CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                        nullptr, &startup, &process);
-    CloseHandle(writing);
+    const BOOL started = ::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                          nullptr, &startup, &process);
+    ::CloseHandle(writing);
     std::string output = started ? readAll(reading) : std::string{};
-    CloseHandle(reading);
+    ::CloseHandle(reading);
     DWORD code = 1;
     if (started) {
-        WaitForSingleObject(process.hProcess, 30000);
-        GetExitCodeProcess(process.hProcess, &code);
-        CloseHandle(process.hThread);
-        CloseHandle(process.hProcess);
+        ::WaitForSingleObject(process.hProcess, 30000);
+        ::GetExitCodeProcess(process.hProcess, &code);
+        ::CloseHandle(process.hThread);
+        ::CloseHandle(process.hProcess);
     }
     if (code != 0) throw std::runtime_error{std::string{name} + " failed"};
     return output;
@@ -85,8 +85,8 @@ std::wstring wide(const std::string& utf8) {
 std::string ansi(const std::wstring& text) {
     const int length = static_cast<int>(text.size());
     std::string bytes(text.size() * 4 + 1, '\0');
-    const int size = WideCharToMultiByte(CP_ACP, 0, text.data(), length, bytes.data(),
-                                         static_cast<int>(bytes.size()), nullptr, nullptr);
+    const int size = ::WideCharToMultiByte(CP_ACP, 0, text.data(), length, bytes.data(),
+                                           static_cast<int>(bytes.size()), nullptr, nullptr);
     bytes.resize(static_cast<std::size_t>(size));
     return bytes;
 }

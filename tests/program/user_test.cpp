@@ -71,7 +71,9 @@ protected:
         const std::wstring text =
             L"  Line " + std::to_wstring(line) + L" of " + std::to_wstring(of) + L"  ";
         const bool shown = eventually([&] { return hands::panel(window_, 3) == text; });
-        if (!shown) ADD_FAILURE() << "line " << line << " of " << of << " is not the current one";
+        if (!shown) {
+            ADD_FAILURE() << "line " << line << " of " << of << " is not the current one";
+        }
         return shown;
     }
 

@@ -13,7 +13,7 @@ namespace {
 
 std::filesystem::path builtFile(const std::string& name) {
     std::array<wchar_t, 1024> path{};
-    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
     return std::filesystem::path{path.data()}.parent_path() / name;
 }
 
@@ -30,17 +30,17 @@ protected:
     void SetUp() override {
         const std::wstring path = builtFile(GetParam()).wstring();
         DWORD ignored = 0;
-        block_.resize(GetFileVersionInfoSizeW(path.c_str(), &ignored));
+        block_.resize(::GetFileVersionInfoSizeW(path.c_str(), &ignored));
         ASSERT_FALSE(block_.empty()) << GetParam();
-        ASSERT_TRUE(
-            GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(block_.size()), block_.data()));
+        ASSERT_TRUE(::GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(block_.size()),
+                                          block_.data()));
     }
 
     template <typename Value>
     const Value* query(const std::wstring& path) const {
         void* value = nullptr;
         UINT length = 0;
-        return VerQueryValueW(block_.data(), path.c_str(), &value, &length) && length > 0
+        return ::VerQueryValueW(block_.data(), path.c_str(), &value, &length) && length > 0
                    ? static_cast<const Value*>(value)
                    : nullptr;
     }
@@ -81,12 +81,12 @@ TEST_P(VersionTest, ItsNumbersAreTheProjects) {
 }
 
 TEST_P(VersionTest, CarriesIconAndManifest) {
-    const HMODULE file =
-        LoadLibraryExW(builtFile(GetParam()).wstring().c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    const HMODULE file = ::LoadLibraryExW(builtFile(GetParam()).wstring().c_str(), nullptr,
+                                          LOAD_LIBRARY_AS_DATAFILE);
     ASSERT_NE(file, nullptr);
-    EXPECT_NE(FindResourceW(file, MAKEINTRESOURCEW(1), RT_GROUP_ICON), nullptr);
-    EXPECT_NE(FindResourceW(file, MAKEINTRESOURCEW(isProgram() ? 1 : 2), RT_MANIFEST), nullptr);
-    FreeLibrary(file);
+    EXPECT_NE(::FindResourceW(file, MAKEINTRESOURCEW(1), RT_GROUP_ICON), nullptr);
+    EXPECT_NE(::FindResourceW(file, MAKEINTRESOURCEW(isProgram() ? 1 : 2), RT_MANIFEST), nullptr);
+    ::FreeLibrary(file);
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, VersionTest, testing::ValuesIn(allFiles()), [](const auto& test) {

@@ -26,8 +26,8 @@ public:
     /// The object for the inside of a window; empty if it gives none.
     explicit AccessibleClient(HWND window) {
         void* found = nullptr;
-        AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT), __uuidof(IAccessible),
-                                   &found);
+        ::AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT),
+                                     __uuidof(IAccessible), &found);
         object_.reset(static_cast<IAccessible*>(found));
     }
 

@@ -8,7 +8,7 @@ namespace fixture {
 namespace {
 
 // A page leaves the map of pages with room below the first figure and returns above the second.
-constexpr std::size_t kLeastRoom = 50;
+constexpr std::size_t kMinRoom = 50;
 constexpr std::size_t kRoomAgain = 100;
 
 }  // namespace
@@ -114,7 +114,7 @@ void RecordPages::finish() {
 
 std::vector<jet::PageNumber> RecordPages::pagesWithRoom() const {
     std::set<jet::PageNumber> found = emptied_;
-    if (open_ && open_->freeBytes() >= kLeastRoom && open_->slotCount() < kMaxSlots) {
+    if (open_ && open_->freeBytes() >= kMinRoom && open_->slotCount() < kMaxSlots) {
         found.insert(openPage_);
     }
     return {found.begin(), found.end()};

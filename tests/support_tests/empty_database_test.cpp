@@ -74,7 +74,9 @@ TEST(EmptyDatabase, HeaderIsScrambled) {
 /// the builder writes zeros there. All other bytes are the same.
 TEST(EmptyDatabase, DiffersFromTheEnginesOwnFileInUnusedFieldsOnly) {
     const auto folder = testDataFolder();
-    if (!folder) GTEST_SKIP() << kNoTestData;
+    if (!folder) {
+        GTEST_SKIP() << kNoTestData;
+    }
     std::ifstream file{*folder / "access-made" / "adox_jet4.mdb", std::ios::binary};
     ASSERT_TRUE(file);
     const ByteVector original{std::istreambuf_iterator<char>{file}, {}};

@@ -30,7 +30,9 @@ TEST(PlainTable, RefusesRowsOfAnotherWidthAndUnknownEscapes) {
 
 TEST(PlainTable, ReadsTheTestDatabasesResults) {
     const auto folder = testDataFolder();
-    if (!folder) GTEST_SKIP() << kNoTestData;
+    if (!folder) {
+        GTEST_SKIP() << kNoTestData;
+    }
     const PlainTable table = readPlainTable(*folder / "old-basic.traces.tsv");
     EXPECT_EQ(table.columns.front(), "Date");
     EXPECT_EQ(table.rows.size(), 418u);
@@ -47,7 +49,9 @@ TEST(TemporaryFolder, GoesWithItsContent) {
 }
 
 TEST(ExternalProgram, GivesOutputErrorsAndExitCode) {
-    if (!hasProgram("sh")) GTEST_SKIP() << "no shell to run";
+    if (!hasProgram("sh")) {
+        GTEST_SKIP() << "no shell to run";
+    }
     const ProgramResult result = runProgram({"sh", "-c", "echo out; echo err >&2; exit 3"});
     EXPECT_EQ(result.output, "out\n");
     EXPECT_EQ(result.errors, "err\n");
@@ -56,7 +60,9 @@ TEST(ExternalProgram, GivesOutputErrorsAndExitCode) {
 }
 
 TEST(ExternalProgram, IsKilledAtItsLimit) {
-    if (!hasProgram("sleep")) GTEST_SKIP() << "no program to wait for";
+    if (!hasProgram("sleep")) {
+        GTEST_SKIP() << "no program to wait for";
+    }
     const ProgramResult result = runProgram({"sleep", "600"}, std::chrono::seconds{1});
     EXPECT_TRUE(result.timedOut);
     EXPECT_EQ(result.exitCode, -1);

@@ -20,7 +20,9 @@ using jet::ColumnType;
 class Mdbtools : public testing::Test {
 protected:
     void SetUp() override {
-        if (!hasProgram("mdb-export")) GTEST_SKIP() << "mdbtools is not installed here";
+        if (!hasProgram("mdb-export")) {
+            GTEST_SKIP() << "mdbtools is not installed here";
+        }
     }
 
     std::string write(const ByteVector& bytes) const {

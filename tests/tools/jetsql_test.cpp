@@ -126,7 +126,9 @@ TEST_F(Jetsql, ExplainsItsUsage) {
 /// Every table of the sample files, byte by byte.
 TEST(JetsqlSamples, PrintsTheSampleFiles) {
     const auto folder = fixture::testDataFolder();
-    if (!folder) GTEST_SKIP() << fixture::kNoTestData;
+    if (!folder) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     int tables = 0;
     const auto check = [&](const std::filesystem::path& database, const std::string& table,
                            const std::filesystem::path& expected) {

@@ -17,7 +17,7 @@ inline constexpr UINT kAnswerTime = 20000;  ///< milliseconds
 inline std::optional<DWORD_PTR> ask(HWND window, UINT message, WPARAM wParam = 0,
                                     LPARAM lParam = 0) {
     DWORD_PTR answer = 0;
-    if (SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, kAnswerTime, &answer) ==
+    if (::SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, kAnswerTime, &answer) ==
         0) {
         return std::nullopt;
     }
@@ -29,17 +29,17 @@ class RemoteMemory {
 public:
     RemoteMemory(HWND window, std::size_t size) : size_{size} {
         DWORD processId = 0;
-        GetWindowThreadProcessId(window, &processId);
-        process_ = OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_READ | PROCESS_VM_WRITE, FALSE,
-                               processId);
+        ::GetWindowThreadProcessId(window, &processId);
+        process_ = ::OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_READ | PROCESS_VM_WRITE, FALSE,
+                                 processId);
         if (process_ != nullptr) {
-            address_ = VirtualAllocEx(process_, nullptr, size, MEM_COMMIT, PAGE_READWRITE);
+            address_ = ::VirtualAllocEx(process_, nullptr, size, MEM_COMMIT, PAGE_READWRITE);
         }
     }
 
     ~RemoteMemory() {
-        if (address_ != nullptr && !lent_) VirtualFreeEx(process_, address_, 0, MEM_RELEASE);
-        if (process_ != nullptr) CloseHandle(process_);
+        if (address_ != nullptr && !lent_) ::VirtualFreeEx(process_, address_, 0, MEM_RELEASE);
+        if (process_ != nullptr) ::CloseHandle(process_);
     }
 
     RemoteMemory(const RemoteMemory&) = delete;
@@ -50,7 +50,7 @@ public:
 
     bool put(const void* from, std::size_t count) {
         return address_ != nullptr &&
-               WriteProcessMemory(process_, address_, from, count, nullptr) != 0;
+               ::WriteProcessMemory(process_, address_, from, count, nullptr) != 0;
     }
 
     /// Sends the message with this memory as its lParam and fetches what the control wrote.
@@ -60,7 +60,7 @@ public:
             lent_ = true;  // a late answer may still be written, so the memory stays
             return false;
         }
-        return ReadProcessMemory(process_, address_, into, size_, nullptr) != 0;
+        return ::ReadProcessMemory(process_, address_, into, size_, nullptr) != 0;
     }
 
 private:

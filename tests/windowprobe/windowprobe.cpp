@@ -42,7 +42,7 @@ constexpr const wchar_t* kStatusWindowClass = L"VorelleDiagnosticViewer.frmStatu
 
 enum ExitCode { kDone = 0, kNoWindow = 1, kTimeOut = 2, kNoRecords = 3, kWrongUse = 64 };
 
-HWND mainWindow() { return FindWindowW(kMainWindowClass, nullptr); }
+HWND mainWindow() { return ::FindWindowW(kMainWindowClass, nullptr); }
 
 struct ClassSearch {
     const wchar_t* name;
@@ -52,7 +52,7 @@ struct ClassSearch {
 BOOL CALLBACK compareClass(HWND window, LPARAM search) {
     auto& wanted = *reinterpret_cast<ClassSearch*>(search);
     std::array<wchar_t, 256> name{};
-    GetClassNameW(window, name.data(), static_cast<int>(name.size()));
+    ::GetClassNameW(window, name.data(), static_cast<int>(name.size()));
     if (_wcsicmp(name.data(), wanted.name) != 0) return TRUE;
     wanted.found = window;
     return FALSE;
@@ -60,7 +60,7 @@ BOOL CALLBACK compareClass(HWND window, LPARAM search) {
 
 HWND descendant(HWND window, const wchar_t* className) {
     ClassSearch search{className, nullptr};
-    EnumChildWindows(window, compareClass, reinterpret_cast<LPARAM>(&search));
+    ::EnumChildWindows(window, compareClass, reinterpret_cast<LPARAM>(&search));
     return search.found;
 }
 
@@ -84,8 +84,8 @@ std::optional<Panels> readPanels(HWND window) {
 std::string utf8(std::wstring_view text) {
     const int length = static_cast<int>(text.size());
     std::string bytes(text.size() * 3, '\0');
-    const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), length, bytes.data(),
-                                         static_cast<int>(bytes.size()), nullptr, nullptr);
+    const int size = ::WideCharToMultiByte(CP_UTF8, 0, text.data(), length, bytes.data(),
+                                           static_cast<int>(bytes.size()), nullptr, nullptr);
     bytes.resize(static_cast<std::size_t>(size));
     return bytes;
 }
@@ -101,13 +101,13 @@ enum class Stage { Absent, NoRecords, Loading, Loaded };
 
 /// The status window stands there while a file is opened, upgraded or sorted.
 bool isBusy() {
-    const HWND status = FindWindowW(kStatusWindowClass, nullptr);
-    return status != nullptr && IsWindowVisible(status);
+    const HWND status = ::FindWindowW(kStatusWindowClass, nullptr);
+    return status != nullptr && ::IsWindowVisible(status);
 }
 
 /// Before the viewer shows its window, the window says nothing about the load.
 Stage stageOf(HWND window) {
-    if (window == nullptr || !IsWindowVisible(window) || !ask(window, WM_NULL)) {
+    if (window == nullptr || !::IsWindowVisible(window) || !ask(window, WM_NULL)) {
         return Stage::Absent;
     }
     const auto panels = readPanels(window);
@@ -142,21 +142,21 @@ HANDLE start(const std::wstring& program, const wchar_t* file) {
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process{};
-    if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
-                       &process) == 0) {
+    if (::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                         &startup, &process) == 0) {
         std::fprintf(stderr, "cannot start %s\n", utf8(program).c_str());
         return nullptr;
     }
-    CloseHandle(process.hThread);
+    ::CloseHandle(process.hThread);
     return process.hProcess;
 }
 
 int open(const std::wstring& program, const wchar_t* file) {
     const HANDLE process = start(program, file);
     if (process == nullptr) return kNoWindow;
-    WaitForSingleObject(process, INFINITE);
+    ::WaitForSingleObject(process, INFINITE);
     DWORD exitCode = 0;
-    GetExitCodeProcess(process, &exitCode);
+    ::GetExitCodeProcess(process, &exitCode);
     return static_cast<int>(exitCode);
 }
 
@@ -187,8 +187,8 @@ int timeOpening(const std::wstring& program, const wchar_t* file) {
     if (process == nullptr) return kNoWindow;
     const auto page = timeUntil(begin, [] { return showsRows(mainWindow()); });
     const auto all = timeUntil(begin, [] { return stageOf(mainWindow()) == Stage::Loaded; });
-    if (const HWND window = mainWindow()) PostMessageW(window, WM_CLOSE, 0, 0);
-    WaitForSingleObject(process, 10000);
+    if (const HWND window = mainWindow()) ::PostMessageW(window, WM_CLOSE, 0, 0);
+    ::WaitForSingleObject(process, 10000);
     if (!page || !all) return kTimeOut;
     std::printf("%lld %lld\n", *page, *all);
     return kDone;
@@ -213,7 +213,7 @@ int timeFrames(int count) {
     const HWND rows = window == nullptr ? nullptr : descendant(window, grid::kWindowClass);
     if (rows == nullptr || count < 1) return kNoWindow;
     const double paint = medianTime(
-        count, [&] { RedrawWindow(rows, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW); });
+        count, [&] { ::RedrawWindow(rows, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW); });
     const double page = medianTime(count, [&] { ask(rows, WM_VSCROLL, SB_PAGEDOWN); });
     std::printf("%.1f %.1f\n", paint, page);
     return kDone;
@@ -226,7 +226,7 @@ int longestWait(std::chrono::seconds duration) {
     Clock::duration longest{};
     while (Clock::now() < end) {
         const auto asked = Clock::now();
-        if (SendMessageW(window, WM_NULL, 0, 0) == 0 && !IsWindow(window)) return kNoWindow;
+        if (::SendMessageW(window, WM_NULL, 0, 0) == 0 && !::IsWindow(window)) return kNoWindow;
         longest = std::max(longest, Clock::now() - asked);
         std::this_thread::sleep_for(std::chrono::milliseconds{1});
     }
@@ -238,8 +238,8 @@ int longestWait(std::chrono::seconds duration) {
 
 int resize(int width, int height) {
     const HWND window = mainWindow();
-    const bool done = window != nullptr && SetWindowPos(window, nullptr, 0, 0, width, height,
-                                                        SWP_NOMOVE | SWP_NOZORDER) != 0;
+    const bool done = window != nullptr && ::SetWindowPos(window, nullptr, 0, 0, width, height,
+                                                          SWP_NOMOVE | SWP_NOZORDER) != 0;
     return done ? kDone : kNoWindow;
 }
 
@@ -251,14 +251,14 @@ int clickTab(WPARAM index) {
     if (!memory.fetch(tabs, TCM_GETITEMRECT, index, &area)) return kNoWindow;
     const LPARAM middle = MAKELPARAM((area.left + area.right) / 2, (area.top + area.bottom) / 2);
     // The control follows the mouse in a loop of its own, which the second message ends.
-    PostMessageW(tabs, WM_LBUTTONDOWN, MK_LBUTTON, middle);
-    PostMessageW(tabs, WM_LBUTTONUP, 0, middle);
+    ::PostMessageW(tabs, WM_LBUTTONDOWN, MK_LBUTTON, middle);
+    ::PostMessageW(tabs, WM_LBUTTONUP, 0, middle);
     return kDone;
 }
 
 int close() {
     const HWND window = mainWindow();
-    return window != nullptr && PostMessageW(window, WM_CLOSE, 0, 0) != 0 ? kDone : kNoWindow;
+    return window != nullptr && ::PostMessageW(window, WM_CLOSE, 0, 0) != 0 ? kDone : kNoWindow;
 }
 
 int number(const std::wstring& text) {

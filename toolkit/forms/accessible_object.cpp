@@ -22,16 +22,12 @@ HRESULT guarded(Call call) noexcept {
 // Children are asked for by whole numbers only.
 template <class Call>
 HRESULT forChild(const VARIANT& childId, Call call) noexcept {
-    if (childId.vt != VT_I4) {
-        return E_INVALIDARG;
-    }
+    if (childId.vt != VT_I4) return E_INVALIDARG;
     return guarded([&] { return call(childId.lVal); });
 }
 
 HRESULT give(const std::wstring& text, BSTR* answer) {
-    if (text.empty()) {
-        return S_FALSE;
-    }
+    if (text.empty()) return S_FALSE;
     *answer = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
     return *answer ? S_OK : E_OUTOFMEMORY;
 }
@@ -44,22 +40,16 @@ void give(long number, VARIANT* answer) {
 }  // namespace
 
 HRESULT AccessibleObject::QueryInterface(REFIID iid, void** object) {
-    if (!object) {
-        return E_POINTER;
-    }
+    if (!object) return E_POINTER;
     const bool known = iid == IID_IUnknown || iid == IID_IDispatch || iid == __uuidof(IAccessible);
     *object = known ? static_cast<IAccessible*>(this) : nullptr;
-    if (known) {
-        AddRef();
-    }
+    if (known) AddRef();
     return known ? S_OK : E_NOINTERFACE;
 }
 
 ULONG AccessibleObject::Release() {
     const ULONG left = --references_;
-    if (left == 0) {
-        delete this;
-    }
+    if (left == 0) delete this;
     return left;
 }
 
@@ -211,14 +201,10 @@ HRESULT AccessibleObject::put_accValue(VARIANT, BSTR) { return DISP_E_MEMBERNOTF
 
 LRESULT answerObject(WPARAM wParam, LPARAM lParam, const std::function<AccessibleObject*()>& make) {
     // The object's number has 32 bits, which arrive with or without their sign.
-    if (static_cast<LONG>(lParam) != OBJID_CLIENT) {
-        return 0;
-    }
+    if (static_cast<LONG>(lParam) != OBJID_CLIENT) return 0;
     AccessibleObject* object = make();
-    if (!object) {
-        return 0;
-    }
-    const LRESULT answer = LresultFromObject(__uuidof(IAccessible), wParam, object);
+    if (!object) return 0;
+    const LRESULT answer = ::LresultFromObject(__uuidof(IAccessible), wParam, object);
     object->Release();
     return answer;
 }
@@ -304,7 +290,7 @@ private:
 AccessibleObject* makeNamedAccessible(HWND window, const std::wstring& name) {
     void* own = nullptr;
     const HRESULT made =
-        CreateStdAccessibleObject(window, OBJID_CLIENT, __uuidof(IAccessible), &own);
+        ::CreateStdAccessibleObject(window, OBJID_CLIENT, __uuidof(IAccessible), &own);
     return SUCCEEDED(made) && own ? new NamedAccessible(static_cast<IAccessible*>(own), name)
                                   : nullptr;
 }

@@ -32,8 +32,8 @@ public:
     AccessibleObject(const AccessibleObject&) = delete;
     AccessibleObject& operator=(const AccessibleObject&) = delete;
 
-    // What a derived class says. An empty text means: none. The texts, roles and states are those
-    // of IAccessible; the rectangle is in screen pixels.
+    /// What a derived class says. An empty text means: none. The texts, roles and states are those
+    /// of IAccessible; the rectangle is in screen pixels.
     virtual std::wstring name(LONG child) = 0;
     virtual std::wstring value(LONG /*child*/) { return {}; }
     virtual std::wstring action(LONG /*child*/) { return {}; }
@@ -41,19 +41,19 @@ public:
     virtual long state(LONG child) = 0;
     virtual RECT location(LONG child) = 0;
     virtual long childCount() = 0;
-    // Null where there is none; else with a reference for the caller.
+    /// Null where there is none; else with a reference for the caller.
     virtual IDispatch* child(LONG child) = 0;
     virtual IDispatch* parent() = 0;
-    // These may leave the variant empty.
+    /// These may leave the variant empty.
     virtual void focus(VARIANT& answer) = 0;
     virtual void selection(VARIANT& answer) = 0;
     virtual void hitTest(POINT screen, VARIANT& answer) = 0;
     virtual void navigate(long direction, LONG child, VARIANT& answer) = 0;
-    // False where it cannot be done.
+    /// False where it cannot be done.
     virtual bool select(long flags, LONG child) = 0;
     virtual bool doAction(LONG child) = 0;
 
-    // IUnknown, IDispatch and IAccessible.
+    /// IUnknown, IDispatch and IAccessible.
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
     ULONG STDMETHODCALLTYPE Release() override;
@@ -97,12 +97,12 @@ private:
 
 #pragma GCC diagnostic pop
 
-// The answer to WM_GETOBJECT for a window's inside; 0, which leaves the question to the window's
-// own procedure, when something else was asked for. `make` gives an object with one reference.
+/// The answer to WM_GETOBJECT for a window's inside; 0, which leaves the question to the window's
+/// own procedure, when something else was asked for. `make` gives an object with one reference.
 LRESULT answerObject(WPARAM wParam, LPARAM lParam, const std::function<AccessibleObject*()>& make);
 
-// The window's own object as the system makes it, under another name. Null when the system makes
-// none.
+/// The window's own object as the system makes it, under another name. Null when the system makes
+/// none.
 AccessibleObject* makeNamedAccessible(HWND window, const std::wstring& name);
 
 }  // namespace forms

@@ -70,7 +70,7 @@ private:
     // Requires: mutex_ is held.
     void signal() {
         if (target_ && !signalled_ && !waiting_.empty()) {
-            signalled_ = PostMessageW(target_, kRunPosted, 0, 0) != FALSE;
+            signalled_ = ::PostMessageW(target_, kRunPosted, 0, 0) != FALSE;
         }
     }
 
@@ -79,9 +79,7 @@ private:
     void runWaiting() {
         for (std::size_t left = startBatch(); left > 0; --left) {
             const std::function<void()> function = takeNext();
-            if (!function) {
-                return;
-            }
+            if (!function) return;
             try {
                 function();
             } catch (...) {
@@ -98,9 +96,7 @@ private:
 
     std::function<void()> takeNext() {
         const std::lock_guard lock(mutex_);
-        if (waiting_.empty()) {
-            return nullptr;
-        }
+        if (waiting_.empty()) return nullptr;
         std::function<void()> function = std::move(waiting_.front());
         waiting_.pop_front();
         return function;
@@ -115,7 +111,7 @@ private:
 
 void paintAllForms() {
     for (const Form* form : loadedForms()) {
-        RedrawWindow(form->hwnd(), nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+        ::RedrawWindow(form->hwnd(), nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
     }
 }
 
@@ -128,14 +124,14 @@ std::function<void()>& escapeHandler() {
 // other keys may wait before that, and are to go on waiting. A press can begin and end between two
 // calls, so that looking at the key's present state alone would miss it.
 bool takeEscape() {
-    const bool pressed = GetAsyncKeyState(VK_ESCAPE) != 0;
-    const DWORD owner = GetWindowThreadProcessId(GetForegroundWindow(), nullptr);
-    return pressed && owner == GetCurrentThreadId();
+    const bool pressed = ::GetAsyncKeyState(VK_ESCAPE) != 0;
+    const DWORD owner = ::GetWindowThreadProcessId(::GetForegroundWindow(), nullptr);
+    return pressed && owner == ::GetCurrentThreadId();
 }
 
 void dropKeysUpToEscape() {
     MSG message{};
-    while (PeekMessageW(&message, nullptr, WM_KEYDOWN, WM_KEYDOWN, PM_REMOVE) &&
+    while (::PeekMessageW(&message, nullptr, WM_KEYDOWN, WM_KEYDOWN, PM_REMOVE) &&
            message.wParam != VK_ESCAPE) {
     }
 }
@@ -152,15 +148,13 @@ Application::Application() {
     INITCOMMONCONTROLSEX classes{};
     classes.dwSize = sizeof classes;
     classes.dwICC = ICC_STANDARD_CLASSES | ICC_WIN95_CLASSES;
-    InitCommonControlsEx(&classes);
+    ::InitCommonControlsEx(&classes);
     PostedFunctions::instance().open();
 }
 
 Application::~Application() {
     PostedFunctions::instance().close();
-    if (comInitialised_) {
-        OleUninitialize();
-    }
+    if (comInitialised_) OleUninitialize();
 }
 
 void post(std::function<void()> function) { PostedFunctions::instance().add(std::move(function)); }
@@ -169,23 +163,17 @@ void wakePosted() { PostedFunctions::instance().wake(); }
 
 void dispatchMessage(MSG& message) {
     Form* form = Form::of(message.hwnd);
-    if (form && form->translateMessage(message)) {
-        return;
-    }
-    TranslateMessage(&message);
-    DispatchMessageW(&message);
+    if (form && form->translateMessage(message)) return;
+    ::TranslateMessage(&message);
+    ::DispatchMessageW(&message);
 }
 
 int run() {
     MSG message{};
     while (!loadedForms().empty()) {
-        const BOOL fetched = GetMessageW(&message, nullptr, 0, 0);
-        if (fetched == -1) {
-            throwLastError("GetMessageW");
-        }
-        if (fetched == 0) {
-            return static_cast<int>(message.wParam);
-        }
+        const BOOL fetched = ::GetMessageW(&message, nullptr, 0, 0);
+        if (fetched == -1) throwLastError("GetMessageW");
+        if (fetched == 0) return static_cast<int>(message.wParam);
         dispatchMessage(message);
     }
     return 0;
@@ -193,20 +181,18 @@ int run() {
 
 void doEvents() {
     wakePosted();
-    const DWORD start = GetTickCount();
+    const DWORD start = ::GetTickCount();
     MSG message{};
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+    while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
         if (message.message == WM_QUIT) {
             // Left for the loop that it is meant to end.
-            PostQuitMessage(static_cast<int>(message.wParam));
+            ::PostQuitMessage(static_cast<int>(message.wParam));
             return;
         }
         dispatchMessage(message);
         // A message that came after the call shows that the pending ones are done. The clock wraps
         // around after 49 days; the difference does not mind.
-        if (static_cast<LONG>(message.time - start) > 0) {
-            break;
-        }
+        if (static_cast<LONG>(message.time - start) > 0) break;
     }
     paintAllForms();
 }
@@ -217,7 +203,7 @@ OnEscape::OnEscape(std::function<void()> stop)
 OnEscape::~OnEscape() { escapeHandler() = std::move(previous_); }
 
 void runWhilePainting(const std::function<void()>& work) {
-    const HANDLE done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HANDLE done = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
     if (!done) {
         work();
         return;
@@ -230,60 +216,50 @@ void runWhilePainting(const std::function<void()>& work) {
         } catch (...) {
             failure = std::current_exception();
         }
-        SetEvent(done);
+        ::SetEvent(done);
     });
     // Asking for messages now and then tells the system that the windows are alive.
     constexpr DWORD kAliveMilliseconds = 100;
     bool stopped = false;
-    while (MsgWaitForMultipleObjects(1, &done, FALSE, kAliveMilliseconds,
-                                     QS_PAINT | QS_SENDMESSAGE | QS_KEY) != WAIT_OBJECT_0) {
+    while (::MsgWaitForMultipleObjects(1, &done, FALSE, kAliveMilliseconds,
+                                       QS_PAINT | QS_SENDMESSAGE | QS_KEY) != WAIT_OBJECT_0) {
         if (!stopped && escapeHandler() && takeEscape()) {
             stopped = true;
             escapeHandler()();
         }
         MSG message{};
-        while (PeekMessageW(&message, nullptr, WM_PAINT, WM_PAINT, PM_REMOVE)) {
-            DispatchMessageW(&message);
-            if (WaitForSingleObject(done, 0) == WAIT_OBJECT_0) {
-                break;
-            }
+        while (::PeekMessageW(&message, nullptr, WM_PAINT, WM_PAINT, PM_REMOVE)) {
+            ::DispatchMessageW(&message);
+            if (::WaitForSingleObject(done, 0) == WAIT_OBJECT_0) break;
         }
     }
     worker.join();
-    CloseHandle(done);
-    if (stopped) {
-        dropKeysUpToEscape();
-    }
-    if (failure) {
-        std::rethrow_exception(failure);
-    }
+    ::CloseHandle(done);
+    if (stopped) dropKeysUpToEscape();
+    if (failure) std::rethrow_exception(failure);
 }
 
-SteppedWork::SteppedWork() : lastLook_(GetTickCount()) {
+SteppedWork::SteppedWork() : lastLook_(::GetTickCount()) {
     takeEscape();  // what was pressed before the work is no wish to stop it
 }
 
 SteppedWork::~SteppedWork() {
-    if (stopped_) {
-        dropKeysUpToEscape();
-    }
+    if (stopped_) dropKeysUpToEscape();
 }
 
 bool SteppedWork::goesOn() {
     constexpr DWORD kLookMilliseconds = 50;
-    const DWORD now = GetTickCount();
-    if (stopped_ || now - lastLook_ < kLookMilliseconds) {
-        return !stopped_;
-    }
+    const DWORD now = ::GetTickCount();
+    if (stopped_ || now - lastLook_ < kLookMilliseconds) return !stopped_;
     lastLook_ = now;
     stopped_ = takeEscape();
     // Looking for messages answers the ones that were sent; those that were posted stay.
     MSG message{};
-    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
+    ::PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
     paintAllForms();
     return !stopped_;
 }
 
-void quit(int exitCode) { PostQuitMessage(exitCode); }
+void quit(int exitCode) { ::PostQuitMessage(exitCode); }
 
 }  // namespace forms

@@ -19,8 +19,8 @@ namespace forms {
 
 class Form;
 
-// One at a time. Initialises COM as a single-threaded apartment, the common controls, and the
-// window that post wakes.
+/// One at a time. Initialises COM as a single-threaded apartment, the common controls, and the
+/// window that post wakes.
 class Application {
 public:
     Application();
@@ -32,24 +32,24 @@ private:
     bool comInitialised_ = false;
 };
 
-// Waits for messages and dispatches them until quit is called or no form is loaded any more.
-// Returns the exit code given to quit, else 0.
+/// Waits for messages and dispatches them until quit is called or no form is loaded any more.
+/// Returns the exit code given to quit, else 0.
 int run();
 
-// Lets the events that are pending run, then paints what is due, and returns. Safe inside an event
-// procedure, also inside another doEvents; it does not go on for ever when new events keep coming.
+/// Lets the events that are pending run, then paints what is due, and returns. Safe inside an event
+/// procedure, also inside another doEvents; it does not go on for ever when new events keep coming.
 void doEvents();
 
-// Runs the work on another thread and returns when it has ended, with what it threw. Meanwhile
-// windows are painted; input waits for its turn, and nothing that was posted runs.
+/// Runs the work on another thread and returns when it has ended, with what it threw. Meanwhile
+/// windows are painted; input waits for its turn, and nothing that was posted runs.
 void runWhilePainting(const std::function<void()>& work);
 
-// Lets the user stop what runWhilePainting runs, to the end of the block:
-//
-//   const forms::OnEscape stop{[&] { view->cancel(); }};
-//
-// When Escape is pressed in a window of this thread meanwhile, the function is called, on this
-// thread. That press, and the keys that still wait from before it, go nowhere else.
+/// Lets the user stop what runWhilePainting runs, to the end of the block:
+///
+///   const forms::OnEscape stop{[&] { view->cancel(); }};
+///
+/// When Escape is pressed in a window of this thread meanwhile, the function is called, on this
+/// thread. That press, and the keys that still wait from before it, go nowhere else.
 class OnEscape {
 public:
     explicit OnEscape(std::function<void()> stop);
@@ -61,13 +61,13 @@ private:
     std::function<void()> previous_;
 };
 
-// Work on the user-interface thread itself that comes in small steps:
-//
-//   forms::SteppedWork work;
-//   while (more() && work.goesOn()) step();
-//
-// Meanwhile windows are painted and answer other programs, which may change them between two steps;
-// input waits for its turn. Escape in a window of this thread ends the work and goes nowhere else.
+/// Work on the user-interface thread itself that comes in small steps:
+///
+///   forms::SteppedWork work;
+///   while (more() && work.goesOn()) step();
+///
+/// Meanwhile windows are painted and answer other programs, which may change them between two steps;
+/// input waits for its turn. Escape in a window of this thread ends the work and goes nowhere else.
 class SteppedWork {
 public:
     SteppedWork();
@@ -75,7 +75,7 @@ public:
     SteppedWork(const SteppedWork&) = delete;
     SteppedWork& operator=(const SteppedWork&) = delete;
 
-    // Cheap, to be asked after every step. False once Escape was pressed.
+    /// Cheap, to be asked after every step. False once Escape was pressed.
     bool goesOn();
 
 private:
@@ -83,19 +83,19 @@ private:
     bool stopped_ = false;
 };
 
-// Ends run, and every modal form on the way.
+/// Ends run, and every modal form on the way.
 void quit(int exitCode = 0);
 
-// Runs the function on the user-interface thread, in the order of the calls, once that thread
-// fetches messages. Any thread. All that is waiting costs one window message together. What is
-// posted before there is an Application runs when there is; what is left when it ends is dropped.
+/// Runs the function on the user-interface thread, in the order of the calls, once that thread
+/// fetches messages. Any thread. All that is waiting costs one window message together. What is
+/// posted before there is an Application runs when there is; what is left when it ends is dropped.
 void post(std::function<void()> function);
 
-// Before a loop of messages that is not ours (a menu, a system dialog) starts inside a posted
-// function: makes that loop run the functions that wait behind it.
+/// Before a loop of messages that is not ours (a menu, a system dialog) starts inside a posted
+/// function: makes that loop run the functions that wait behind it.
 void wakePosted();
 
-// Gives a message to the accelerators and the dialog keys of its form, else to its window.
+/// Gives a message to the accelerators and the dialog keys of its form, else to its window.
 void dispatchMessage(MSG& message);
 
 }  // namespace forms

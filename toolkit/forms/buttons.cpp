@@ -56,26 +56,20 @@ void OptionButton::setCheck(bool checked) {
 
 void OptionButton::setValue(bool value) {
     setCheck(value);
-    if (value) {
-        clearOthers();
-    }
+    if (value) clearOthers();
 }
 
 void OptionButton::clearOthers() {
-    const Window* parent = from(GetParent(hwnd()));
+    const Window* parent = from(::GetParent(hwnd()));
     for (Control* control : parent ? childControls(*parent) : std::vector<Control*>()) {
         auto* option = dynamic_cast<OptionButton*>(control);
-        if (option && option != this && option->container() == container()) {
-            option->setCheck(false);
-        }
+        if (option && option != this && option->container() == container()) option->setCheck(false);
     }
 }
 
 bool OptionButton::reflected(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) {
     if (isClick(message, wParam)) {
-        if (value()) {
-            clearOthers();
-        }
+        if (value()) clearOthers();
         fire(onClick);
         return true;
     }
@@ -88,7 +82,7 @@ LRESULT Frame::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_ERASEBKGND) {
         // The group box leaves its inside to a parent that paints through its children; forms do
         // not.
-        DrawThemeParentBackground(hwnd(), reinterpret_cast<HDC>(wParam), nullptr);
+        ::DrawThemeParentBackground(hwnd(), reinterpret_cast<HDC>(wParam), nullptr);
         return 1;
     }
     return Control::handleMessage(message, wParam, lParam);

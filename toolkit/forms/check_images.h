@@ -8,8 +8,8 @@
 
 namespace forms {
 
-// An image list of three: nothing, an empty box, a ticked box. In the visual style of the window
-// or, where there is none, in the classic look. The caller destroys it.
+/// An image list of three: nothing, an empty box, a ticked box. In the visual style of the window
+/// or, where there is none, in the classic look. The caller destroys it.
 HIMAGELIST makeCheckImages(HWND window, Dpi dpi);
 
 }  // namespace forms

@@ -11,7 +11,7 @@ Control::Kind ComboBox::kind() const {
 // that of the open list.
 RECT ComboBox::adjustedBounds(const RECT& wanted) const {
     RECT closed{};
-    GetWindowRect(hwnd(), &closed);
+    ::GetWindowRect(hwnd(), &closed);
     RECT result = wanted;
     result.bottom = result.top + (closed.bottom - closed.top);
     return result;
@@ -29,9 +29,7 @@ int ComboBox::listCount() const { return static_cast<int>(send(CB_GETCOUNT)); }
 
 std::wstring ComboBox::list(int index) const {
     const LRESULT length = send(CB_GETLBTEXTLEN, static_cast<WPARAM>(index));
-    if (length == CB_ERR) {
-        return {};
-    }
+    if (length == CB_ERR) return {};
     std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
     send(CB_GETLBTEXT, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(text.data()));
     text.pop_back();
@@ -45,9 +43,7 @@ void ComboBox::setListIndex(int index) { send(CB_SETCURSEL, static_cast<WPARAM>(
 void ComboBox::selectText() { send(CB_SETEDITSEL, 0, MAKELPARAM(0, -1)); }
 
 bool ComboBox::reflected(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) {
-    if (message != WM_COMMAND) {
-        return Control::reflected(message, wParam, lParam, result);
-    }
+    if (message != WM_COMMAND) return Control::reflected(message, wParam, lParam, result);
     switch (HIWORD(wParam)) {
         case CBN_EDITCHANGE:
             fire(onChange);

@@ -12,7 +12,7 @@
 namespace forms {
 
 struct ComboBoxOptions {
-    // Only texts of the list can be chosen.
+    /// Only texts of the list can be chosen.
     bool listOnly = false;
 };
 
@@ -20,22 +20,22 @@ class ComboBox : public Control {
 public:
     explicit ComboBox(const ComboBoxOptions& options = {}) : options_(options) {}
 
-    // Without a position the item goes to the end of the list.
+    /// Without a position the item goes to the end of the list.
     void addItem(const std::wstring& text, int position = -1);
     void removeItem(int index);
     void clear();
     int listCount() const;
-    // Empty for an index outside the list.
+    /// Empty for an index outside the list.
     std::wstring list(int index) const;
 
-    // -1 when the text is none that was chosen from the list.
+    /// -1 when the text is none that was chosen from the list.
     int listIndex() const;
-    // Chooses an item and makes it the text. No event.
+    /// Chooses an item and makes it the text. No event.
     void setListIndex(int index);
-    // Selects the whole text, so that what is typed next takes its place.
+    /// Selects the whole text, so that what is typed next takes its place.
     void selectText();
 
-    // The user changed the text.
+    /// The user changed the text.
     std::function<void()> onChange;
     // onClick: the user chose an item; the text is already the item's.
 

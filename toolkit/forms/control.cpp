@@ -14,39 +14,37 @@ namespace {
 // themselves changes when a container is put behind its controls.
 constexpr int kFirstControlId = 100;
 
-int controlId(HWND handle) { return static_cast<int>(GetWindowLongPtrW(handle, GWLP_ID)); }
+int controlId(HWND handle) { return static_cast<int>(::GetWindowLongPtrW(handle, GWLP_ID)); }
 
 int nextControlId(const Window& parent) {
     int highest = kFirstControlId - 1;
-    for (HWND child = GetWindow(parent.hwnd(), GW_CHILD); child;
-         child = GetWindow(child, GW_HWNDNEXT)) {
+    for (HWND child = ::GetWindow(parent.hwnd(), GW_CHILD); child;
+         child = ::GetWindow(child, GW_HWNDNEXT)) {
         highest = std::max(highest, controlId(child));
     }
     return highest + 1;
 }
 
 bool hasStyle(HWND handle, DWORD style) {
-    return (static_cast<DWORD>(GetWindowLongPtrW(handle, GWL_STYLE)) & style) != 0;
+    return (static_cast<DWORD>(::GetWindowLongPtrW(handle, GWL_STYLE)) & style) != 0;
 }
 
 }  // namespace
 
 void Control::fire(const std::function<void()>& event) {
     // A copy: the procedure may replace or destroy the event that it runs for.
-    if (const auto procedure = event) {
-        procedure();
-    }
+    if (const auto procedure = event) procedure();
 }
 
 unsigned shiftState() {
-    return (GetKeyState(VK_SHIFT) < 0 ? kShift : 0) | (GetKeyState(VK_CONTROL) < 0 ? kCtrl : 0) |
-           (GetKeyState(VK_MENU) < 0 ? kAlt : 0);
+    return (::GetKeyState(VK_SHIFT) < 0 ? kShift : 0) |
+           (::GetKeyState(VK_CONTROL) < 0 ? kCtrl : 0) | (::GetKeyState(VK_MENU) < 0 ? kAlt : 0);
 }
 
 std::vector<Control*> childControls(const Window& parent) {
     std::vector<Control*> controls;
-    for (HWND child = GetWindow(parent.hwnd(), GW_CHILD); child;
-         child = GetWindow(child, GW_HWNDNEXT)) {
+    for (HWND child = ::GetWindow(parent.hwnd(), GW_CHILD); child;
+         child = ::GetWindow(child, GW_HWNDNEXT)) {
         if (auto* control = dynamic_cast<Control*>(Window::from(child))) {
             controls.push_back(control);
         }
@@ -70,9 +68,7 @@ Control::~Control() {
 // Windows takes a group to last from one control with WS_GROUP to the next. Option buttons of the
 // same container are one group, every other control is one by itself.
 bool Control::startsGroup(const Window& parent) const {
-    if (!joinsGroup()) {
-        return true;
-    }
+    if (!joinsGroup()) return true;
     const std::vector<Control*> earlier = childControls(parent);
     return earlier.empty() || !earlier.back()->joinsGroup() ||
            earlier.back()->container_ != container_;
@@ -92,26 +88,16 @@ void Control::create(Window& parent, const ControlPlace& place, const Font& inhe
     creation.classStyle = kind.classStyle;
     creation.text = place.caption;
     creation.style = kind.style | WS_CHILD | WS_CLIPSIBLINGS;
-    if (flags_ & kNoTabStop) {
-        creation.style &= ~DWORD{WS_TABSTOP};
-    }
-    if (flags_ & kDisabled) {
-        creation.style |= WS_DISABLED;
-    }
-    if (startsGroup(parent)) {
-        creation.style |= WS_GROUP;
-    }
+    if (flags_ & kNoTabStop) creation.style &= ~DWORD{WS_TABSTOP};
+    if (flags_ & kDisabled) creation.style |= WS_DISABLED;
+    if (startsGroup(parent)) creation.style |= WS_GROUP;
     creation.exStyle = kind.exStyle;
     creation.parent = parent.hwnd();
     creation.id = nextControlId(parent);
     kind.own ? createOwn(creation) : createStandard(creation);
 
-    if (container_) {
-        container_->placeBehindContained();
-    }
-    if (!fontSet_) {
-        designedFont_ = inherited;
-    }
+    if (container_) container_->placeBehindContained();
+    if (!fontSet_) designedFont_ = inherited;
     font_ = inFace(designedFont_, face_);
     setWindowFont();
     applyBounds();
@@ -126,40 +112,36 @@ void Control::placeBehindContained() {
     HWND above = HWND_BOTTOM;
     if (container_) {
         container_->placeBehindContained();
-        above = GetWindow(container_->hwnd(), GW_HWNDPREV);
+        above = ::GetWindow(container_->hwnd(), GW_HWNDPREV);
     }
     if (above != hwnd()) {
-        SetWindowPos(hwnd(), above, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+        ::SetWindowPos(hwnd(), above, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     }
 }
 
 std::vector<Control*> Control::contained() const {
     std::vector<Control*> controls;
     if (isCreated()) {
-        if (const Window* parent = from(GetParent(hwnd()))) {
-            controls = childControls(*parent);
-        }
+        if (const Window* parent = from(::GetParent(hwnd()))) controls = childControls(*parent);
     }
     std::erase_if(controls, [this](const Control* c) { return c->container_ != this; });
     return controls;
 }
 
 Dpi Control::dpi() const {
-    const Window* parent = isCreated() ? from(GetParent(hwnd())) : nullptr;
+    const Window* parent = isCreated() ? from(::GetParent(hwnd())) : nullptr;
     return parent ? parent->dpi() : Window::dpi();
 }
 
 RECT Control::pixelBounds() const {
     RECT rect{};
-    GetWindowRect(hwnd(), &rect);
-    MapWindowPoints(nullptr, GetParent(hwnd()), reinterpret_cast<POINT*>(&rect), 2);
+    ::GetWindowRect(hwnd(), &rect);
+    ::MapWindowPoints(nullptr, ::GetParent(hwnd()), reinterpret_cast<POINT*>(&rect), 2);
     return rect;
 }
 
 POINT Control::containerOrigin() const {
-    if (!container_ || !container_->isCreated()) {
-        return {0, 0};
-    }
+    if (!container_ || !container_->isCreated()) return {0, 0};
     const RECT rect = container_->pixelBounds();
     return {rect.left, rect.top};
 }
@@ -175,14 +157,10 @@ RECT Control::wantedPixels() const {
 }
 
 Bounds Control::bounds() const {
-    if (!isCreated()) {
-        return bounds_;
-    }
+    if (!isCreated()) return bounds_;
     const RECT actual = pixelBounds();
     const RECT wanted = wantedPixels();
-    if (EqualRect(&actual, &wanted)) {
-        return bounds_;
-    }
+    if (::EqualRect(&actual, &wanted)) return bounds_;
     const POINT origin = containerOrigin();
     const auto length = [this](LONG from, LONG to) {
         return toTwips(Pixels(static_cast<int>(to - from)), dpi());
@@ -193,9 +171,7 @@ Bounds Control::bounds() const {
 
 void Control::move(const Bounds& bounds) {
     bounds_ = bounds;
-    if (isCreated()) {
-        applyBounds();
-    }
+    if (isCreated()) applyBounds();
 }
 
 void Control::setLeft(Twips left) {
@@ -220,8 +196,8 @@ void Control::setHeight(Twips height) {
 
 void Control::applyBounds() {
     const RECT rect = adjustedBounds(wantedPixels());
-    SetWindowPos(hwnd(), nullptr, rect.left, rect.top, rect.right - rect.left,
-                 rect.bottom - rect.top, SWP_NOZORDER | SWP_NOACTIVATE);
+    ::SetWindowPos(hwnd(), nullptr, rect.left, rect.top, rect.right - rect.left,
+                   rect.bottom - rect.top, SWP_NOZORDER | SWP_NOACTIVATE);
     for (Control* control : contained()) {
         control->applyBounds();
     }
@@ -244,44 +220,38 @@ void Control::paintBackground(HDC) {}
 bool Control::formKey(int, unsigned) { return false; }
 
 bool Control::reflected(UINT message, WPARAM wParam, LPARAM, LRESULT& result) {
-    if (message != WM_CTLCOLORSTATIC && message != WM_CTLCOLORBTN) {
-        return false;
-    }
+    if (message != WM_CTLCOLORSTATIC && message != WM_CTLCOLORBTN) return false;
     const auto dc = reinterpret_cast<HDC>(wParam);
-    DrawThemeParentBackground(hwnd(), dc, nullptr);
-    SetBkMode(dc, TRANSPARENT);
-    SetTextColor(dc, GetSysColor(COLOR_BTNTEXT));
-    result = reinterpret_cast<LRESULT>(GetStockObject(NULL_BRUSH));
+    ::DrawThemeParentBackground(hwnd(), dc, nullptr);
+    ::SetBkMode(dc, TRANSPARENT);
+    ::SetTextColor(dc, ::GetSysColor(COLOR_BTNTEXT));
+    result = reinterpret_cast<LRESULT>(::GetStockObject(NULL_BRUSH));
     return true;
 }
 
 void Control::setVisible(bool visible) {
     visible_ = visible;
-    if (isCreated()) {
-        applyVisibility();
-    }
+    if (isCreated()) applyVisibility();
 }
 
 void Control::applyVisibility() {
     const bool shown = isShown();
-    if (hasStyle(hwnd(), WS_VISIBLE) != shown) {
-        ShowWindow(hwnd(), shown ? SW_SHOWNA : SW_HIDE);
-    }
+    if (hasStyle(hwnd(), WS_VISIBLE) != shown) ::ShowWindow(hwnd(), shown ? SW_SHOWNA : SW_HIDE);
     for (Control* control : contained()) {
         control->applyVisibility();
     }
 }
 
-bool Control::enabled() const { return IsWindowEnabled(hwnd()) != FALSE; }
+bool Control::enabled() const { return ::IsWindowEnabled(hwnd()) != FALSE; }
 
-void Control::setEnabled(bool enabled) { EnableWindow(hwnd(), enabled); }
+void Control::setEnabled(bool enabled) { ::EnableWindow(hwnd(), enabled); }
 
 bool Control::tabStop() const { return hasStyle(hwnd(), WS_TABSTOP); }
 
 void Control::setTabStop(bool stop) {
-    const LONG_PTR style = GetWindowLongPtrW(hwnd(), GWL_STYLE);
+    const LONG_PTR style = ::GetWindowLongPtrW(hwnd(), GWL_STYLE);
     const LONG_PTR bit = WS_TABSTOP;
-    SetWindowLongPtrW(hwnd(), GWL_STYLE, stop ? style | bit : style & ~bit);
+    ::SetWindowLongPtrW(hwnd(), GWL_STYLE, stop ? style | bit : style & ~bit);
 }
 
 void Control::setFont(const Font& font) {
@@ -292,16 +262,12 @@ void Control::setFont(const Font& font) {
 
 void Control::setFace(const std::optional<FontFace>& face) {
     face_ = face;
-    if (font_ != inFace(designedFont_, face_)) {
-        useFont();
-    }
+    if (font_ != inFace(designedFont_, face_)) useFont();
 }
 
 void Control::useFont() {
     font_ = inFace(designedFont_, face_);
-    if (isCreated()) {
-        setWindowFont();
-    }
+    if (isCreated()) setWindowFont();
 }
 
 void Control::setWindowFont() {
@@ -318,15 +284,15 @@ void Control::applyDpi() {
     dpiChanged();
 }
 
-void Control::setFocus() { SetFocus(hwnd()); }
+void Control::setFocus() { ::SetFocus(hwnd()); }
 
 bool Control::hasFocus() const {
-    const HWND focus = GetFocus();
-    return isCreated() && focus && (focus == hwnd() || IsChild(hwnd(), focus));
+    const HWND focus = ::GetFocus();
+    return isCreated() && focus && (focus == hwnd() || ::IsChild(hwnd(), focus));
 }
 
 void Control::refresh() {
-    RedrawWindow(hwnd(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+    ::RedrawWindow(hwnd(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
 }
 
 namespace {
@@ -373,9 +339,7 @@ LRESULT Control::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             fire(onLostFocus);
             break;
         case WM_KEYDOWN:
-            if (const auto procedure = onKeyDown) {
-                procedure(static_cast<int>(wParam), shiftState());
-            }
+            if (const auto procedure = onKeyDown) procedure(static_cast<int>(wParam), shiftState());
             break;
         case WM_LBUTTONDOWN:
         case WM_RBUTTONDOWN:

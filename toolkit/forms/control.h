@@ -44,12 +44,12 @@ enum ControlFlag : unsigned {
     kHidden = 1,
     kDisabled = 2,
     kNoTabStop = 4,
-    // The button that the Enter key presses, and the one that Escape presses.
+    /// The button that the Enter key presses, and the one that Escape presses.
     kDefaultButton = 8,
     kCancelButton = 16,
 };
 
-// Where a control stands and how it starts: the columns of a form's table after the control.
+/// Where a control stands and how it starts: the columns of a form's table after the control.
 struct ControlPlace {
     const wchar_t* name = L"";
     const wchar_t* caption = L"";
@@ -59,19 +59,19 @@ struct ControlPlace {
     Twips height = {};
     unsigned flags = 0;
     Control* container = nullptr;
-    // The tab to belong to when the container is a tabbed dialog.
+    /// The tab to belong to when the container is a tabbed dialog.
     int tab = 0;
 };
 
 enum class MouseButton { none, left, right, middle };
 
-// Shift state as a set of bits.
+/// Shift state as a set of bits.
 inline constexpr unsigned kShift = 1;
 inline constexpr unsigned kCtrl = 2;
 inline constexpr unsigned kAlt = 4;
 unsigned shiftState();
 
-// Twips from the control's upper left corner.
+/// Twips from the control's upper left corner.
 struct MouseEvent {
     MouseButton button = MouseButton::none;
     unsigned shift = 0;
@@ -84,18 +84,18 @@ public:
     Control() = default;
     ~Control() override;
 
-    // Makes the window as a child of `parent`, behind its other controls in the tab order. The
-    // font is the inherited one unless setFont gave the control its own.
+    /// Makes the window as a child of `parent`, behind its other controls in the tab order. The
+    /// font is the inherited one unless setFont gave the control its own.
     void create(Window& parent, const ControlPlace& place, const Font& inherited = messageFont());
 
     const std::wstring& name() const { return name_; }
     unsigned flags() const { return flags_; }
     Control* container() const { return container_; }
     int tab() const { return tab_; }
-    // The controls that name this one as their container, in tab order.
+    /// The controls that name this one as their container, in tab order.
     std::vector<Control*> contained() const;
 
-    // Place and size as they were last set; after another part moved the window, as it is now.
+    /// Place and size as they were last set; after another part moved the window, as it is now.
     Bounds bounds() const;
     Twips left() const { return bounds().left; }
     Twips top() const { return bounds().top; }
@@ -107,19 +107,19 @@ public:
     void setWidth(Twips width);
     void setHeight(Twips height);
 
-    // The text of the window: a button's caption, a text box's text.
+    /// The text of the window: a button's caption, a text box's text.
     std::wstring text() const;
     virtual void setText(const std::wstring& text);
     std::wstring caption() const { return text(); }
     void setCaption(const std::wstring& caption) { setText(caption); }
 
-    // What screen readers call a control whose own text is no name for it: a text box, a tree. A
-    // control that was given none has the name that the system finds: its caption, or that of the
-    // label before it.
+    /// What screen readers call a control whose own text is no name for it: a text box, a tree. A
+    /// control that was given none has the name that the system finds: its caption, or that of the
+    /// label before it.
     const std::wstring& accessibleName() const { return accessibleName_; }
     void setAccessibleName(const std::wstring& name) { accessibleName_ = name; }
 
-    // Whether the control wants to be seen. It is when its container is, too.
+    /// Whether the control wants to be seen. It is when its container is, too.
     bool visible() const { return visible_; }
     void setVisible(bool visible);
     bool isShown() const;
@@ -127,15 +127,15 @@ public:
     bool enabled() const;
     void setEnabled(bool enabled);
 
-    // Whether the Tab key stops here.
+    /// Whether the Tab key stops here.
     bool tabStop() const;
     void setTabStop(bool stop);
 
-    // The font that the control is drawn with: the one it was given, in the face that was set.
+    /// The font that the control is drawn with: the one it was given, in the face that was set.
     const Font& font() const { return font_; }
     const Font& designedFont() const { return designedFont_; }
     void setFont(const Font& font);
-    // Draws the control in another face, as its language may need; without one as designed.
+    /// Draws the control in another face, as its language may need; without one as designed.
     void setFace(const std::optional<FontFace>& face);
     HFONT fontHandle() const { return gdiFont_.handle(); }
     const GdiFont& gdiFont() const { return gdiFont_; }
@@ -143,45 +143,45 @@ public:
     void setFocus();
     bool hasFocus() const;
 
-    // Repaints at once, without waiting for the message pump.
+    /// Repaints at once, without waiting for the message pump.
     void refresh();
 
-    // The dots per inch of the form.
+    /// The dots per inch of the form.
     Dpi dpi() const override;
 
-    // Makes font and place anew; the form calls it when its dots per inch changed.
+    /// Makes font and place anew; the form calls it when its dots per inch changed.
     void applyDpi();
-    // Shows or hides the window as visible() and the container say; containers call it.
+    /// Shows or hides the window as visible() and the container say; containers call it.
     void applyVisibility();
-    // Puts the window where bounds() says; containers call it when they moved.
+    /// Puts the window where bounds() says; containers call it when they moved.
     void applyBounds();
 
-    // Whether the arrow keys move from this control to its neighbours of the same kind: option
-    // buttons.
+    /// Whether the arrow keys move from this control to its neighbours of the same kind: option
+    /// buttons.
     virtual bool joinsGroup() const { return false; }
-    // Whether a contained control of that tab is to be seen now.
+    /// Whether a contained control of that tab is to be seen now.
     virtual bool showsTab(int tab) const;
-    // A key pressed anywhere on the form while this control is shown. True when it was for us.
+    /// A key pressed anywhere on the form while this control is shown. True when it was for us.
     virtual bool formKey(int key, unsigned shift);
-    // The form's client area has a new size; for controls that dock to its edge.
+    /// The form's client area has a new size; for controls that dock to its edge.
     virtual void parentResized() {}
-    // Paints what is seen between the contained controls into the form's device context. The
-    // origin is the form's.
+    /// Paints what is seen between the contained controls into the form's device context. The
+    /// origin is the form's.
     virtual void paintBackground(HDC dc);
 
     std::function<void()> onClick;
     std::function<void()> onDoubleClick;
     std::function<void()> onGotFocus;
     std::function<void()> onLostFocus;
-    // The key as a VK_ value.
+    /// The key as a VK_ value.
     std::function<void(int key, unsigned shift)> onKeyDown;
     std::function<void(const MouseEvent&)> onMouseDown;
     std::function<void(const MouseEvent&)> onMouseMove;
     std::function<void(const MouseEvent&)> onMouseUp;
 
 protected:
-    // What window the control needs. For a class of our own `own` is true and the class is
-    // registered when first used.
+    /// What window the control needs. For a class of our own `own` is true and the class is
+    /// registered when first used.
     struct Kind {
         const wchar_t* className = L"";
         DWORD style = 0;
@@ -191,30 +191,30 @@ protected:
     };
     virtual Kind kind() const = 0;
 
-    // A standard control that lets its parent's background through asks for it; the base paints
-    // it. A control that overrides this calls the base for what it does not handle.
+    /// A standard control that lets its parent's background through asks for it; the base paints
+    /// it. A control that overrides this calls the base for what it does not handle.
     bool reflected(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) override;
 
-    // What screen readers are told of the inside of the window, with one reference for the caller;
-    // null for what the system tells by itself.
+    /// What screen readers are told of the inside of the window, with one reference for the caller;
+    /// null for what the system tells by itself.
     virtual AccessibleObject* makeAccessible();
 
-    // Runs an event procedure if there is one.
+    /// Runs an event procedure if there is one.
     static void fire(const std::function<void()>& event);
 
-    // The window exists, has its font and its place, and is not yet shown.
+    /// The window exists, has its font and its place, and is not yet shown.
     virtual void created() {}
-    // fontHandle() is new: another font was set or the dots per inch changed. The window was told
-    // by WM_SETFONT.
+    /// fontHandle() is new: another font was set or the dots per inch changed. The window was told
+    /// by WM_SETFONT.
     virtual void fontChanged() {}
-    // Font and place are those of the new dots per inch.
+    /// Font and place are those of the new dots per inch.
     virtual void dpiChanged() {}
-    // The pixels of the window when the control is given `wanted`.
+    /// The pixels of the window when the control is given `wanted`.
     virtual RECT adjustedBounds(const RECT& wanted) const { return wanted; }
 
     LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
 
-    // The window's rectangle in the parent.
+    /// The window's rectangle in the parent.
     RECT pixelBounds() const;
 
 private:
@@ -241,7 +241,7 @@ private:
     GdiFont gdiFont_;
 };
 
-// The controls whose windows are children of `parent`, in tab order: that of their making.
+/// The controls whose windows are children of `parent`, in tab order: that of their making.
 std::vector<Control*> childControls(const Window& parent);
 
 }  // namespace forms

@@ -13,7 +13,7 @@ namespace forms {
 namespace {
 
 // The longest path that Windows knows.
-constexpr std::size_t kLongestPath = 32768;
+constexpr std::size_t kMaxPath = 32768;
 
 using SystemFileDialog = BOOL(WINAPI*)(OPENFILENAMEW*);
 
@@ -26,7 +26,7 @@ std::wstring zeroDivided(std::wstring filter) {
 
 std::optional<FileDialogAnswer> runFileDialog(SystemFileDialog show, DWORD flags, HWND owner,
                                               const FileDialogRequest& request) {
-    std::vector<wchar_t> path(kLongestPath);
+    std::vector<wchar_t> path(kMaxPath);
     std::copy_n(request.fileName.begin(), std::min(request.fileName.size(), path.size() - 1),
                 path.begin());
     const std::wstring filter = zeroDivided(request.filter);
@@ -46,7 +46,7 @@ std::optional<FileDialogAnswer> runFileDialog(SystemFileDialog show, DWORD flags
 
     wakePosted();
     if (!show(&dialog)) {
-        if (CommDlgExtendedError() != 0) {
+        if (::CommDlgExtendedError() != 0) {
             throw std::runtime_error("the file dialog could not be shown");
         }
         return std::nullopt;
@@ -118,7 +118,7 @@ public:
         // the program's windows.
         const UINT modality = owner ? UINT{MB_APPLMODAL} : UINT{MB_TASKMODAL};
         wakePosted();
-        return answerOf(MessageBoxW(
+        return answerOf(::MessageBoxW(
             owner, request.text.c_str(), request.title.c_str(),
             iconFlag(request.icon) | buttonFlag(request.buttons) | modality | MB_SETFOREGROUND));
     }

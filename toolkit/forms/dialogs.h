@@ -16,13 +16,13 @@ namespace forms {
 
 struct FileDialogRequest {
     std::wstring title{};
-    // Pairs of description and pattern, all divided by '|'.
+    /// Pairs of description and pattern, all divided by '|'.
     std::wstring filter{};
-    // From 1.
+    /// From 1.
     int filterIndex = 1;
-    // Added to a name typed without one; no dot.
+    /// Added to a name typed without one; no dot.
     std::wstring defaultExtension{};
-    // The proposal; may hold a folder.
+    /// The proposal; may hold a folder.
     std::wstring fileName{};
 };
 
@@ -46,18 +46,18 @@ class Dialogs {
 public:
     virtual ~Dialogs() = default;
 
-    // Nothing when the user cancelled. The owner may be null. Both throw std::runtime_error when
-    // the dialog cannot be shown.
+    /// Nothing when the user cancelled. The owner may be null. Both throw std::runtime_error when
+    /// the dialog cannot be shown.
     virtual std::optional<FileDialogAnswer> openFile(HWND owner, const FileDialogRequest&) = 0;
-    // Asks before it returns the name of a file that is there.
+    /// Asks before it returns the name of a file that is there.
     virtual std::optional<FileDialogAnswer> saveFile(HWND owner, const FileDialogRequest&) = 0;
     virtual MessageAnswer showMessage(HWND owner, const MessageRequest&) = 0;
 };
 
-// The dialogs in use: the system's, until others are set.
+/// The dialogs in use: the system's, until others are set.
 Dialogs& dialogs();
 
-// Null brings the system's back. The given object must outlive its use. Returns what was set.
+/// Null brings the system's back. The given object must outlive its use. Returns what was set.
 Dialogs* setDialogs(Dialogs* replacement);
 
 }  // namespace forms

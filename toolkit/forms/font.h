@@ -21,17 +21,17 @@ struct Font {
     std::wstring name = {};
     double points = 9.0;
     bool bold = false;
-    // A GDI character set: 1 leaves the choice to Windows, 128 Japanese, 129 Korean, 134 and 136
-    // Chinese.
+    /// A GDI character set: 1 leaves the choice to Windows, 128 Japanese, 129 Korean, 134 and 136
+    /// Chinese.
     int charset = DEFAULT_CHARSET;
-    // Tells the font mapper what to look for when the face is not installed.
+    /// Tells the font mapper what to look for when the face is not installed.
     bool fixedPitch = false;
     bool underline = false;
 
     bool operator==(const Font&) const = default;
 };
 
-// The part of a font that a script needs: the face and its character set, in any size or weight.
+/// The part of a font that a script needs: the face and its character set, in any size or weight.
 struct FontFace {
     std::wstring name = {};
     int charset = DEFAULT_CHARSET;
@@ -39,10 +39,10 @@ struct FontFace {
     bool operator==(const FontFace&) const = default;
 };
 
-// The font in that face, or as it is when there is none.
+/// The font in that face, or as it is when there is none.
 Font inFace(const Font& font, const std::optional<FontFace>& face);
 
-// The font of the system's message boxes, which is what dialogs are drawn with.
+/// The font of the system's message boxes, which is what dialogs are drawn with.
 Font messageFont();
 
 class GdiFont {
@@ -56,7 +56,7 @@ public:
 
     HFONT handle() const { return handle_; }
 
-    // The height of one line of text without external leading.
+    /// The height of one line of text without external leading.
     Pixels lineHeight() const;
     Pixels textWidth(const std::wstring& text) const;
 

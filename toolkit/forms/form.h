@@ -42,7 +42,7 @@
 
 namespace forms {
 
-// The customary numbers of the shapes; others show the arrow.
+/// The customary numbers of the shapes; others show the arrow.
 enum class MousePointer {
     standard = 0,
     arrow = 1,
@@ -59,16 +59,16 @@ enum class WindowState { normal, minimized, maximized };
 enum class BorderStyle { sizable, fixedDialog, fixedWindow };
 
 struct FormOptions {
-    // A name of its own lets other programs find the form's windows.
+    /// A name of its own lets other programs find the form's windows.
     const wchar_t* className = L"forms.Form";
     const wchar_t* caption = L"";
     BorderStyle border = BorderStyle::sizable;
-    // The inside of the window, without caption and menu.
+    /// The inside of the window, without caption and menu.
     Twips clientWidth = Twips(7200);
     Twips clientHeight = Twips(4800);
-    // The number of an icon in the program's resources; 0 for none.
+    /// The number of an icon in the program's resources; 0 for none.
     int icon = 0;
-    // Whether files can be dropped on the form.
+    /// Whether files can be dropped on the form.
     bool takesFiles = false;
 };
 
@@ -82,16 +82,16 @@ public:
     explicit Form(const FormOptions& options);
     ~Form() override;
 
-    // The form whose window, or whose control's window, this is; null for foreign windows.
+    /// The form whose window, or whose control's window, this is; null for foreign windows.
     static Form* of(HWND handle);
 
     void load();
-    // False when Form_Unload refused.
+    /// False when Form_Unload refused.
     bool unload();
     void show(const Form* owner = nullptr);
-    // Shows the form above its owner; whoever has the focus keeps it.
+    /// Shows the form above its owner; whoever has the focus keeps it.
     void showInactive(const Form& owner);
-    // Returns when the form is hidden or unloaded. The other forms do not react meanwhile.
+    /// Returns when the form is hidden or unloaded. The other forms do not react meanwhile.
     void showModal(const Form* owner = nullptr);
     void hide();
     bool isLoaded() const { return isCreated(); }
@@ -112,13 +112,13 @@ public:
     void setTop(Twips top);
     void setWidth(Twips width);
     void setHeight(Twips height);
-    // Makes the client area that large.
+    /// Makes the client area that large.
     void setClientSize(Twips width, Twips height);
     Twips clientWidth() const;
     Twips clientHeight() const;
-    // In the middle of the owner, or of the screen's free part.
+    /// In the middle of the owner, or of the screen's free part.
     void center(const Form* owner = nullptr);
-    // The whole display that the form is on.
+    /// The whole display that the form is on.
     Twips screenWidth() const;
     Twips screenHeight() const;
 
@@ -129,16 +129,16 @@ public:
     void setMousePointer(MousePointer pointer);
 
     const Font& font() const { return font_; }
-    // For the controls made from now on, and for those on the form that have the form's font.
+    /// For the controls made from now on, and for those on the form that have the form's font.
     void setFont(const Font& font);
-    // Draws the form and all its controls in another face, whatever their own fonts, or without
-    // one as designed. Controls made later get it too.
+    /// Draws the form and all its controls in another face, whatever their own fonts, or without
+    /// one as designed. Controls made later get it too.
     void setFace(const std::optional<FontFace>& face);
-    // The height of a line of this text in the form's font.
+    /// The height of a line of this text in the form's font.
     Twips textHeight(const std::wstring& text) const;
     Twips textWidth(const std::wstring& text) const;
 
-    // All controls, in tab order; those of frames and tabs too.
+    /// All controls, in tab order; those of frames and tabs too.
     std::vector<Control*> controls() const;
     Control* control(const std::wstring& name) const;
     MenuBar& menu() { return menu_; }
@@ -146,19 +146,19 @@ public:
     void refresh();
     Dpi dpi() const override { return dpi_; }
 
-    // Accelerators and dialog keys. True when the message is dealt with. The pump calls it.
+    /// Accelerators and dialog keys. True when the message is dealt with. The pump calls it.
     bool translateMessage(MSG& message);
 
 protected:
-    // Makes the menu and the controls; runs once each time the form is loaded.
+    /// Makes the menu and the controls; runs once each time the form is loaded.
     virtual void build() {}
     virtual void Form_Load() {}
     virtual void Form_Resize() {}
     virtual void Form_Unload(bool& /*cancel*/) {}
     virtual void Form_Activate() {}
-    // Files were dropped on the form, which reacts to its user at the moment.
+    /// Files were dropped on the form, which reacts to its user at the moment.
     virtual void Form_DropFiles(const std::vector<std::wstring>& /*paths*/) {}
-    // A click of the right button, or the menu key, that no control took. Screen position.
+    /// A click of the right button, or the menu key, that no control took. Screen position.
     virtual void Form_ContextMenu(POINT /*at*/) {}
 
     void createControls(const std::vector<ControlSpec>& specs);
@@ -209,10 +209,10 @@ private:
     std::vector<HWND> disabled_;
 };
 
-// Every form that is loaded, in the order of loading.
+/// Every form that is loaded, in the order of loading.
 const std::vector<Form*>& loadedForms();
 
-// Shows a pointer, usually the hourglass, until the end of the block.
+/// Shows a pointer, usually the hourglass, until the end of the block.
 class WaitCursor {
 public:
     explicit WaitCursor(Form& form, MousePointer pointer = MousePointer::hourglass)

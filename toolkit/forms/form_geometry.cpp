@@ -6,15 +6,16 @@ namespace forms {
 // Place and size of the whole window for a client area of that many pixels.
 RECT Form::frameFor(SIZE client) const {
     RECT rect{0, 0, client.cx, client.cy};
-    AdjustWindowRectExForDpi(
-        &rect, static_cast<DWORD>(GetWindowLongPtrW(hwnd(), GWL_STYLE)), GetMenu(hwnd()) != nullptr,
-        static_cast<DWORD>(GetWindowLongPtrW(hwnd(), GWL_EXSTYLE)), dpi_.value);
+    ::AdjustWindowRectExForDpi(&rect, static_cast<DWORD>(::GetWindowLongPtrW(hwnd(), GWL_STYLE)),
+                               ::GetMenu(hwnd()) != nullptr,
+                               static_cast<DWORD>(::GetWindowLongPtrW(hwnd(), GWL_EXSTYLE)),
+                               dpi_.value);
     return rect;
 }
 
 SIZE Form::clientPixels() const {
     RECT rect{};
-    GetClientRect(hwnd(), &rect);
+    ::GetClientRect(hwnd(), &rect);
     return {rect.right, rect.bottom};
 }
 
@@ -28,15 +29,11 @@ RECT Form::wantedPixels() const {
 // What was set last, unless the window is elsewhere by now. So a size that is no whole number of
 // pixels reads back as it was set.
 Bounds Form::bounds() const {
-    if (!isLoaded()) {
-        return bounds_;
-    }
+    if (!isLoaded()) return bounds_;
     RECT actual{};
-    GetWindowRect(hwnd(), &actual);
+    ::GetWindowRect(hwnd(), &actual);
     const RECT wanted = wantedPixels();
-    if (EqualRect(&actual, &wanted)) {
-        return bounds_;
-    }
+    if (::EqualRect(&actual, &wanted)) return bounds_;
     const auto twips = [this](LONG pixels) {
         return toTwips(Pixels(static_cast<int>(pixels)), dpi_);
     };
@@ -46,15 +43,13 @@ Bounds Form::bounds() const {
 
 void Form::move(const Bounds& bounds) {
     bounds_ = bounds;
-    if (isLoaded()) {
-        applyBounds();
-    }
+    if (isLoaded()) applyBounds();
 }
 
 void Form::applyBounds() {
     const RECT rect = wantedPixels();
-    SetWindowPos(hwnd(), nullptr, rect.left, rect.top, rect.right - rect.left,
-                 rect.bottom - rect.top, SWP_NOZORDER | SWP_NOACTIVATE);
+    ::SetWindowPos(hwnd(), nullptr, rect.left, rect.top, rect.right - rect.left,
+                   rect.bottom - rect.top, SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 void Form::setLeft(Twips left) {
@@ -97,9 +92,9 @@ Twips Form::clientHeight() const {
 MONITORINFO Form::monitor() const {
     MONITORINFO info{};
     info.cbSize = sizeof info;
-    const HMONITOR display = isLoaded() ? MonitorFromWindow(hwnd(), MONITOR_DEFAULTTONEAREST)
-                                        : MonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY);
-    GetMonitorInfoW(display, &info);
+    const HMONITOR display = isLoaded() ? ::MonitorFromWindow(hwnd(), MONITOR_DEFAULTTONEAREST)
+                                        : ::MonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY);
+    ::GetMonitorInfoW(display, &info);
     return info;
 }
 
@@ -117,7 +112,7 @@ void Form::center(const Form* owner) {
     RECT area = monitor().rcWork;
     if (owner && owner != this && owner->visible() &&
         owner->windowState() != WindowState::minimized) {
-        GetWindowRect(owner->hwnd(), &area);
+        ::GetWindowRect(owner->hwnd(), &area);
     }
     const auto middle = [this](LONG from, LONG to) {
         return toTwips(Pixels(static_cast<int>((from + to) / 2)), dpi_);

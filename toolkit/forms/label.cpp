@@ -7,12 +7,8 @@ Control::Kind Label::kind() const {
     style |= options_.alignment == Alignment::center  ? DWORD{SS_CENTER}
              : options_.alignment == Alignment::right ? DWORD{SS_RIGHT}
                                                       : DWORD{SS_LEFT};
-    if (!options_.accessKeys) {
-        style |= SS_NOPREFIX;
-    }
-    if (options_.link) {
-        style |= WS_TABSTOP;
-    }
+    if (!options_.accessKeys) style |= SS_NOPREFIX;
+    if (options_.link) style |= WS_TABSTOP;
     return {.className = L"STATIC", .style = style};
 }
 
@@ -25,41 +21,31 @@ void Label::created() {
 }
 
 void Label::setText(const std::wstring& text) {
-    if (text != this->text()) {
-        Control::setText(text);
-    }
+    if (text != this->text()) Control::setText(text);
 }
 
 LRESULT Label::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     const LRESULT result = options_.link ? handleLinkMessage(message, wParam, lParam)
                                          : Control::handleMessage(message, wParam, lParam);
-    if (message == WM_LBUTTONUP) {
-        fire(onClick);
-    }
+    if (message == WM_LBUTTONUP) fire(onClick);
     return result;
 }
 
 // A label of Windows knows neither keys nor the focus.
 LRESULT Label::handleLinkMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_SETCURSOR) {
-        SetCursor(LoadCursorW(nullptr, IDC_HAND));
+        ::SetCursor(::LoadCursorW(nullptr, IDC_HAND));
         return TRUE;
     }
-    if (message == WM_GETDLGCODE) {
-        return DLGC_WANTARROWS;
-    }
+    if (message == WM_GETDLGCODE) return DLGC_WANTARROWS;
     const LRESULT result = Control::handleMessage(message, wParam, lParam);
     switch (message) {
         case WM_KEYDOWN:
-            if (wParam == VK_DOWN) {
-                fire(onClick);
-            }
+            if (wParam == VK_DOWN) fire(onClick);
             break;
         // The character, not the key: a menu that the procedure opens would take it for a choice.
         case WM_CHAR:
-            if (wParam == L' ') {
-                fire(onClick);
-            }
+            if (wParam == L' ') fire(onClick);
             break;
         case WM_PAINT:
             paintFocus();
@@ -75,14 +61,12 @@ LRESULT Label::handleLinkMessage(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void Label::paintFocus() const {
-    if (!hasFocus()) {
-        return;
-    }
+    if (!hasFocus()) return;
     RECT rect{};
-    GetClientRect(hwnd(), &rect);
-    const HDC dc = GetDC(hwnd());
-    DrawFocusRect(dc, &rect);
-    ReleaseDC(hwnd(), dc);
+    ::GetClientRect(hwnd(), &rect);
+    const HDC dc = ::GetDC(hwnd());
+    ::DrawFocusRect(dc, &rect);
+    ::ReleaseDC(hwnd(), dc);
 }
 
 }  // namespace forms

@@ -15,9 +15,9 @@ enum class Alignment { left, center, right };
 
 struct LabelOptions {
     Alignment alignment = Alignment::left;
-    // False writes '&' as it is, for texts from outside.
+    /// False writes '&' as it is, for texts from outside.
     bool accessKeys = true;
-    // Underlined, with a pointing hand: the Tab key stops at it, Space and the arrow down click it.
+    /// Underlined, with a pointing hand: the Tab key stops at it, Space and the arrow down click it.
     bool link = false;
 };
 

@@ -23,14 +23,10 @@ constexpr KeyName kKeyNames[] = {{L"Del", VK_DELETE}, {L"Ins", VK_INSERT},   {L"
                                  {L"Tab", VK_TAB},    {L"Space", VK_SPACE}};
 
 WORD functionKey(const std::wstring& name) {
-    if (name.size() < 2 || name.size() > 3 || name[0] != L'F') {
-        return 0;
-    }
+    if (name.size() < 2 || name.size() > 3 || name[0] != L'F') return 0;
     int number = 0;
     for (const wchar_t c : name.substr(1)) {
-        if (c < L'0' || c > L'9') {
-            return 0;
-        }
+        if (c < L'0' || c > L'9') return 0;
         number = number * 10 + (c - L'0');
     }
     return number >= 1 && number <= 24 ? static_cast<WORD>(VK_F1 + number - 1) : WORD{0};
@@ -42,20 +38,14 @@ WORD keyNamed(const std::wstring& name) {
         return static_cast<WORD>(name[0]);
     }
     for (const KeyName& known : kKeyNames) {
-        if (name == known.name) {
-            return known.key;
-        }
+        if (name == known.name) return known.key;
     }
     return functionKey(name);
 }
 
 BYTE modifierNamed(const std::wstring& name) {
-    if (name == L"Ctrl") {
-        return FCONTROL;
-    }
-    if (name == L"Shift") {
-        return FSHIFT;
-    }
+    if (name == L"Ctrl") return FCONTROL;
+    if (name == L"Shift") return FSHIFT;
     return name == L"Alt" ? BYTE{FALT} : BYTE{0};
 }
 
@@ -77,23 +67,17 @@ ACCEL parseShortcut(const std::wstring& shortcut) {
     for (std::size_t plus = shortcut.find(L'+'); plus != std::wstring::npos;
          plus = shortcut.find(L'+', start)) {
         const BYTE modifier = modifierNamed(shortcut.substr(start, plus - start));
-        if (!modifier) {
-            throw std::invalid_argument("unknown modifier in a menu shortcut");
-        }
+        if (!modifier) throw std::invalid_argument("unknown modifier in a menu shortcut");
         accelerator.fVirt = static_cast<BYTE>(accelerator.fVirt | modifier);
         start = plus + 1;
     }
     accelerator.key = keyNamed(shortcut.substr(start));
-    if (!accelerator.key) {
-        throw std::invalid_argument("unknown key in a menu shortcut");
-    }
+    if (!accelerator.key) throw std::invalid_argument("unknown key in a menu shortcut");
     return accelerator;
 }
 
 void MenuItem::changed() {
-    if (bar_) {
-        bar_->itemChanged(*this);
-    }
+    if (bar_) bar_->itemChanged(*this);
 }
 
 void MenuItem::setCaption(const std::wstring& caption) {
@@ -113,23 +97,19 @@ void MenuItem::setChecked(bool checked) {
 
 void MenuItem::setVisible(bool visible) {
     visible_ = visible;
-    if (bar_) {
-        bar_->rebuild();
-    }
+    if (bar_) bar_->rebuild();
 }
 
 MenuBar::~MenuBar() { release(); }
 
 void MenuBar::release() {
     if (menu_) {
-        if (window_ && GetMenu(window_) == menu_) {
-            SetMenu(window_, nullptr);
-        }
-        DestroyMenu(menu_);
+        if (window_ && ::GetMenu(window_) == menu_) ::SetMenu(window_, nullptr);
+        ::DestroyMenu(menu_);
         menu_ = nullptr;
     }
     if (accelerators_) {
-        DestroyAcceleratorTable(accelerators_);
+        ::DestroyAcceleratorTable(accelerators_);
         accelerators_ = nullptr;
     }
 }
@@ -149,9 +129,7 @@ void MenuBar::append(const MenuRow& row) {
 
 void MenuBar::add(const MenuRow& row) {
     MenuItem& item = row.item;
-    if (row.shortcut[0]) {
-        parseShortcut(row.shortcut);
-    }
+    if (row.shortcut[0]) parseShortcut(row.shortcut);
     item.bar_ = this;
     item.name_ = row.name;
     item.caption_ = row.caption;
@@ -173,12 +151,12 @@ MenuItem* MenuBar::find(const std::wstring& name) const {
 
 void MenuBar::attach(HWND window) {
     window_ = window;
-    SetMenu(window, menu_ && GetMenuItemCount(menu_) > 0 ? menu_ : nullptr);
+    ::SetMenu(window, menu_ && ::GetMenuItemCount(menu_) > 0 ? menu_ : nullptr);
 }
 
 void MenuBar::detach() {
     if (window_) {
-        SetMenu(window_, nullptr);
+        ::SetMenu(window_, nullptr);
         window_ = nullptr;
     }
 }
@@ -186,12 +164,12 @@ void MenuBar::detach() {
 void MenuBar::rebuild() {
     const HWND window = window_;
     release();
-    menu_ = CreateMenu();
+    menu_ = ::CreateMenu();
     fill(menu_, 0, 0);
     makeAccelerators();
     if (window) {
         attach(window);
-        DrawMenuBar(window);
+        ::DrawMenuBar(window);
     }
 }
 
@@ -204,9 +182,7 @@ bool MenuBar::hasEntriesBelow(std::size_t index) const {
 std::size_t MenuBar::fill(HMENU menu, std::size_t first, int depth) const {
     std::size_t index = first;
     while (index < items_.size() && items_[index]->depth_ >= depth) {
-        if (items_[index]->depth_ == depth && items_[index]->visible_) {
-            appendEntry(menu, index);
-        }
+        if (items_[index]->depth_ == depth && items_[index]->visible_) appendEntry(menu, index);
         ++index;
     }
     return index;
@@ -226,10 +202,10 @@ void MenuBar::appendEntry(HMENU menu, std::size_t index) const {
         info.fType = MFT_SEPARATOR;
     } else if (hasEntriesBelow(index)) {
         info.fMask |= MIIM_SUBMENU;
-        info.hSubMenu = CreatePopupMenu();
+        info.hSubMenu = ::CreatePopupMenu();
         fill(info.hSubMenu, index + 1, item.depth_ + 1);
     }
-    InsertMenuItemW(menu, static_cast<UINT>(GetMenuItemCount(menu)), TRUE, &info);
+    ::InsertMenuItemW(menu, static_cast<UINT>(::GetMenuItemCount(menu)), TRUE, &info);
 }
 
 void MenuBar::makeAccelerators() {
@@ -241,14 +217,12 @@ void MenuBar::makeAccelerators() {
         }
     }
     if (!table.empty()) {
-        accelerators_ = CreateAcceleratorTableW(table.data(), static_cast<int>(table.size()));
+        accelerators_ = ::CreateAcceleratorTableW(table.data(), static_cast<int>(table.size()));
     }
 }
 
 void MenuBar::itemChanged(const MenuItem& item) {
-    if (!menu_ || !item.visible_) {
-        return;
-    }
+    if (!menu_ || !item.visible_) return;
     MENUITEMINFOW info{};
     info.cbSize = sizeof info;
     info.fMask = MIIM_STATE | MIIM_STRING;
@@ -257,18 +231,14 @@ void MenuBar::itemChanged(const MenuItem& item) {
     info.dwTypeData = text.data();
     // By command, so that the entry is found at any depth. Nothing happens for an entry inside a
     // submenu that is not visible: popUp makes that one when it is needed.
-    SetMenuItemInfoW(menu_, static_cast<UINT>(item.id()), FALSE, &info);
-    if (window_ && item.depth_ == 0) {
-        DrawMenuBar(window_);
-    }
+    ::SetMenuItemInfoW(menu_, static_cast<UINT>(item.id()), FALSE, &info);
+    if (window_ && item.depth_ == 0) ::DrawMenuBar(window_);
 }
 
 bool MenuBar::command(int id) {
     for (const MenuItem* item : items_) {
         if (item->id() == id && item->enabled()) {
-            if (const auto procedure = item->onClick) {
-                procedure();
-            }
+            if (const auto procedure = item->onClick) procedure();
             return true;
         }
     }
@@ -277,18 +247,14 @@ bool MenuBar::command(int id) {
 
 void MenuBar::popUp(const MenuItem& item, HWND owner, POINT at) {
     const auto found = std::find(items_.begin(), items_.end(), &item);
-    if (found == items_.end()) {
-        return;
-    }
-    const HMENU menu = CreatePopupMenu();
+    if (found == items_.end()) return;
+    const HMENU menu = ::CreatePopupMenu();
     fill(menu, static_cast<std::size_t>(std::distance(items_.begin(), found)) + 1, item.depth_ + 1);
     wakePosted();
     const int chosen =
-        TrackPopupMenu(menu, TPM_RETURNCMD | TPM_RIGHTBUTTON, at.x, at.y, 0, owner, nullptr);
-    DestroyMenu(menu);
-    if (chosen) {
-        command(chosen);
-    }
+        ::TrackPopupMenu(menu, TPM_RETURNCMD | TPM_RIGHTBUTTON, at.x, at.y, 0, owner, nullptr);
+    ::DestroyMenu(menu);
+    if (chosen) command(chosen);
 }
 
 }  // namespace forms

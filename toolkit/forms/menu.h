@@ -42,11 +42,11 @@ public:
     bool visible() const { return visible_; }
     void setVisible(bool visible);
     const std::wstring& shortcut() const { return shortcut_; }
-    // Free for the form's use.
+    /// Free for the form's use.
     const std::wstring& tag() const { return tag_; }
     void setTag(const std::wstring& tag) { tag_ = tag; }
 
-    // What Windows knows the entry by in WM_COMMAND; 0 before it is in a menu.
+    /// What Windows knows the entry by in WM_COMMAND; 0 before it is in a menu.
     int id() const { return id_; }
 
     std::function<void()> onClick;
@@ -73,7 +73,7 @@ struct MenuRow {
     const wchar_t* name = L"";
     const wchar_t* caption = L"";
     std::function<void()> onClick = nullptr;
-    // "Ctrl+O", "F3", "Ctrl+Shift+Del"; empty for none.
+    /// "Ctrl+O", "F3", "Ctrl+Shift+Del"; empty for none.
     const wchar_t* shortcut = L"";
     bool visible = true;
     bool enabled = true;
@@ -86,27 +86,27 @@ public:
     MenuBar(const MenuBar&) = delete;
     MenuBar& operator=(const MenuBar&) = delete;
 
-    // Throws std::invalid_argument for a shortcut that is none.
+    /// Throws std::invalid_argument for a shortcut that is none.
     void build(const std::vector<MenuRow>& rows);
-    // One more row at the end, for entries known only at run time. The item must outlive the bar
-    // or its next build.
+    /// One more row at the end, for entries known only at run time. The item must outlive the bar
+    /// or its next build.
     void append(const MenuRow& row);
 
     bool empty() const { return items_.empty(); }
     const std::vector<MenuItem*>& items() const { return items_; }
     MenuItem* find(const std::wstring& name) const;
 
-    // Puts the menu on a window, or takes it off when there is nothing visible in it.
+    /// Puts the menu on a window, or takes it off when there is nothing visible in it.
     void attach(HWND window);
-    // Before the window is destroyed, which would destroy the menu with it.
+    /// Before the window is destroyed, which would destroy the menu with it.
     void detach();
     HMENU handle() const { return menu_; }
     HACCEL accelerators() const { return accelerators_; }
 
-    // Runs the entry that WM_COMMAND named. False when it is none of ours or disabled.
+    /// Runs the entry that WM_COMMAND named. False when it is none of ours or disabled.
     bool command(int id);
 
-    // Shows the entries under `item` at a place on the screen, waits for the choice and runs it.
+    /// Shows the entries under `item` at a place on the screen, waits for the choice and runs it.
     void popUp(const MenuItem& item, HWND owner, POINT at);
 
 private:
@@ -127,7 +127,7 @@ private:
     HACCEL accelerators_ = nullptr;
 };
 
-// "Ctrl+Shift+F3" as an accelerator without a command. Throws std::invalid_argument.
+/// "Ctrl+Shift+F3" as an accelerator without a command. Throws std::invalid_argument.
 ACCEL parseShortcut(const std::wstring& shortcut);
 
 }  // namespace forms

@@ -36,9 +36,7 @@ void ProgressBar::showRange() {
 }
 
 void ProgressBar::showValue() {
-    if (isCreated()) {
-        send(PBM_SETPOS, static_cast<WPARAM>(value_));
-    }
+    if (isCreated()) send(PBM_SETPOS, static_cast<WPARAM>(value_));
 }
 
 }  // namespace forms

@@ -18,8 +18,8 @@ constexpr int kPanelPadding = 14;
 
 std::wstring timeOfDay() {
     wchar_t text[80] = L"";
-    GetTimeFormatEx(LOCALE_NAME_USER_DEFAULT, TIME_NOSECONDS, nullptr, nullptr, text,
-                    static_cast<int>(std::size(text)));
+    ::GetTimeFormatEx(LOCALE_NAME_USER_DEFAULT, TIME_NOSECONDS, nullptr, nullptr, text,
+                      static_cast<int>(std::size(text)));
     return text;
 }
 
@@ -32,9 +32,7 @@ void StatusBar::setPanels(const std::vector<PanelSpec>& panels) {
     for (const PanelSpec& spec : panels) {
         panels_.push_back(Panel(*this, static_cast<int>(panels_.size()), spec));
     }
-    if (isCreated()) {
-        created();
-    }
+    if (isCreated()) created();
 }
 
 StatusBar::Panel& StatusBar::panel(int number) {
@@ -43,22 +41,16 @@ StatusBar::Panel& StatusBar::panel(int number) {
 
 StatusBar::Panel& StatusBar::panel(const std::wstring& key) {
     for (Panel& candidate : panels_) {
-        if (candidate.key() == key) {
-            return candidate;
-        }
+        if (candidate.key() == key) return candidate;
     }
     throw std::out_of_range("no status bar panel of that key");
 }
 
 void StatusBar::Panel::setText(const std::wstring& text) {
-    if (text == text_) {
-        return;
-    }
+    if (text == text_) return;
     text_ = text;
     if (bar_.isCreated()) {
-        if (spec_.width != PanelWidth::spring) {
-            bar_.layOut();
-        }
+        if (spec_.width != PanelWidth::spring) bar_.layOut();
         bar_.showText(*this);
     }
 }
@@ -76,10 +68,10 @@ Control::Kind StatusBar::kind() const {
 void StatusBar::created() {
     edges_.clear();
     if (hasClock()) {
-        SetTimer(hwnd(), kClockTimer, kClockInterval, nullptr);
+        ::SetTimer(hwnd(), kClockTimer, kClockInterval, nullptr);
         showTime();
     } else {
-        KillTimer(hwnd(), kClockTimer);
+        ::KillTimer(hwnd(), kClockTimer);
     }
     layOut();
     for (const Panel& panel : panels_) {
@@ -94,9 +86,7 @@ bool StatusBar::hasClock() const {
 
 void StatusBar::showTime() {
     for (Panel& panel : panels_) {
-        if (panel.spec_.kind == PanelKind::clock) {
-            panel.setText(timeOfDay());
-        }
+        if (panel.spec_.kind == PanelKind::clock) panel.setText(timeOfDay());
     }
 }
 
@@ -150,11 +140,9 @@ void StatusBar::share(std::vector<int>& widths, int spare) const {
 
 // Windows wants the right edge of every panel, and paints the whole bar when it gets them.
 void StatusBar::layOut() {
-    if (panels_.empty()) {
-        return;
-    }
+    if (panels_.empty()) return;
     RECT client{};
-    GetClientRect(hwnd(), &client);
+    ::GetClientRect(hwnd(), &client);
     std::vector<int> widths;
     for (const Panel& panel : panels_) {
         widths.push_back(widthInPixels(panel));

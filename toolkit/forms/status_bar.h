@@ -18,18 +18,18 @@
 
 namespace forms {
 
-// What a panel's width follows from: a given width; what the others leave, shared among the
-// springs; or the panel's text.
+/// What a panel's width follows from: a given width; what the others leave, shared among the
+/// springs; or the panel's text.
 enum class PanelWidth { fixed, spring, content };
 
-// A clock shows the time of day, as the user's settings write it.
+/// A clock shows the time of day, as the user's settings write it.
 enum class PanelKind { text, clock };
 
 struct PanelSpec {
     std::wstring key = {};
     PanelWidth width = PanelWidth::fixed;
-    // The fixed width, or the least width of the others. Where there is not room for all, empty
-    // room goes first.
+    /// The fixed width, or the least width of the others. Where there is not room for all, empty
+    /// room goes first.
     Twips twips = Twips(1440);
     PanelKind kind = PanelKind::text;
 };
@@ -40,7 +40,7 @@ public:
     public:
         const std::wstring& key() const { return spec_.key; }
         const std::wstring& text() const { return text_; }
-        // Control characters are shown as blanks.
+        /// Control characters are shown as blanks.
         void setText(const std::wstring& text);
         Twips width() const;
 
@@ -59,7 +59,7 @@ public:
 
     void setPanels(const std::vector<PanelSpec>& panels);
     int panelCount() const { return static_cast<int>(panels_.size()); }
-    // Both throw std::out_of_range.
+    /// Both throw std::out_of_range.
     Panel& panel(int number);
     Panel& panel(const std::wstring& key);
 

@@ -46,45 +46,33 @@ void TabStrip::setTabCaption(int tab, const std::wstring& caption) {
         item.pszText = captions_[index(tab)].data();
         send(TCM_SETITEMW, static_cast<WPARAM>(tab), reinterpret_cast<LPARAM>(&item));
         // The control forgets to erase what a shorter caption leaves beside the last tab.
-        InvalidateRect(hwnd(), nullptr, TRUE);
+        ::InvalidateRect(hwnd(), nullptr, TRUE);
     }
 }
 
 void TabStrip::setTab(int tab) {
-    if (tab < 0 || tab >= tabCount()) {
-        throw std::out_of_range("no such tab");
-    }
-    if (isCreated()) {
-        send(TCM_SETCURSEL, static_cast<WPARAM>(tab));
-    }
+    if (tab < 0 || tab >= tabCount()) throw std::out_of_range("no such tab");
+    if (isCreated()) send(TCM_SETCURSEL, static_cast<WPARAM>(tab));
     switchTo(tab);
 }
 
 void TabStrip::switchTo(int tab) {
-    if (tab == current_) {
-        return;
-    }
+    if (tab == current_) return;
     const Control* focused = nullptr;
     for (const Control* control : contained()) {
-        if (control->tab() == current_ && control->hasFocus()) {
-            focused = control;
-        }
+        if (control->tab() == current_ && control->hasFocus()) focused = control;
     }
     const int previous = std::exchange(current_, tab);
     if (isCreated()) {
         applyVisibility();
         keepFocusSeen(focused);
     }
-    if (const auto procedure = onTabClick) {
-        procedure(previous);
-    }
+    if (const auto procedure = onTabClick) procedure(previous);
 }
 
 // Windows leaves the focus on a window that gets hidden; the keyboard would be lost.
 void TabStrip::keepFocusSeen(const Control* focused) {
-    if (!focused) {
-        return;
-    }
+    if (!focused) return;
     for (Control* control : contained()) {
         if (control->isShown() && control->enabled() && control->tabStop()) {
             control->setFocus();
@@ -95,17 +83,11 @@ void TabStrip::keepFocusSeen(const Control* focused) {
 }
 
 bool TabStrip::formKey(int key, unsigned shift) {
-    if (!(shift & kCtrl) || (shift & kAlt) || tabCount() == 0) {
-        return false;
-    }
+    if (!(shift & kCtrl) || (shift & kAlt) || tabCount() == 0) return false;
     const bool tabKey = key == VK_TAB;
-    if (!tabKey && (shift & kShift)) {
-        return false;
-    }
+    if (!tabKey && (shift & kShift)) return false;
     const bool back = key == VK_PRIOR || (tabKey && (shift & kShift));
-    if (!tabKey && key != VK_PRIOR && key != VK_NEXT) {
-        return false;
-    }
+    if (!tabKey && key != VK_PRIOR && key != VK_NEXT) return false;
     setTab((current_ + (back ? tabCount() - 1 : 1)) % tabCount());
     return true;
 }
@@ -132,11 +114,11 @@ RECT TabStrip::page() const {
 }
 
 void TabStrip::paintBackground(HDC dc) {
-    const HTHEME theme = OpenThemeData(hwnd(), L"TAB");
+    const HTHEME theme = ::OpenThemeData(hwnd(), L"TAB");
     if (theme) {
         const RECT rect = page();
-        DrawThemeBackground(theme, dc, TABP_BODY, 0, &rect, nullptr);
-        CloseThemeData(theme);
+        ::DrawThemeBackground(theme, dc, TABP_BODY, 0, &rect, nullptr);
+        ::CloseThemeData(theme);
     }
 }
 

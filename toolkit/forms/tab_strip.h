@@ -26,13 +26,13 @@ public:
     void setTabCaption(int tab, const std::wstring& caption);
 
     int currentTab() const { return current_; }
-    // Throws std::out_of_range. Raises onTabClick when the tab changes.
+    /// Throws std::out_of_range. Raises onTabClick when the tab changes.
     void setTab(int tab);
 
-    // The height of the row of tabs.
+    /// The height of the row of tabs.
     Twips tabHeight() const;
 
-    // Another tab became current; given is the one that was.
+    /// Another tab became current; given is the one that was.
     std::function<void(int previousTab)> onTabClick;
 
     bool showsTab(int tab) const override { return tab == current_; }

@@ -4,21 +4,11 @@ namespace forms {
 
 Control::Kind TextBox::kind() const {
     DWORD style = WS_TABSTOP;
-    if (options_.multiLine) {
-        style |= ES_MULTILINE | ES_AUTOVSCROLL | ES_WANTRETURN;
-    }
-    if (!options_.multiLine || options_.horizontalScroll) {
-        style |= ES_AUTOHSCROLL;
-    }
-    if (options_.readOnly) {
-        style |= ES_READONLY;
-    }
-    if (options_.verticalScroll) {
-        style |= WS_VSCROLL;
-    }
-    if (options_.multiLine && options_.horizontalScroll) {
-        style |= WS_HSCROLL;
-    }
+    if (options_.multiLine) style |= ES_MULTILINE | ES_AUTOVSCROLL | ES_WANTRETURN;
+    if (!options_.multiLine || options_.horizontalScroll) style |= ES_AUTOHSCROLL;
+    if (options_.readOnly) style |= ES_READONLY;
+    if (options_.verticalScroll) style |= WS_VSCROLL;
+    if (options_.multiLine && options_.horizontalScroll) style |= WS_HSCROLL;
     return {.className = L"EDIT", .style = style, .exStyle = WS_EX_CLIENTEDGE};
 }
 
@@ -58,26 +48,20 @@ bool TextBox::reflected(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& res
     if (message == WM_CTLCOLORSTATIC && enabled()) {
         // Read-only text is still text, not part of the form's surface.
         const auto dc = reinterpret_cast<HDC>(wParam);
-        SetTextColor(dc, GetSysColor(COLOR_WINDOWTEXT));
-        SetBkColor(dc, GetSysColor(COLOR_WINDOW));
-        result = reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_WINDOW));
+        ::SetTextColor(dc, ::GetSysColor(COLOR_WINDOWTEXT));
+        ::SetBkColor(dc, ::GetSysColor(COLOR_WINDOW));
+        result = reinterpret_cast<LRESULT>(::GetSysColorBrush(COLOR_WINDOW));
         return true;
     }
-    if (message == WM_CTLCOLORSTATIC) {
-        return false;
-    }
+    if (message == WM_CTLCOLORSTATIC) return false;
     return Control::reflected(message, wParam, lParam, result);
 }
 
 LRESULT TextBox::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     // A box of several lines takes Escape for the wish to close the dialog that it stands in.
-    if (message == WM_KEYDOWN && wParam == VK_ESCAPE && options_.multiLine) {
-        return 0;
-    }
+    if (message == WM_KEYDOWN && wParam == VK_ESCAPE && options_.multiLine) return 0;
     const LRESULT result = Control::handleMessage(message, wParam, lParam);
-    if (message == WM_LBUTTONUP) {
-        fire(onClick);
-    }
+    if (message == WM_LBUTTONUP) fire(onClick);
     return result;
 }
 

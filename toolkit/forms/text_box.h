@@ -15,7 +15,7 @@ struct TextBoxOptions {
     bool multiLine = false;
     bool readOnly = false;
     bool verticalScroll = false;
-    // Without it the lines of a multi-line box wrap.
+    /// Without it the lines of a multi-line box wrap.
     bool horizontalScroll = false;
 };
 
@@ -26,7 +26,7 @@ public:
     void setReadOnly(bool readOnly);
     bool readOnly() const { return options_.readOnly; }
 
-    // In characters from the start of the text.
+    /// In characters from the start of the text.
     struct Selection {
         int start = 0;
         int length = 0;

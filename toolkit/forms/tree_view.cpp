@@ -38,9 +38,7 @@ void TreeNode::setBold(bool bold) {
 }
 
 bool TreeNode::expanded() const {
-    if (!firstChild_) {
-        return expanded_;
-    }
+    if (!firstChild_) return expanded_;
     const LRESULT state =
         tree_.send(TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item_), TVIS_EXPANDED);
     return (state & TVIS_EXPANDED) != 0;
@@ -73,7 +71,8 @@ void TreeView::created() {
     send(TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
     if (options_.checkBoxes) {
         // Given when the window is made, the style comes too early for its pictures.
-        SetWindowLongPtrW(hwnd(), GWL_STYLE, GetWindowLongPtrW(hwnd(), GWL_STYLE) | TVS_CHECKBOXES);
+        ::SetWindowLongPtrW(hwnd(), GWL_STYLE,
+                            ::GetWindowLongPtrW(hwnd(), GWL_STYLE) | TVS_CHECKBOXES);
     }
 }
 
@@ -102,9 +101,7 @@ TreeNode& TreeView::add(TreeNode* parent, const std::wstring& key, const std::ws
     }
     nodes_.push_back(std::unique_ptr<TreeNode>(new TreeNode(*this, key, text, nodeCount())));
     TreeNode& node = *nodes_.back();
-    if (!key.empty()) {
-        byKey_.emplace(key, &node);
-    }
+    if (!key.empty()) byKey_.emplace(key, &node);
     link(node, parent);
     return node;
 }
@@ -117,9 +114,7 @@ void TreeView::link(TreeNode& node, TreeNode* parent) {
     TreeNode* previous = std::exchange(last, &node);
     (previous ? previous->next_ : first) = &node;
     insertItem(node, previous);
-    if (parent && ++parent->childCount_ == 1 && parent->expanded_) {
-        parent->setExpanded(true);
-    }
+    if (parent && ++parent->childCount_ == 1 && parent->expanded_) parent->setExpanded(true);
 }
 
 void TreeView::insertItem(TreeNode& node, const TreeNode* previous) {
@@ -132,9 +127,7 @@ void TreeView::insertItem(TreeNode& node, const TreeNode* previous) {
     insertion.itemex.lParam = reinterpret_cast<LPARAM>(&node);
     node.item_ =
         reinterpret_cast<HTREEITEM>(send(TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insertion)));
-    if (!node.item_) {
-        throw std::runtime_error("the tree control took no more nodes");
-    }
+    if (!node.item_) throw std::runtime_error("the tree control took no more nodes");
 }
 
 void TreeView::clear() {
@@ -156,9 +149,7 @@ TreeNode& TreeView::node(int index) const {
 
 TreeNode& TreeView::node(const std::wstring& key) const {
     TreeNode* found = find(key);
-    if (!found) {
-        throw TreeError(TreeError::kElementNotFound, "the tree has no node of that key");
-    }
+    if (!found) throw TreeError(TreeError::kElementNotFound, "the tree has no node of that key");
     return *found;
 }
 
@@ -171,9 +162,7 @@ TreeNode* TreeView::nodeOf(HTREEITEM item) const {
     TVITEMEXW info{};
     info.mask = TVIF_HANDLE | TVIF_PARAM;
     info.hItem = item;
-    if (!item || !send(TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&info))) {
-        return nullptr;
-    }
+    if (!item || !send(TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&info))) return nullptr;
     return reinterpret_cast<TreeNode*>(info.lParam);
 }
 
@@ -188,13 +177,9 @@ void TreeView::setSelected(TreeNode* node) {
 TreeView::View TreeView::view() const {
     View view;
     for (const auto& node : nodes_) {
-        if (node->firstChild_ && node->expanded()) {
-            view.open.push_back(node->key());
-        }
+        if (node->firstChild_ && node->expanded()) view.open.push_back(node->key());
     }
-    if (const TreeNode* node = selected()) {
-        view.selected = node->key();
-    }
+    if (const TreeNode* node = selected()) view.selected = node->key();
     if (const TreeNode* node =
             nodeOf(reinterpret_cast<HTREEITEM>(send(TVM_GETNEXTITEM, TVGN_FIRSTVISIBLE)))) {
         view.top = node->key();
@@ -204,9 +189,7 @@ TreeView::View TreeView::view() const {
 
 void TreeView::setView(const View& view) {
     for (const std::wstring& key : view.open) {
-        if (TreeNode* node = find(key)) {
-            node->setExpanded(true);
-        }
+        if (TreeNode* node = find(key)) node->setExpanded(true);
     }
     // Some versions of the control do not scroll to the node that is selected, and to select one
     // that is out of sight scrolls: so before it and behind it.
@@ -218,9 +201,7 @@ void TreeView::setView(const View& view) {
 }
 
 void TreeView::scrollToTop(const TreeNode* node) const {
-    if (node) {
-        send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(node->item_));
-    }
+    if (node) send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(node->item_));
 }
 
 HTREEITEM TreeView::itemAt(POINT point, UINT& where) const {
@@ -287,9 +268,7 @@ void TreeView::handleNotification(const NMHDR& header) {
             const auto& change = reinterpret_cast<const NMTREEVIEWW&>(header);
             auto* node = reinterpret_cast<TreeNode*>(change.itemNew.lParam);
             const auto procedure = onNodeClick;
-            if (change.itemNew.hItem && node && procedure) {
-                procedure(*node);
-            }
+            if (change.itemNew.hItem && node && procedure) procedure(*node);
             break;
         }
         default:
@@ -298,23 +277,17 @@ void TreeView::handleNotification(const NMHDR& header) {
 }
 
 void TreeView::handleClick() {
-    const DWORD position = GetMessagePos();
+    const DWORD position = ::GetMessagePos();
     POINT point{static_cast<short>(LOWORD(position)), static_cast<short>(HIWORD(position))};
-    ScreenToClient(hwnd(), &point);
+    ::ScreenToClient(hwnd(), &point);
     UINT where = 0;
     const HTREEITEM item = itemAt(point, where);
-    if (where & TVHT_ONITEMSTATEICON) {
-        noteToggle(item);
-    }
+    if (where & TVHT_ONITEMSTATEICON) noteToggle(item);
 }
 
 void TreeView::noteToggle(HTREEITEM item) {
-    if (!options_.checkBoxes || !item) {
-        return;
-    }
-    if (toggled_.empty()) {
-        PostMessageW(hwnd(), kReportToggles, 0, 0);
-    }
+    if (!options_.checkBoxes || !item) return;
+    if (toggled_.empty()) ::PostMessageW(hwnd(), kReportToggles, 0, 0);
     toggled_.push_back(item);
 }
 
@@ -325,13 +298,9 @@ void TreeView::reportToggles() {
         const LRESULT state =
             send(TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), TVIS_STATEIMAGEMASK);
         const bool checked = (static_cast<UINT>(state) & TVIS_STATEIMAGEMASK) == checkState(true);
-        if (!node || node->checked_ == checked) {
-            continue;
-        }
+        if (!node || node->checked_ == checked) continue;
         node->checked_ = checked;
-        if (const auto procedure = onNodeCheck) {
-            procedure(*node);
-        }
+        if (const auto procedure = onNodeCheck) procedure(*node);
     }
 }
 
@@ -344,9 +313,7 @@ LRESULT TreeView::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void TreeView::beginUpdate() {
-    if (updates_++ == 0 && isCreated()) {
-        setRedraw(false);
-    }
+    if (updates_++ == 0 && isCreated()) setRedraw(false);
 }
 
 void TreeView::endUpdate() {
@@ -354,7 +321,7 @@ void TreeView::endUpdate() {
         setRedraw(true);
         // Allowing the drawing also marks the window as visible, which it may not be.
         applyVisibility();
-        RedrawWindow(hwnd(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME);
+        ::RedrawWindow(hwnd(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME);
     }
 }
 
@@ -362,7 +329,7 @@ void TreeView::endUpdate() {
 // repaint each item that changes. A window that counts as invisible makes those requests free.
 void TreeView::setRedraw(bool allowed) {
     send(WM_SETREDRAW, allowed);
-    DefWindowProcW(hwnd(), WM_SETREDRAW, allowed, 0);
+    ::DefWindowProcW(hwnd(), WM_SETREDRAW, allowed, 0);
 }
 
 }  // namespace forms

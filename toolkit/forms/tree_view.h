@@ -27,8 +27,8 @@ namespace forms {
 
 class TreeView;
 
-// A key that is not in the tree, or is in it already. The numbers are those that programs of this
-// kind customarily report.
+/// A key that is not in the tree, or is in it already. The numbers are those that programs of this
+/// kind customarily report.
 class TreeError : public std::runtime_error {
 public:
     static constexpr int kIndexOutOfBounds = 35600;
@@ -50,12 +50,12 @@ public:
     TreeNode& operator=(const TreeNode&) = delete;
 
     const std::wstring& key() const { return key_; }
-    // From 0, in the order of adding.
+    /// From 0, in the order of adding.
     int index() const { return index_; }
 
     const std::wstring& text() const { return text_; }
     void setText(const std::wstring& text);
-    // Free for the form's use.
+    /// Free for the form's use.
     const std::wstring& tag() const { return tag_; }
     void setTag(const std::wstring& tag) { tag_ = tag; }
 
@@ -63,17 +63,17 @@ public:
     void setChecked(bool checked);
     bool bold() const { return bold_; }
     void setBold(bool bold);
-    // A node without children remembers that it is to be open as soon as it has some.
+    /// A node without children remembers that it is to be open as soon as it has some.
     bool expanded() const;
     void setExpanded(bool expanded);
 
-    // Null at the top, at a node without children, at the last of its siblings.
+    /// Null at the top, at a node without children, at the last of its siblings.
     TreeNode* parent() const { return parent_; }
     TreeNode* child() const { return firstChild_; }
     TreeNode* next() const { return next_; }
     int childCount() const { return childCount_; }
 
-    // Opens the nodes above and scrolls.
+    /// Opens the nodes above and scrolls.
     void ensureVisible();
 
 private:
@@ -105,24 +105,24 @@ class TreeView : public Control {
 public:
     explicit TreeView(const TreeViewOptions& options = {}) : options_(options) {}
 
-    // Both throw TreeError when the key is in the tree already. An empty key is none.
+    /// Both throw TreeError when the key is in the tree already. An empty key is none.
     TreeNode& addRoot(const std::wstring& key, const std::wstring& text);
     TreeNode& addChild(TreeNode& parent, const std::wstring& key, const std::wstring& text);
     void clear();
 
     int nodeCount() const { return static_cast<int>(nodes_.size()); }
-    // By index from 0; by key. Both throw TreeError; find returns null instead.
+    /// By index from 0; by key. Both throw TreeError; find returns null instead.
     TreeNode& node(int index) const;
     TreeNode& node(const std::wstring& key) const;
     TreeNode* find(const std::wstring& key) const;
     TreeNode* firstRoot() const { return firstRoot_; }
 
-    // Null when nothing is selected.
+    /// Null when nothing is selected.
     TreeNode* selected() const;
     void setSelected(TreeNode* node);
 
-    // What the user has opened, selected and scrolled to, by the keys of the nodes: for a tree that
-    // is made anew. Keys that the tree has not are passed over.
+    /// What the user has opened, selected and scrolled to, by the keys of the nodes: for a tree that
+    /// is made anew. Keys that the tree has not are passed over.
     struct View {
         std::vector<std::wstring> open = {};
         std::wstring selected = {};
@@ -131,11 +131,11 @@ public:
     View view() const;
     void setView(const View& view);
 
-    // The node whose row is at that place in the control, or null.
+    /// The node whose row is at that place in the control, or null.
     TreeNode* hitTest(Twips x, Twips y) const;
 
     std::function<void(TreeNode&)> onNodeCheck;
-    // Another node was selected.
+    /// Another node was selected.
     std::function<void(TreeNode&)> onNodeClick;
 
 protected:
@@ -177,7 +177,7 @@ private:
     int updates_ = 0;
 };
 
-// Holds back the drawing of a tree until the end of the block.
+/// Holds back the drawing of a tree until the end of the block.
 class TreeUpdate {
 public:
     explicit TreeUpdate(TreeView& tree) : tree_(tree) { tree_.beginUpdate(); }

@@ -15,8 +15,8 @@
 
 namespace forms {
 
-// A length of 1/1440 inch. Layouts are computed in fractions of twips and rounded once, when they
-// become pixels.
+/// A length of 1/1440 inch. Layouts are computed in fractions of twips and rounded once, when they
+/// become pixels.
 struct Twips {
     double value = 0;
 
@@ -44,7 +44,7 @@ constexpr Twips operator""_tw(unsigned long long twips) {
 constexpr Twips operator""_tw(long double twips) { return Twips(static_cast<double>(twips)); }
 }  // namespace literals
 
-// A whole number of device pixels.
+/// A whole number of device pixels.
 struct Pixels {
     int value = 0;
 
@@ -57,7 +57,7 @@ struct Pixels {
 constexpr Pixels operator+(Pixels a, Pixels b) { return Pixels(a.value + b.value); }
 constexpr Pixels operator-(Pixels a, Pixels b) { return Pixels(a.value - b.value); }
 
-// Dots per inch of a display: 96 is 100 %, 144 is 150 %, 192 is 200 %.
+/// Dots per inch of a display: 96 is 100 %, 144 is 150 %, 192 is 200 %.
 struct Dpi {
     unsigned value = 96;
 
@@ -70,7 +70,7 @@ struct Dpi {
 inline constexpr double kTwipsPerInch = 1440.0;
 inline constexpr double kPointsPerInch = 72.0;
 
-// Rounded to the nearest pixel, halves away from zero.
+/// Rounded to the nearest pixel, halves away from zero.
 constexpr Pixels toPixels(Twips length, Dpi dpi) {
     const double exact = length.value * dpi.value / kTwipsPerInch;
     return Pixels(static_cast<int>(exact < 0 ? exact - 0.5 : exact + 0.5));
@@ -80,8 +80,8 @@ constexpr Twips toTwips(Pixels length, Dpi dpi) {
     return Twips(length.value * kTwipsPerInch / dpi.value);
 }
 
-// A size given in pixels of a 96 dpi display, for the small things that are designed that way
-// (margins, the width of a splitter).
+/// A size given in pixels of a 96 dpi display, for the small things that are designed that way
+/// (margins, the width of a splitter).
 constexpr Pixels scaled(int pixelsAt96, Dpi dpi) {
     return toPixels(toTwips(Pixels(pixelsAt96), Dpi(96)), dpi);
 }

@@ -25,11 +25,11 @@ void writeToDebugger(const std::exception_ptr& error) {
     try {
         std::rethrow_exception(error);
     } catch (const std::exception& e) {
-        OutputDebugStringA("Unexpected error: ");
-        OutputDebugStringA(e.what());
-        OutputDebugStringA("\n");
+        ::OutputDebugStringA("Unexpected error: ");
+        ::OutputDebugStringA(e.what());
+        ::OutputDebugStringA("\n");
     } catch (...) {
-        OutputDebugStringA("Unexpected error of unknown type\n");
+        ::OutputDebugStringA("Unexpected error of unknown type\n");
     }
 }
 
@@ -71,19 +71,19 @@ void reportUnexpectedError(const std::exception_ptr& error) noexcept {
             writeToDebugger(error);
         }
     } catch (...) {
-        OutputDebugStringA("The handler of unexpected errors failed itself\n");
+        ::OutputDebugStringA("The handler of unexpected errors failed itself\n");
     }
 }
 
 void throwLastError(const char* call) {
-    throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), call);
+    throw std::system_error(static_cast<int>(::GetLastError()), std::system_category(), call);
 }
 
 std::wstring windowText(HWND handle) {
-    const auto length = static_cast<std::size_t>(SendMessageW(handle, WM_GETTEXTLENGTH, 0, 0));
+    const auto length = static_cast<std::size_t>(::SendMessageW(handle, WM_GETTEXTLENGTH, 0, 0));
     std::wstring text(length + 1, L'\0');
-    const LRESULT copied = SendMessageW(handle, WM_GETTEXT, static_cast<WPARAM>(text.size()),
-                                        reinterpret_cast<LPARAM>(text.data()));
+    const LRESULT copied = ::SendMessageW(handle, WM_GETTEXT, static_cast<WPARAM>(text.size()),
+                                          reinterpret_cast<LPARAM>(text.data()));
     text.resize(static_cast<std::size_t>(copied));
     return text;
 }
@@ -96,29 +96,23 @@ Window* Window::from(HWND handle) {
 }
 
 void Window::destroy() {
-    if (hwnd_) {
-        DestroyWindow(hwnd_);
-    }
+    if (hwnd_) ::DestroyWindow(hwnd_);
 }
 
-Dpi Window::dpi() const { return Dpi(hwnd_ ? GetDpiForWindow(hwnd_) : GetDpiForSystem()); }
+Dpi Window::dpi() const { return Dpi(hwnd_ ? ::GetDpiForWindow(hwnd_) : ::GetDpiForSystem()); }
 
 void Window::registerClass(const Creation& creation) {
     WNDCLASSEXW definition{};
     definition.cbSize = sizeof definition;
-    definition.hInstance = GetModuleHandleW(nullptr);
-    if (GetClassInfoExW(definition.hInstance, creation.className, &definition)) {
-        return;
-    }
+    definition.hInstance = ::GetModuleHandleW(nullptr);
+    if (::GetClassInfoExW(definition.hInstance, creation.className, &definition)) return;
     definition.style = creation.classStyle;
     definition.lpfnWndProc = &Window::procedure;
     definition.hIcon = creation.icon;
     definition.hIconSm = creation.smallIcon;
-    definition.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    definition.hCursor = ::LoadCursorW(nullptr, IDC_ARROW);
     definition.lpszClassName = creation.className;
-    if (!RegisterClassExW(&definition)) {
-        throwLastError("RegisterClassExW");
-    }
+    if (!::RegisterClassExW(&definition)) throwLastError("RegisterClassExW");
 }
 
 namespace {
@@ -128,9 +122,9 @@ HWND makeWindow(const wchar_t* className, const wchar_t* text, DWORD style, DWOR
     // For a top-level window the same argument is a menu, which forms set later.
     const HMENU idOrMenu =
         (style & WS_CHILD) ? reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)) : nullptr;
-    return CreateWindowExW(exStyle, className, text, style, bounds.left, bounds.top,
-                           bounds.right - bounds.left, bounds.bottom - bounds.top, parent, idOrMenu,
-                           GetModuleHandleW(nullptr), owner);
+    return ::CreateWindowExW(exStyle, className, text, style, bounds.left, bounds.top,
+                             bounds.right - bounds.left, bounds.bottom - bounds.top, parent,
+                             idOrMenu, ::GetModuleHandleW(nullptr), owner);
 }
 
 }  // namespace
@@ -148,12 +142,10 @@ void Window::createStandard(const Creation& creation) {
     const HWND handle =
         makeWindow(creation.className, creation.text, creation.style, creation.exStyle,
                    creation.bounds, creation.parent, creation.id, nullptr);
-    if (!handle) {
-        throwLastError("CreateWindowExW");
-    }
+    if (!handle) throwLastError("CreateWindowExW");
     attach(handle);
     controlProcedure_ = reinterpret_cast<WNDPROC>(
-        SetWindowLongPtrW(handle, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Window::procedure)));
+        ::SetWindowLongPtrW(handle, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Window::procedure)));
 }
 
 void Window::attach(HWND handle) {
@@ -173,7 +165,7 @@ LRESULT CALLBACK Window::procedure(HWND handle, UINT message, WPARAM wParam, LPA
     }
     Window* window = from(handle);
     return window ? window->dispatch(message, wParam, lParam)
-                  : DefWindowProcW(handle, message, wParam, lParam);
+                  : ::DefWindowProcW(handle, message, wParam, lParam);
 }
 
 LRESULT Window::dispatch(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
@@ -183,23 +175,17 @@ LRESULT Window::dispatch(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
         result = handleMessage(message, wParam, lParam);
     } catch (...) {
         // A region left invalid would bring the same failing WM_PAINT again and again.
-        if (message == WM_PAINT) {
-            ValidateRect(handle, nullptr);
-        }
+        if (message == WM_PAINT) ::ValidateRect(handle, nullptr);
         unexpectedError(std::current_exception());
     }
     // Until WM_NCDESTROY the object lives; after any other message it may be gone.
-    if (message == WM_NCDESTROY) {
-        detach();
-    }
+    if (message == WM_NCDESTROY) detach();
     return result;
 }
 
 LRESULT Window::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     LRESULT result = 0;
-    if (reflect(message, wParam, lParam, result)) {
-        return result;
-    }
+    if (reflect(message, wParam, lParam, result)) return result;
     return defaultProcedure(message, wParam, lParam);
 }
 
@@ -211,8 +197,8 @@ bool Window::reflect(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result
 bool Window::reflected(UINT, WPARAM, LPARAM, LRESULT&) { return false; }
 
 LRESULT Window::defaultProcedure(UINT message, WPARAM wParam, LPARAM lParam) {
-    return controlProcedure_ ? CallWindowProcW(controlProcedure_, hwnd_, message, wParam, lParam)
-                             : DefWindowProcW(hwnd_, message, wParam, lParam);
+    return controlProcedure_ ? ::CallWindowProcW(controlProcedure_, hwnd_, message, wParam, lParam)
+                             : ::DefWindowProcW(hwnd_, message, wParam, lParam);
 }
 
 void Window::unexpectedError(const std::exception_ptr& error) noexcept {
@@ -220,7 +206,7 @@ void Window::unexpectedError(const std::exception_ptr& error) noexcept {
 }
 
 LRESULT Window::send(UINT message, WPARAM wParam, LPARAM lParam) const {
-    return SendMessageW(hwnd_, message, wParam, lParam);
+    return ::SendMessageW(hwnd_, message, wParam, lParam);
 }
 
 }  // namespace forms

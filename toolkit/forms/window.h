@@ -27,39 +27,39 @@
 
 namespace forms {
 
-// Called with every exception that a message handler, an event procedure or a posted function let
-// go. The handler must not throw.
+/// Called with every exception that a message handler, an event procedure or a posted function let
+/// go. The handler must not throw.
 using UnexpectedErrorHandler = std::function<void(std::exception_ptr)>;
 
-// Returns the handler in force before. Without one the error is written to the debugger's output.
+/// Returns the handler in force before. Without one the error is written to the debugger's output.
 UnexpectedErrorHandler setUnexpectedErrorHandler(UnexpectedErrorHandler handler);
 void reportUnexpectedError(const std::exception_ptr& error) noexcept;
 
-// Throws std::system_error with the code of GetLastError. `call` names what failed.
+/// Throws std::system_error with the code of GetLastError. `call` names what failed.
 [[noreturn]] void throwLastError(const char* call);
 
 class Window {
 public:
-    // Destroys the window. A derived class that wants to see its last messages calls destroy in
-    // its own destructor.
+    /// Destroys the window. A derived class that wants to see its last messages calls destroy in
+    /// its own destructor.
     virtual ~Window();
 
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
 
-    // The Window that owns the handle, or null when it is none of ours.
+    /// The Window that owns the handle, or null when it is none of ours.
     static Window* from(HWND handle);
 
     HWND hwnd() const { return hwnd_; }
     bool isCreated() const { return hwnd_ != nullptr; }
     void destroy();
 
-    // The dots per inch that the window is laid out for.
+    /// The dots per inch that the window is laid out for.
     virtual Dpi dpi() const;
 
 protected:
-    // How the window of a class of our own, or a standard control, is made. Bounds are pixels in
-    // the parent (or on the screen).
+    /// How the window of a class of our own, or a standard control, is made. Bounds are pixels in
+    /// the parent (or on the screen).
     struct Creation {
         const wchar_t* className = L"";
         const wchar_t* text = L"";
@@ -68,7 +68,7 @@ protected:
         RECT bounds{0, 0, 0, 0};
         HWND parent = nullptr;
         int id = 0;
-        // The rest is for classes of our own, and counts when the class is first used.
+        /// The rest is for classes of our own, and counts when the class is first used.
         UINT classStyle = CS_DBLCLKS;
         HICON icon = nullptr;
         HICON smallIcon = nullptr;
@@ -76,26 +76,26 @@ protected:
 
     Window() = default;
 
-    // Both throw std::system_error when Windows refuses. A class of our own has no background
-    // brush: the window paints all of itself.
+    /// Both throw std::system_error when Windows refuses. A class of our own has no background
+    /// brush: the window paints all of itself.
     void createOwn(const Creation& creation);
     void createStandard(const Creation& creation);
 
-    // Every message of the window. What a derived class does not handle it passes to its base;
-    // this one hands notifications back to the controls and the rest to defaultProcedure.
+    /// Every message of the window. What a derived class does not handle it passes to its base;
+    /// this one hands notifications back to the controls and the rest to defaultProcedure.
     virtual LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam);
 
-    // What Windows or the standard control itself does with the message. Only inside handleMessage.
+    /// What Windows or the standard control itself does with the message. Only inside handleMessage.
     LRESULT defaultProcedure(UINT message, WPARAM wParam, LPARAM lParam);
 
-    // A message that this control's window sent to its parent. True when handled; the parent then
-    // answers with `result`.
+    /// A message that this control's window sent to its parent. True when handled; the parent then
+    /// answers with `result`.
     virtual bool reflected(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);
 
-    // An exception that left handleMessage.
+    /// An exception that left handleMessage.
     virtual void unexpectedError(const std::exception_ptr& error) noexcept;
 
-    // Sends a message to the window itself; the shorthand that wrappers of controls live on.
+    /// Sends a message to the window itself; the shorthand that wrappers of controls live on.
     LRESULT send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
 
 private:
@@ -112,7 +112,7 @@ private:
     WNDPROC controlProcedure_ = nullptr;
 };
 
-// The text of a window of any program part, whatever its length.
+/// The text of a window of any program part, whatever its length.
 std::wstring windowText(HWND handle);
 
 }  // namespace forms

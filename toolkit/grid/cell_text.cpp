@@ -17,9 +17,7 @@ void CellText::layOut(const std::wstring& newText, int width, TextMeasure& measu
 }
 
 void CellText::layOut(bool wrap, TextBox box, TextMeasure& measure) {
-    if (!wrap) {
-        box.lines = 1;
-    }
+    if (!wrap) box.lines = 1;
     // A letter takes at least a pixel: more than this many cannot be on show.
     auto most = static_cast<std::size_t>(std::max(box.width, 0) + 1) *
                 static_cast<std::size_t>(std::max(box.lines, 1));

@@ -17,14 +17,14 @@
 namespace grid {
 
 struct CellText {
-    std::wstring text;            // As the source gave it.
-    std::wstring shown;           // What can be drawn of it.
-    std::vector<TextLine> lines;  // Into shown.
-    bool whole = true;            // Whether the lines show all of it.
+    std::wstring text;            ///< As the source gave it.
+    std::wstring shown;           ///< What can be drawn of it.
+    std::vector<TextLine> lines;  ///< Into shown.
+    bool whole = true;            ///< Whether the lines show all of it.
 
-    // Without `wrap` the box's number of lines does not matter.
+    /// Without `wrap` the box's number of lines does not matter.
     void fetch(const DataSource& source, Cell cell, bool wrap, TextBox box, TextMeasure& measure);
-    // A text that comes from elsewhere, such as a caption, on one line.
+    /// A text that comes from elsewhere, such as a caption, on one line.
     void layOut(const std::wstring& newText, int width, TextMeasure& measure);
 
 private:

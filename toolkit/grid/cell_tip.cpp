@@ -12,7 +12,7 @@ namespace grid {
 namespace {
 
 // More would not fit on a screen, and takes the tooltip long to lay out.
-constexpr std::size_t kLongestTip = 4000;
+constexpr std::size_t kMaxTipLength = 4000;
 constexpr int kWidthAt96 = 480;
 constexpr int kMarginAt96 = 2;
 
@@ -32,53 +32,46 @@ Rect workArea(const Rect& place) {
     RECT rect = toRect(place);
     MONITORINFO monitor{};
     monitor.cbSize = sizeof monitor;
-    GetMonitorInfoW(MonitorFromRect(&rect, MONITOR_DEFAULTTONEAREST), &monitor);
+    ::GetMonitorInfoW(::MonitorFromRect(&rect, MONITOR_DEFAULTTONEAREST), &monitor);
     return fromRect(monitor.rcWork);
 }
 
 }  // namespace
 
 bool CellTip::make(HWND owner) {
-    if (window_ && owner_ == owner) {
-        return true;
-    }
+    if (window_ && owner_ == owner) return true;
     destroy();
-    window_ = CreateWindowExW(WS_EX_TOPMOST | WS_EX_TRANSPARENT, TOOLTIPS_CLASSW, nullptr,
-                              WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP, 0, 0, 0, 0, owner, nullptr,
-                              GetModuleHandleW(nullptr), nullptr);
+    window_ = ::CreateWindowExW(WS_EX_TOPMOST | WS_EX_TRANSPARENT, TOOLTIPS_CLASSW, nullptr,
+                                WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP, 0, 0, 0, 0, owner, nullptr,
+                                ::GetModuleHandleW(nullptr), nullptr);
     owner_ = owner;
-    if (!window_) {
-        return false;
-    }
+    if (!window_) return false;
     TOOLINFOW tool = toolOf(owner);
     wchar_t empty[] = L"";
     tool.lpszText = empty;
-    SendMessageW(window_, TTM_ADDTOOLW, 0, asParameter(tool));
+    ::SendMessageW(window_, TTM_ADDTOOLW, 0, asParameter(tool));
     return true;
 }
 
 void CellTip::show(HWND owner, const Rect& cellOnScreen, const std::wstring& text, bool wrap,
                    HFONT font, forms::Dpi dpi) {
-    if (!make(owner)) {
-        return;
-    }
-    text_ = text.substr(0, unitBorder(text, 0, std::min(text.size(), kLongestTip)));
-    if (text_.size() < text.size()) {
-        text_ += L'\x2026';
-    }
+    if (!make(owner)) return;
+    text_ = text.substr(0, unitBorder(text, 0, std::min(text.size(), kMaxTipLength)));
+    if (text_.size() < text.size()) text_ += L'\x2026';
     Rect work = workArea(cellOnScreen);
     int wanted = std::max(forms::scaled(kWidthAt96, dpi).value, cellOnScreen.width());
     int width = std::min(wanted, work.width() * 3 / 4);
-    SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
-    SendMessageW(window_, TTM_SETMAXTIPWIDTH, 0, wrap ? width : -1);
+    ::SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
+    ::SendMessageW(window_, TTM_SETMAXTIPWIDTH, 0, wrap ? width : -1);
     int margin = forms::scaled(kMarginAt96, dpi).value;
     RECT margins{margin, margin, margin, margin};
-    SendMessageW(window_, TTM_SETMARGIN, 0, reinterpret_cast<LPARAM>(&margins));
+    ::SendMessageW(window_, TTM_SETMARGIN, 0, reinterpret_cast<LPARAM>(&margins));
     TOOLINFOW tool = toolOf(owner);
     tool.lpszText = text_.data();
-    SendMessageW(window_, TTM_UPDATETIPTEXTW, 0, asParameter(tool));
-    SendMessageW(window_, TTM_TRACKPOSITION, 0, MAKELPARAM(cellOnScreen.left, cellOnScreen.bottom));
-    SendMessageW(window_, TTM_TRACKACTIVATE, TRUE, asParameter(tool));
+    ::SendMessageW(window_, TTM_UPDATETIPTEXTW, 0, asParameter(tool));
+    ::SendMessageW(window_, TTM_TRACKPOSITION, 0,
+                   MAKELPARAM(cellOnScreen.left, cellOnScreen.bottom));
+    ::SendMessageW(window_, TTM_TRACKACTIVATE, TRUE, asParameter(tool));
     keepOnScreen(cellOnScreen);
     shown_ = true;
 }
@@ -86,14 +79,14 @@ void CellTip::show(HWND owner, const Rect& cellOnScreen, const std::wstring& tex
 // Only a tooltip on show knows its size.
 void CellTip::keepOnScreen(const Rect& cellOnScreen) const {
     RECT window{};
-    GetWindowRect(window_, &window);
+    ::GetWindowRect(window_, &window);
     const Rect tip = fromRect(window);
     const Rect work = workArea(cellOnScreen);
     int x = std::max(std::min(tip.left, work.right - tip.width()), work.left);
     bool fitsBelow = tip.bottom <= work.bottom;
     int y = fitsBelow ? tip.top : std::max(cellOnScreen.top - tip.height(), work.top);
     if (x != tip.left || y != tip.top) {
-        SendMessageW(window_, TTM_TRACKPOSITION, 0, MAKELPARAM(x, y));
+        ::SendMessageW(window_, TTM_TRACKPOSITION, 0, MAKELPARAM(x, y));
     }
 }
 
@@ -101,14 +94,14 @@ void CellTip::hide() {
     if (shown_) {
         shown_ = false;
         TOOLINFOW tool = toolOf(owner_);
-        SendMessageW(window_, TTM_TRACKACTIVATE, FALSE, asParameter(tool));
+        ::SendMessageW(window_, TTM_TRACKACTIVATE, FALSE, asParameter(tool));
     }
 }
 
 void CellTip::destroy() {
     hide();
     if (window_) {
-        DestroyWindow(window_);
+        ::DestroyWindow(window_);
         window_ = nullptr;
     }
 }

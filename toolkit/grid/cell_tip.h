@@ -23,15 +23,15 @@ public:
     CellTip(const CellTip&) = delete;
     CellTip& operator=(const CellTip&) = delete;
 
-    // Shows the text under the rectangle (in screen coordinates), or above it where there is no
-    // room below. With `wrap` long texts take several lines.
+    /// Shows the text under the rectangle (in screen coordinates), or above it where there is no
+    /// room below. With `wrap` long texts take several lines.
     void show(HWND owner, const Rect& cellOnScreen, const std::wstring& text, bool wrap, HFONT font,
               forms::Dpi dpi);
     void hide();
     void destroy();
 
     bool shown() const { return shown_; }
-    // Null before the first tip.
+    /// Null before the first tip.
     HWND hwnd() const { return window_; }
     const std::wstring& text() const { return text_; }
 

@@ -28,40 +28,40 @@ public:
     int index() const { return index_; }
     const std::wstring& dataField() const { return dataField_; }
 
-    // The text of the heading; at first the field's name.
+    /// The text of the heading; at first the field's name.
     const std::wstring& caption() const { return caption_; }
     void setCaption(const std::wstring& caption);
 
     forms::Twips width() const { return width_; }
     void setWidth(forms::Twips width);
-    // The width that shows the heading and every cell now on view, but no wider than the view.
+    /// The width that shows the heading and every cell now on view, but no wider than the view.
     void autoSize();
 
-    // Whether the column takes the room that the others leave, when that is more than its width.
+    /// Whether the column takes the room that the others leave, when that is more than its width.
     bool fillsRest() const { return fillsRest_; }
     void setFillsRest(bool fills);
 
-    // Whether a cell shows its text on as many lines as the row is high for.
+    /// Whether a cell shows its text on as many lines as the row is high for.
     bool wrapText() const { return wrapText_; }
     void setWrapText(bool wrap);
 
-    // Whether the user can drag the heading's border.
+    /// Whether the user can drag the heading's border.
     bool allowSizing() const { return allowSizing_; }
     void setAllowSizing(bool allow) { allowSizing_ = allow; }
 
-    // Whether the user can group the rows by the column.
+    /// Whether the user can group the rows by the column.
     bool allowGrouping() const { return allowGrouping_; }
     void setAllowGrouping(bool allow) { allowGrouping_ = allow; }
 
     bool visible() const { return visible_; }
     void setVisible(bool visible);
 
-    // The grid's font unless another one was set.
+    /// The grid's font unless another one was set.
     const forms::Font& font() const;
     void setFont(const forms::Font& font);
 
-    // The name of one of the grid's styles; at first "Heading". setHeadingStyle throws
-    // std::out_of_range for a name the grid does not have.
+    /// The name of one of the grid's styles; at first "Heading". setHeadingStyle throws
+    /// std::out_of_range for a name the grid does not have.
     const std::wstring& headingStyle() const { return headingStyle_; }
     void setHeadingStyle(const std::wstring& name);
 

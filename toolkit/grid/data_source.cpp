@@ -10,8 +10,8 @@ namespace {
 struct ByLanguage {
     bool operator()(const std::wstring& a, const std::wstring& b) const {
         const int order =
-            CompareStringEx(LOCALE_NAME_USER_DEFAULT, 0, a.data(), static_cast<int>(a.size()),
-                            b.data(), static_cast<int>(b.size()), nullptr, nullptr, 0);
+            ::CompareStringEx(LOCALE_NAME_USER_DEFAULT, 0, a.data(), static_cast<int>(a.size()),
+                              b.data(), static_cast<int>(b.size()), nullptr, nullptr, 0);
         // Texts that the language takes for the same are still two texts.
         return order == CSTR_EQUAL ? a < b : order == CSTR_LESS_THAN;
     }

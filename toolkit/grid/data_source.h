@@ -20,27 +20,27 @@ class DataSource {
 public:
     virtual ~DataSource() = default;
 
-    // The columns are fixed while the source is set.
+    /// The columns are fixed while the source is set.
     virtual int columnCount() const = 0;
     virtual std::wstring fieldName(int column) const = 0;
     virtual Alignment alignment(int column) const = 0;
 
-    // How many rows there are by now.
+    /// How many rows there are by now.
     virtual std::int64_t rowCount() const = 0;
 
-    // Replaces `text` by the text of a cell. Must be cheap: it is asked for every visible cell of
-    // every paint. A row that is gone gives an empty text.
+    /// Replaces `text` by the text of a cell. Must be cheap: it is asked for every visible cell of
+    /// every paint. A row that is gone gives an empty text.
     virtual void cellText(std::int64_t row, int column, std::wstring& text) const = 0;
 
-    // For every row a number by which rows are grouped: equal exactly where rows belong together,
-    // smaller for what comes first, and no number left out by much (the memory that grouping takes
-    // grows with the greatest). Only asked for when the user groups by the column. The default
-    // reads all texts and orders them as the user's language does.
+    /// For every row a number by which rows are grouped: equal exactly where rows belong together,
+    /// smaller for what comes first, and no number left out by much (the memory that grouping takes
+    /// grows with the greatest). Only asked for when the user groups by the column. The default
+    /// reads all texts and orders them as the user's language does.
     virtual std::vector<std::uint32_t> valueRanks(int column) const;
 
-    // The current row, counted from 0; -1 for none.
+    /// The current row, counted from 0; -1 for none.
     virtual std::int64_t currentRow() const = 0;
-    // The user moved to another row. The source may refuse by keeping its own.
+    /// The user moved to another row. The source may refuse by keeping its own.
     virtual void setCurrentRow(std::int64_t row) = 0;
 };
 

@@ -12,19 +12,15 @@ Rect fromRect(const RECT& rect) {
 }
 
 void fill(HDC dc, const Rect& rect, COLORREF color) {
-    if (rect.empty()) {
-        return;
-    }
+    if (rect.empty()) return;
     // An opaque text without letters is the fastest way to a plain rectangle: no brush is made.
     RECT area = toRect(rect);
-    SetBkColor(dc, color);
-    ExtTextOutW(dc, 0, 0, ETO_OPAQUE, &area, L"", 0, nullptr);
+    ::SetBkColor(dc, color);
+    ::ExtTextOutW(dc, 0, 0, ETO_OPAQUE, &area, L"", 0, nullptr);
 }
 
 void frame(HDC dc, const Rect& rect, int thickness, COLORREF color) {
-    if (rect.empty()) {
-        return;
-    }
+    if (rect.empty()) return;
     int across = std::min(thickness, rect.width());
     int along = std::min(thickness, rect.height());
     fill(dc, {rect.left, rect.top, rect.right, rect.top + along}, color);
@@ -46,12 +42,10 @@ void drawTriangle(HDC dc, Direction direction, Point at, int size, COLORREF colo
 }
 
 void drawText(HDC dc, Point at, const Rect& clip, std::wstring_view text) {
-    if (text.empty() || clip.empty()) {
-        return;
-    }
+    if (text.empty() || clip.empty()) return;
     RECT area = toRect(clip);
-    ExtTextOutW(dc, at.x, at.y, ETO_CLIPPED, &area, text.data(), static_cast<UINT>(text.size()),
-                nullptr);
+    ::ExtTextOutW(dc, at.x, at.y, ETO_CLIPPED, &area, text.data(), static_cast<UINT>(text.size()),
+                  nullptr);
 }
 
 }  // namespace grid

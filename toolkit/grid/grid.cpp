@@ -129,9 +129,7 @@ LRESULT Grid::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             onMouseHover(pointOf(lParam));
             break;
         case WM_SETCURSOR:
-            if (onSetCursor(LOWORD(lParam))) {
-                return TRUE;
-            }
+            if (onSetCursor(LOWORD(lParam))) return TRUE;
             break;
         case WM_CONTEXTMENU:
             // There is no menu here, and none of a parent's either.
@@ -162,9 +160,7 @@ void Grid::onSize(int width, int height) {
     geometry_.setView(width, height);
     placeColumns();
     // Windows asks for what a larger window uncovers; a clamped position moves all the rest.
-    if (geometry_.scrollY() != oldY || geometry_.scrollX() != oldX) {
-        invalidateAll();
-    }
+    if (geometry_.scrollY() != oldY || geometry_.scrollX() != oldX) invalidateAll();
     hideTip();
     updateScrollBars();
 }

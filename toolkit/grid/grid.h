@@ -48,84 +48,84 @@ public:
     Grid() = default;
     ~Grid() override;
 
-    // Shows another source, or none, from its first row: one column for every field, as a new
-    // grid has them. Raises onRowColChange. The source must outlive its being set.
+    /// Shows another source, or none, from its first row: one column for every field, as a new
+    /// grid has them. Raises onRowColChange. The source must outlive its being set.
     void setDataSource(DataSource* source);
     DataSource* dataSource() const { return source_; }
 
     // Notifications from the source's owner.
 
-    // There are more rows than before, or fewer. Cheap, may be called for every row that arrives:
-    // nothing is painted but rows that come into view, and the scroll position stays.
+    /// There are more rows than before, or fewer. Cheap, may be called for every row that arrives:
+    /// nothing is painted but rows that come into view, and the scroll position stays.
     void rowCountChanged();
-    // The source moved its current row by itself, as a search does: it is scrolled into view.
+    /// The source moved its current row by itself, as a search does: it is scrolled into view.
     void currentRowChanged();
-    // Any row may have another content or place, as after a sort. The current row is scrolled
-    // into view if it has another number now. Raises onRowColChange in any case, since the record
-    // at the current row may be another one.
+    /// Any row may have another content or place, as after a sort. The current row is scrolled
+    /// into view if it has another number now. Raises onRowColChange in any case, since the record
+    /// at the current row may be another one.
     void dataChanged();
-    // The source has other columns: as if it were set anew.
+    /// The source has other columns: as if it were set anew.
     void reset() { setDataSource(source_); }
 
-    // Columns.
+    /// Columns.
     int columnCount() const { return static_cast<int>(columns_.size()); }
-    // Both throw std::out_of_range. A reference is good until another source is set.
+    /// Both throw std::out_of_range. A reference is good until another source is set.
     Column& column(int index);
     Column& column(const std::wstring& dataField);
-    // -1 when there is no such field.
+    /// -1 when there is no such field.
     int columnIndex(const std::wstring& dataField) const;
-    // Columns by the places they stand at, hidden ones included; the user moves them by dragging.
+    /// Columns by the places they stand at, hidden ones included; the user moves them by dragging.
     int columnAtPlace(int place) const { return geometry_.columns().columnAtPlace(place); }
     void moveColumn(int column, int place);
 
     // Grouping.
 
-    // The text in the strip above the headings while nothing is grouped; without a text there is no
-    // strip, and the user cannot group.
+    /// The text in the strip above the headings while nothing is grouped; without a text there is no
+    /// strip, and the user cannot group.
     const std::wstring& groupByCaption() const { return groupByCaption_; }
     void setGroupByCaption(const std::wstring& caption);
-    // The columns that the rows are grouped by, from the outermost in; their headings stand in the
-    // strip. All groups are folded at first. Throws std::out_of_range for a wrong column.
+    /// The columns that the rows are grouped by, from the outermost in; their headings stand in the
+    /// strip. All groups are folded at first. Throws std::out_of_range for a wrong column.
     const std::vector<GroupColumn>& groupColumns() const { return groupColumns_; }
     void setGroupColumns(std::vector<GroupColumn> columns);
     const Grouping& grouping() const { return grouping_; }
     void setGroupUnfolded(int group, bool unfolded);
     void setAllGroupsUnfolded(bool unfolded);
-    // What a group's row says: heading, value and number of rows.
+    /// What a group's row says: heading, value and number of rows.
     std::wstring groupText(int group) const;
 
     // The height of a row; by default that of one line of the grid's font.
     forms::Twips rowHeight() const;
     void setRowHeight(forms::Twips height);
 
-    // How many rows the source has at this moment.
+    /// How many rows the source has at this moment.
     std::int64_t approxCount() const { return source_ ? source_->rowCount() : 0; }
 
-    // The current cell: the source's current row and a column of the grid, -1 for none.
+    /// The current cell: the source's current row and a column of the grid, -1 for none.
     std::int64_t row() const { return sourceRow_; }
     int col() const { return selection_.current().column; }
     void setCol(int column);
 
-    // Goes to a view row and a column as the user does; outside the view's rows it does nothing.
+    /// Goes to a view row and a column as the user does; outside the view's rows it does nothing.
     void setCurrentCell(std::int64_t viewRow, int column);
 
-    // Which view rows are selected, and which view row has the focus: the current row's, or that of
-    // a group.
+    /// Which view rows are selected, and which view row has the focus: the current row's, or that of
+    /// a group.
     const Selection& selection() const { return selection_; }
-    // The selected rows as text, tabs between the columns on view, CR LF at the end of each; the
-    // text of the current cell if no whole row is selected. A field with a tab, a line break or a
-    // quote stands in quotes, doubled within, as spreadsheets read it.
+    /// The selected rows as text, tabs between the columns on view, CR LF at the end of each; the
+    /// text of the current cell if no whole row is selected. A field with a tab, a line break or a
+    /// quote stands in quotes, doubled within, as spreadsheets read it.
     std::wstring selectedText() const;
 
-    // The view row at the upper edge. Setting it scrolls as far as there are rows.
+    /// The view row at the upper edge. Setting it scrolls as far as there are rows.
     std::int64_t firstRow() const { return geometry_.firstRow(); }
     void setFirstRow(std::int64_t row);
 
-    // The strip at the left with the marker of the current row.
+    /// The strip at the left with the marker of the current row.
     bool recordSelectors() const { return recordSelectors_; }
     void setRecordSelectors(bool show);
 
-    // Whether a cell whose text is cut off shows all of it while the mouse rests on it.
+    /// Whether a cell whose text is cut off shows all of it while the mouse rests on it.
     bool cellTips() const { return cellTipsOn_; }
     void setCellTips(bool on);
 
@@ -134,26 +134,26 @@ public:
 
     // Events. A handler may do anything to the grid, also set another source.
 
-    // A heading was clicked.
+    /// A heading was clicked.
     std::function<void(int column)> onHeadClick;
-    // The user begins to drag the border of a heading, or double clicks it for the width of the
-    // content. With `cancel` set the column keeps its width.
+    /// The user begins to drag the border of a heading, or double clicks it for the width of the
+    /// content. With `cancel` set the column keeps its width.
     std::function<void(int column, bool& cancel)> onColResize;
-    // The current cell moved, whoever moved it.
+    /// The current cell moved, whoever moved it.
     std::function<void()> onRowColChange;
-    // A tip is about to be shown for a cell whose text is cut off. `tip` is the cell's text and
-    // may be changed; an empty one shows nothing; `wrap` lets it take several lines. For a
-    // heading that is cut off the row is -1 and the tip is empty.
+    /// A tip is about to be shown for a cell whose text is cut off. `tip` is the cell's text and
+    /// may be changed; an empty one shows nothing; `wrap` lets it take several lines. For a
+    /// heading that is cut off the row is -1 and the tip is empty.
     std::function<void(int column, std::int64_t row, std::wstring& tip, bool& wrap)>
         onFetchCellTips;
-    // The view was scrolled, vertically or horizontally.
+    /// The view was scrolled, vertically or horizontally.
     std::function<void()> onScroll;
 
-    // What is painted, for tests and tools: how many cells in all since the window was made, and
-    // how many rows were on view at the last paint.
+    /// What is painted, for tests and tools: how many cells in all since the window was made, and
+    /// how many rows were on view at the last paint.
     std::int64_t paintedCells() const { return paintedCells_; }
     std::int64_t paintedRows() const { return paintedRows_; }
-    // In device pixels, for tests and tools.
+    /// In device pixels, for tests and tools.
     const Geometry& geometry() const { return geometry_; }
     const CellTip& cellTip() const { return tip_; }
 

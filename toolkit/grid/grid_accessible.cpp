@@ -16,7 +16,7 @@ namespace {
 using Kind = GridAccessible::Kind;
 using Part = GridAccessible::Part;
 
-constexpr RowIndex kMostChildren = std::numeric_limits<LONG>::max();
+constexpr RowIndex kMaxChildren = std::numeric_limits<LONG>::max();
 
 // The columns on view, from left to right.
 std::vector<int> columnsOf(const Grid& grid) {
@@ -52,17 +52,13 @@ public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
         const bool known = iid == IID_IUnknown || iid == IID_IEnumVARIANT;
         *object = known ? this : nullptr;
-        if (known) {
-            AddRef();
-        }
+        if (known) AddRef();
         return known ? S_OK : E_NOINTERFACE;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
     ULONG STDMETHODCALLTYPE Release() override {
         const ULONG left = --references_;
-        if (left == 0) {
-            delete this;
-        }
+        if (left == 0) delete this;
         return left;
     }
     HRESULT STDMETHODCALLTYPE Next(ULONG wanted, VARIANT* rows, ULONG* fetched) override {
@@ -71,9 +67,7 @@ public:
             VariantInit(&rows[count]);
             put(new GridAccessible(link_, {Kind::row, next_}), rows[count]);
         }
-        if (fetched) {
-            *fetched = count;
-        }
+        if (fetched) *fetched = count;
         return count == wanted ? S_OK : S_FALSE;
     }
     HRESULT STDMETHODCALLTYPE Skip(ULONG count) override {
@@ -107,22 +101,18 @@ GridAccessible::GridAccessible(std::shared_ptr<GridLink> link, const Part& part)
     : link_(std::move(link)), part_(part) {}
 
 Grid& GridAccessible::grid() const {
-    if (!link_->grid) {
-        throw std::runtime_error("The grid is gone");
-    }
+    if (!link_->grid) throw std::runtime_error("The grid is gone");
     return *link_->grid;
 }
 
 LONG GridAccessible::childOf(const Grid& grid, Cell viewCell) {
-    if (viewCell.row == kNoRow) {
-        return CHILDID_SELF;
-    }
+    if (viewCell.row == kNoRow) return CHILDID_SELF;
     const RowIndex columns = std::max(grid.columnCount(), 1);
     const bool cell = viewCell.column != kNoColumn && groupAt(grid, viewCell.row) == kNoGroup;
-    if (cell && viewCell.row < kMostChildren / columns - 1) {
+    if (cell && viewCell.row < kMaxChildren / columns - 1) {
         return static_cast<LONG>(-1 - (viewCell.row * columns + viewCell.column));
     }
-    return viewCell.row < kMostChildren - 2 ? static_cast<LONG>(viewCell.row + 2) : CHILDID_SELF;
+    return viewCell.row < kMaxChildren - 2 ? static_cast<LONG>(viewCell.row + 2) : CHILDID_SELF;
 }
 
 bool GridAccessible::exists(const Part& part) const {
@@ -152,9 +142,7 @@ std::optional<Part> GridAccessible::childPart(LONG child) const {
         found = child == 1 ? Part{Kind::headingRow} : Part{Kind::row, RowIndex{child} - 2};
     } else if (part_.kind == Kind::headingRow || part_.kind == Kind::row) {
         const std::vector<int> shown = columnsOf(grid());
-        if (child < 1 || static_cast<std::size_t>(child) > shown.size()) {
-            return std::nullopt;
-        }
+        if (child < 1 || static_cast<std::size_t>(child) > shown.size()) return std::nullopt;
         const bool heading = part_.kind == Kind::headingRow;
         found = {heading ? Kind::heading : Kind::cell, part_.view,
                  shown[static_cast<std::size_t>(child) - 1]};
@@ -165,13 +153,9 @@ std::optional<Part> GridAccessible::childPart(LONG child) const {
 }
 
 Part GridAccessible::part(LONG child) const {
-    if (!exists(part_)) {
-        throw std::out_of_range("The row or column is gone");
-    }
+    if (!exists(part_)) throw std::out_of_range("The row or column is gone");
     const auto found = child == CHILDID_SELF ? std::optional(part_) : childPart(child);
-    if (!found) {
-        throw std::out_of_range("No such child");
-    }
+    if (!found) throw std::out_of_range("No such child");
     return *found;
 }
 
@@ -196,9 +180,7 @@ std::wstring GridAccessible::name(LONG child) {
             return trimmed(grid().column(of.column).caption());
         case Kind::row: {
             const int group = groupAt(grid(), of.view);
-            if (group != kNoGroup) {
-                return grid().groupText(group);
-            }
+            if (group != kNoGroup) return grid().groupText(group);
             std::wstring text;
             for (const int column : columnsOf(grid())) {
                 text += (text.empty() ? L"" : L"; ") + cellText(of.view, column);
@@ -233,27 +215,19 @@ long GridAccessible::state(LONG child) {
     const Selection& selected = grid().selection();
     const Geometry& geometry = grid().geometry();
     long state = STATE_SYSTEM_READONLY;
-    if (of.kind == Kind::table || of.view != kNoRow) {
-        state |= STATE_SYSTEM_FOCUSABLE;
-    }
+    if (of.kind == Kind::table || of.view != kNoRow) state |= STATE_SYSTEM_FOCUSABLE;
     if (of.kind == Kind::table) {
         return state | STATE_SYSTEM_MULTISELECTABLE |
                (grid().hasFocus() ? STATE_SYSTEM_FOCUSED : 0);
     }
-    if (of.view == kNoRow) {
-        return state;
-    }
+    if (of.view == kNoRow) return state;
     state |= STATE_SYSTEM_SELECTABLE | STATE_SYSTEM_MULTISELECTABLE;
-    if (selected.contains(of.view)) {
-        state |= STATE_SYSTEM_SELECTED;
-    }
+    if (selected.contains(of.view)) state |= STATE_SYSTEM_SELECTED;
     const int group = groupAt(grid(), of.view);
     const bool focused =
         of.view == selected.current().row &&
         (of.kind == Kind::row ? group != kNoGroup : of.column == selected.current().column);
-    if (focused && grid().hasFocus()) {
-        state |= STATE_SYSTEM_FOCUSED;
-    }
+    if (focused && grid().hasFocus()) state |= STATE_SYSTEM_FOCUSED;
     if (of.view < geometry.firstRow() || of.view >= geometry.endRow()) {
         state |= STATE_SYSTEM_OFFSCREEN;
     }
@@ -288,18 +262,16 @@ RECT GridAccessible::location(LONG child) {
             break;
     }
     RECT screen = toRect(rect);
-    MapWindowPoints(grid().hwnd(), nullptr, reinterpret_cast<POINT*>(&screen), 2);
+    ::MapWindowPoints(grid().hwnd(), nullptr, reinterpret_cast<POINT*>(&screen), 2);
     return screen;
 }
 
 long GridAccessible::childCount() {
     switch (part(CHILDID_SELF).kind) {
         case Kind::table:
-            return static_cast<long>(std::min(grid().geometry().rowCount() + 1, kMostChildren));
+            return static_cast<long>(std::min(grid().geometry().rowCount() + 1, kMaxChildren));
         case Kind::row:
-            if (groupAt(grid(), part_.view) != kNoGroup) {
-                return 0;
-            }
+            if (groupAt(grid(), part_.view) != kNoGroup) return 0;
             [[fallthrough]];
         case Kind::headingRow:
             return static_cast<long>(columnsOf(grid()).size());
@@ -320,8 +292,8 @@ IDispatch* GridAccessible::parent() {
     switch (part(CHILDID_SELF).kind) {
         case Kind::table: {
             void* window = nullptr;
-            AccessibleObjectFromWindow(grid().hwnd(), static_cast<DWORD>(OBJID_WINDOW),
-                                       IID_IDispatch, &window);
+            ::AccessibleObjectFromWindow(grid().hwnd(), static_cast<DWORD>(OBJID_WINDOW),
+                                         IID_IDispatch, &window);
             return static_cast<IDispatch*>(window);
         }
         case Kind::heading:
@@ -335,25 +307,17 @@ IDispatch* GridAccessible::parent() {
 
 // The current cell, or the row of a group.
 void GridAccessible::focus(VARIANT& answer) {
-    if (!grid().hasFocus()) {
-        return;
-    }
+    if (!grid().hasFocus()) return;
     const Cell current = grid().selection().current();
     Part focused{Kind::cell, current.row, current.column};
-    if (!exists(focused)) {
-        focused = {Kind::row, current.row};
-    }
-    if (!exists(focused)) {
-        focused = {};
-    }
+    if (!exists(focused)) focused = {Kind::row, current.row};
+    if (!exists(focused)) focused = {};
     put(object(focused), answer);
 }
 
 void GridAccessible::selection(VARIANT& answer) {
     const Selection& selected = grid().selection();
-    if (part_.kind != Kind::table || selected.current().row == kNoRow) {
-        return;
-    }
+    if (part_.kind != Kind::table || selected.current().row == kNoRow) return;
     if (selected.firstRow() == selected.lastRow()) {
         put(object(Part{Kind::row, selected.firstRow()}), answer);
     } else {
@@ -363,12 +327,10 @@ void GridAccessible::selection(VARIANT& answer) {
 }
 
 void GridAccessible::hitTest(POINT screen, VARIANT& answer) {
-    ScreenToClient(grid().hwnd(), &screen);
+    ::ScreenToClient(grid().hwnd(), &screen);
     const Point point{static_cast<int>(screen.x), static_cast<int>(screen.y)};
     const Geometry& geometry = grid().geometry();
-    if (!Rect{0, 0, geometry.viewWidth(), geometry.viewHeight()}.contains(point)) {
-        return;
-    }
+    if (!Rect{0, 0, geometry.viewWidth(), geometry.viewHeight()}.contains(point)) return;
     const Hit hit = geometry.hitTest(point);
     std::optional<Part> found;
     if (hit.cell.row != kNoRow) {
@@ -418,9 +380,7 @@ void GridAccessible::navigate(long direction, LONG child, VARIANT& answer) {
 
 bool GridAccessible::select(long flags, LONG child) {
     const Part of = part(child);
-    if ((flags & SELFLAG_TAKEFOCUS) != 0) {
-        grid().setFocus();
-    }
+    if ((flags & SELFLAG_TAKEFOCUS) != 0) grid().setFocus();
     if ((flags & (SELFLAG_TAKEFOCUS | SELFLAG_TAKESELECTION)) != 0 && of.view != kNoRow) {
         grid().setCurrentCell(of.view,
                               of.kind == Kind::cell ? of.column : std::max(grid().col(), 0));
@@ -430,61 +390,48 @@ bool GridAccessible::select(long flags, LONG child) {
 
 std::wstring GridAccessible::action(LONG child) {
     const Part of = part(child);
-    if (of.kind == Kind::heading) {
-        return L"Click";
-    }
+    if (of.kind == Kind::heading) return L"Click";
     const int group = of.kind == Kind::row ? groupAt(grid(), of.view) : kNoGroup;
-    if (group == kNoGroup) {
-        return {};
-    }
+    if (group == kNoGroup) return {};
     return grid().grouping().group(group).unfolded ? L"Collapse" : L"Expand";
 }
 
 bool GridAccessible::doAction(LONG child) {
     const Part of = part(child);
     if (of.kind == Kind::heading) {
-        if (const auto procedure = grid().onHeadClick) {
-            procedure(of.column);
-        }
+        if (const auto procedure = grid().onHeadClick) procedure(of.column);
         return true;
     }
     const int group = of.kind == Kind::row ? groupAt(grid(), of.view) : kNoGroup;
-    if (group != kNoGroup) {
-        grid().setGroupUnfolded(group, !grid().grouping().group(group).unfolded);
-    }
+    if (group != kNoGroup) grid().setGroupUnfolded(group, !grid().grouping().group(group).unfolded);
     return group != kNoGroup;
 }
 
 // ---- What the grid tells by itself ----
 
 forms::AccessibleObject* Grid::makeAccessible() {
-    if (!link_) {
-        link_ = std::make_shared<GridLink>(GridLink{this});
-    }
+    if (!link_) link_ = std::make_shared<GridLink>(GridLink{this});
     return new GridAccessible(link_, {});
 }
 
 // A grid that no screen reader has asked for anything pays nothing.
 void Grid::reportFocus() const {
-    if (!link_ || !hasFocus()) {
-        return;
-    }
+    if (!link_ || !hasFocus()) return;
     const LONG child = GridAccessible::childOf(*this, selection_.current());
-    NotifyWinEvent(EVENT_OBJECT_FOCUS, hwnd(), OBJID_CLIENT, child);
-    NotifyWinEvent(EVENT_OBJECT_SELECTION, hwnd(), OBJID_CLIENT, child);
+    ::NotifyWinEvent(EVENT_OBJECT_FOCUS, hwnd(), OBJID_CLIENT, child);
+    ::NotifyWinEvent(EVENT_OBJECT_SELECTION, hwnd(), OBJID_CLIENT, child);
 }
 
 void Grid::reportGroup(int group) const {
     const RowIndex view = grouping_.viewOfGroup(group);
-    if (link_ && view != kNoRow && view < kMostChildren - 2) {
-        NotifyWinEvent(EVENT_OBJECT_STATECHANGE, hwnd(), OBJID_CLIENT, static_cast<LONG>(view + 2));
+    if (link_ && view != kNoRow && view < kMaxChildren - 2) {
+        ::NotifyWinEvent(EVENT_OBJECT_STATECHANGE, hwnd(), OBJID_CLIENT,
+                         static_cast<LONG>(view + 2));
     }
 }
 
 void Grid::reportRows() const {
-    if (link_) {
-        NotifyWinEvent(EVENT_OBJECT_REORDER, hwnd(), OBJID_CLIENT, CHILDID_SELF);
-    }
+    if (link_) ::NotifyWinEvent(EVENT_OBJECT_REORDER, hwnd(), OBJID_CLIENT, CHILDID_SELF);
 }
 
 }  // namespace grid

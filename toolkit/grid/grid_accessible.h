@@ -19,7 +19,7 @@ namespace grid {
 
 class Grid;
 
-// The grid, while it lives.
+/// The grid, while it lives.
 struct GridLink {
     Grid* grid = nullptr;
 };
@@ -28,7 +28,7 @@ class GridAccessible : public forms::AccessibleObject {
 public:
     enum class Kind { table, headingRow, heading, row, cell };
 
-    // What an object stands for: a column by its number, a row by its place in the view.
+    /// What an object stands for: a column by its number, a row by its place in the view.
     struct Part {
         Kind kind = Kind::table;
         RowIndex view = kNoRow;
@@ -37,8 +37,8 @@ public:
 
     GridAccessible(std::shared_ptr<GridLink> link, const Part& part);
 
-    // The table's child for a cell, or for its row where the number does not fit or there is no
-    // such cell.
+    /// The table's child for a cell, or for its row where the number does not fit or there is no
+    /// such cell.
     static LONG childOf(const Grid& grid, Cell viewCell);
 
     std::wstring name(LONG child) override;

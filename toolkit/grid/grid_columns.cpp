@@ -11,9 +11,7 @@ Column& Grid::column(int index) { return *columns_.at(static_cast<std::size_t>(i
 
 Column& Grid::column(const std::wstring& dataField) {
     int index = columnIndex(dataField);
-    if (index == kNoColumn) {
-        throw std::out_of_range("The grid has no such column");
-    }
+    if (index == kNoColumn) throw std::out_of_range("The grid has no such column");
     return column(index);
 }
 
@@ -84,9 +82,7 @@ void Grid::setColumnWidths() {
         geometry_.setColumnVisible(column->index(), shown(*column));
         geometry_.setColumnWidth(column->index(), width);
         taken += shown(*column) ? width : 0;
-        if (shown(*column) && column->fillsRest()) {
-            filling = column->index();
-        }
+        if (shown(*column) && column->fillsRest()) filling = column->index();
     }
     int rest = geometry_.dataArea().width() - taken;
     if (filling != kNoColumn && rest > 0) {
@@ -153,9 +149,7 @@ int Grid::headingWidth(const Column& column) {
 
 bool Grid::resizeAllowed(int column) {
     bool cancel = false;
-    if (const auto procedure = onColResize) {
-        procedure(column, cancel);
-    }
+    if (const auto procedure = onColResize) procedure(column, cancel);
     // The procedure may have set another source.
     return !cancel && column < columnCount();
 }

@@ -32,23 +32,17 @@ std::wstring Grid::selectedText() const {
 // False if it was broken off. Whatever the window shows may change between two rows.
 bool Grid::appendSelectedText(std::wstring& text, const std::function<bool()>& goesOn) const {
     const Cell current = selection_.current();
-    if (!source_ || current.row == kNoRow) {
-        return true;
-    }
+    if (!source_ || current.row == kNoRow) return true;
     const bool onGroup = grouping_.at(current.row).group != kNoGroup;
     if (!selection_.wholeRows() && !onGroup) {
-        if (current.column != kNoColumn) {
-            source_->cellText(sourceRow_, current.column, text);
-        }
+        if (current.column != kNoColumn) source_->cellText(sourceRow_, current.column, text);
         return true;
     }
     for (RowIndex view = selection_.firstRow();
          source_ && view <= selection_.lastRow() && view < geometry_.rowCount(); ++view) {
         appendRowText(view, text);
         text += L"\r\n";
-        if (!goesOn()) {
-            return false;
-        }
+        if (!goesOn()) return false;
     }
     return true;
 }
@@ -63,9 +57,7 @@ void Grid::appendRowText(RowIndex view, std::wstring& text) const {
     const ColumnLayout& columns = geometry_.columns();
     const int first = columns.firstVisible();
     for (int column = first; column != kNoColumn; column = columns.next(column, 1)) {
-        if (column != first) {
-            text += L'\t';
-        }
+        if (column != first) text += L'\t';
         field.clear();
         source_->cellText(place.row, column, field);
         appendQuoted(field, text);
@@ -73,7 +65,7 @@ void Grid::appendRowText(RowIndex view, std::wstring& text) const {
 }
 
 void Grid::copy() {
-    const HCURSOR pointer = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+    const HCURSOR pointer = ::SetCursor(::LoadCursorW(nullptr, IDC_WAIT));
     bool copied = false;
     try {
         forms::SteppedWork work;
@@ -83,10 +75,8 @@ void Grid::copy() {
     } catch (const std::bad_alloc&) {
         // More rows than there is room for: what is on the clipboard stays, as when Escape ends it.
     }
-    SetCursor(pointer);
-    if (!copied) {
-        MessageBeep(MB_ICONWARNING);
-    }
+    ::SetCursor(pointer);
+    if (!copied) ::MessageBeep(MB_ICONWARNING);
 }
 
 }  // namespace grid

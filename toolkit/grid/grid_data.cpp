@@ -34,9 +34,7 @@ void Grid::rowCountChanged() {
 void Grid::currentRowChanged() {
     if (!movingSource_) {
         takeRowCount();
-        if (currentOfSource() != sourceRow_) {
-            reveal(currentOfSource());
-        }
+        if (currentOfSource() != sourceRow_) reveal(currentOfSource());
         followSource(true, false);
     }
 }
@@ -59,26 +57,20 @@ void Grid::dataChanged() {
 
 void Grid::takeRowCount() {
     if (grouping_.active()) {
-        if (approxCount() != grouping_.rowCount()) {
-            regroupSoon();
-        }
+        if (approxCount() != grouping_.rowCount()) regroupSoon();
         return;
     }
     RowIndex before = geometry_.rowCount();
     RowIndex oldY = geometry_.scrollY();
     geometry_.setRowCount(approxCount());
-    if (geometry_.rowCount() == before) {
-        return;
-    }
+    if (geometry_.rowCount() == before) return;
     bool moved = geometry_.scrollY() != oldY;
     invalidateRowsFrom(moved ? geometry_.firstRow() : std::min(before, geometry_.rowCount()));
     updateScrollBarsSoon();
 }
 
 void Grid::setCol(int column) {
-    if (column >= 0 && column < columnCount()) {
-        moveCurrent({selection_.current().row, column});
-    }
+    if (column >= 0 && column < columnCount()) moveCurrent({selection_.current().row, column});
 }
 
 void Grid::setCurrentCell(std::int64_t viewRow, int column) {
@@ -94,9 +86,7 @@ RowIndex Grid::currentOfSource() const {
 }
 
 void Grid::moveSource(RowIndex row) {
-    if (!source_ || row == kNoRow || row == source_->currentRow()) {
-        return;
-    }
+    if (!source_ || row == kNoRow || row == source_->currentRow()) return;
     movingSource_ = true;
     try {
         source_->setCurrentRow(row);
@@ -133,13 +123,9 @@ void Grid::moveCurrent(Cell cell, Selecting how) {
     select(next);
     scroll([&](Geometry& geometry) {
         geometry.scrollRowIntoView(target.row);
-        if (otherColumn) {
-            geometry.scrollColumnIntoView(target.column);
-        }
+        if (otherColumn) geometry.scrollColumnIntoView(target.column);
     });
-    if (otherRow || otherColumn) {
-        raiseRowColChange();
-    }
+    if (otherRow || otherColumn) raiseRowColChange();
 }
 
 // Makes the source's current row the grid's. Raises the event when that is another one, or
@@ -157,20 +143,14 @@ void Grid::followSource(bool intoView, bool always) {
         next.moveTo(target);
         select(next);
     }
-    if (intoView) {
-        scroll([&](Geometry& geometry) { geometry.scrollRowIntoView(target.row); });
-    }
-    if (moved || always || target.column != old.column) {
-        raiseRowColChange();
-    }
+    if (intoView) scroll([&](Geometry& geometry) { geometry.scrollRowIntoView(target.row); });
+    if (moved || always || target.column != old.column) raiseRowColChange();
 }
 
 // Paints the rows that look different now.
 void Grid::select(const Selection& next) {
     const Selection before = std::exchange(selection_, next);
-    if (before == next) {
-        return;
-    }
+    if (before == next) return;
     if (before.current() != next.current()) {
         hideTip();
         reportFocus();
@@ -178,16 +158,12 @@ void Grid::select(const Selection& next) {
     for (RowIndex view = geometry_.firstRow(); view < geometry_.endRow(); ++view) {
         const bool current = view == before.current().row || view == next.current().row;
         const bool moved = current && before.current() != next.current();
-        if (moved || before.contains(view) != next.contains(view)) {
-            invalidateRow(view);
-        }
+        if (moved || before.contains(view) != next.contains(view)) invalidateRow(view);
     }
 }
 
 void Grid::raiseRowColChange() {
-    if (const auto procedure = onRowColChange) {
-        procedure();
-    }
+    if (const auto procedure = onRowColChange) procedure();
 }
 
 void Grid::invalidateRow(RowIndex row) {
@@ -200,9 +176,7 @@ void Grid::invalidateRow(RowIndex row) {
 
 void Grid::invalidateRowsFrom(RowIndex row) {
     row = std::max(row, geometry_.firstRow());
-    if (row > geometry_.firstRow() + geometry_.rowsOnAPage() + 1) {
-        return;
-    }
+    if (row > geometry_.firstRow() + geometry_.rowsOnAPage() + 1) return;
     int top = std::max(geometry_.rowRect(row).top, geometry_.dataArea().top);
     invalidate({0, top, geometry_.viewWidth(), geometry_.viewHeight()});
 }

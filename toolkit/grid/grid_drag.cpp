@@ -17,28 +17,24 @@ void Grid::beginDrag(Drag drag, int column, Point point) {
     dragFrom_ = geometry_.columns().width(column);
     dragMoved_ = false;
     dragInside_ = true;
-    SetCapture(hwnd());
+    ::SetCapture(hwnd());
     invalidateHeadingOrChip(column);
 }
 
 void Grid::dragBorder(Point point) {
     int distance = point.x - dragStart_.x;
     if (!dragMoved_) {
-        if (distance == 0) {
-            return;
-        }
+        if (distance == 0) return;
         dragMoved_ = true;
         if (!resizeAllowed(dragColumn_)) {
             endDrag(false);
             return;
         }
-        if (drag_ != Drag::border) {
-            return;
-        }
+        if (drag_ != Drag::border) return;
     }
     forms::Pixels width(std::max(dragFrom_ + distance, 0));
     column(dragColumn_).setWidth(forms::toTwips(width, dpi()));
-    UpdateWindow(hwnd());
+    ::UpdateWindow(hwnd());
 }
 
 // A heading that is pulled further than a hand trembles is carried from then on.
@@ -51,8 +47,8 @@ void Grid::dragHeading(Point point) {
                                              : geometry_.groupArea().chip(level);
         dragInside_ = place.contains(point);
         invalidateHeadingOrChip(dragColumn_);
-        if (std::abs(point.x - dragStart_.x) <= GetSystemMetrics(SM_CXDRAG) &&
-            std::abs(point.y - dragStart_.y) <= GetSystemMetrics(SM_CYDRAG)) {
+        if (std::abs(point.x - dragStart_.x) <= ::GetSystemMetrics(SM_CXDRAG) &&
+            std::abs(point.y - dragStart_.y) <= ::GetSystemMetrics(SM_CYDRAG)) {
             return;
         }
         drag_ = Drag::carried;
@@ -63,7 +59,7 @@ void Grid::dragHeading(Point point) {
         dragGrip_.right = dragGrip_.left + width;
         dragGrip_.bottom = dragGrip_.top + geometry_.measures().headingHeight;
     }
-    SetCursor(LoadCursorW(nullptr, dropAt(point).to == Drop::To::nowhere ? IDC_NO : IDC_ARROW));
+    ::SetCursor(::LoadCursorW(nullptr, dropAt(point).to == Drop::To::nowhere ? IDC_NO : IDC_ARROW));
     invalidateCarried(before);
     invalidateCarried(carriedHeading());
 }
@@ -105,33 +101,23 @@ void Grid::drop(int column, const Drop& where) {
     } else {
         return;
     }
-    if (groups != groupColumns_) {
-        setGroupColumns(std::move(groups));
-    }
+    if (groups != groupColumns_) setGroupColumns(std::move(groups));
 }
 
 void Grid::endDrag(bool keepWidth) {
-    if (drag_ == Drag::none) {
-        return;
-    }
+    if (drag_ == Drag::none) return;
     bool restore = drag_ == Drag::border && dragMoved_ && !keepWidth;
     invalidateCarried(carriedHeading());
     drag_ = Drag::none;
     if (dragColumn_ < columnCount()) {
-        if (restore) {
-            column(dragColumn_).setWidth(dragWidth_);
-        }
+        if (restore) column(dragColumn_).setWidth(dragWidth_);
         invalidateHeadingOrChip(dragColumn_);
     }
-    if (isCreated() && GetCapture() == hwnd()) {
-        ReleaseCapture();
-    }
+    if (isCreated() && ::GetCapture() == hwnd()) ::ReleaseCapture();
 }
 
 std::optional<CarriedHeading> Grid::carriedHeading() const {
-    if (drag_ != Drag::carried) {
-        return std::nullopt;
-    }
+    if (drag_ != Drag::carried) return std::nullopt;
     CarriedHeading carried;
     carried.column = dragColumn_;
     const int right = dragPoint_.x - dragStart_.x;

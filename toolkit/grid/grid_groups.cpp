@@ -76,7 +76,7 @@ void Grid::placeGroupChips() {
 void Grid::regroup() {
     if (regroupDue_) {
         regroupDue_ = false;
-        KillTimer(hwnd(), kRegroupTimer);
+        ::KillTimer(hwnd(), kRegroupTimer);
     }
     try {
         grouping_ = madeGrouping();
@@ -92,21 +92,17 @@ void Grid::regroup() {
 }
 
 Grouping Grid::madeGrouping() const {
-    if (groupColumns_.empty()) {
-        return {};
-    }
+    if (groupColumns_.empty()) return {};
     const RowIndex count = approxCount();
     const HCURSOR pointer =
-        count >= kNoticeableRows ? SetCursor(LoadCursorW(nullptr, IDC_WAIT)) : nullptr;
+        count >= kNoticeableRows ? ::SetCursor(::LoadCursorW(nullptr, IDC_WAIT)) : nullptr;
     std::vector<Grouping::Level> levels;
     for (const GroupColumn& group : groupColumns_) {
         levels.push_back({source_->valueRanks(group.column), group.descending});
         levels.back().ranks.resize(static_cast<std::size_t>(count));
     }
     Grouping made(count, levels);
-    if (pointer) {
-        SetCursor(pointer);
-    }
+    if (pointer) ::SetCursor(pointer);
     return made;
 }
 
@@ -121,7 +117,7 @@ void Grid::takeView() {
 void Grid::regroupSoon() {
     if (isCreated() && !regroupDue_) {
         regroupDue_ = true;
-        SetTimer(hwnd(), kRegroupTimer, kRegroupMilliseconds, nullptr);
+        ::SetTimer(hwnd(), kRegroupTimer, kRegroupMilliseconds, nullptr);
     }
 }
 
@@ -136,17 +132,11 @@ void Grid::viewRowsChanged() {
 
 // Groups made anew know their former selves by the values on their paths.
 void Grid::restoreFolding() {
-    if (unfoldedAtFirst_) {
-        grouping_.setAllUnfolded(true);
-    }
-    if (toggledGroups_.empty()) {
-        return;
-    }
+    if (unfoldedAtFirst_) grouping_.setAllUnfolded(true);
+    if (toggledGroups_.empty()) return;
     std::vector<int> toggled;
     for (int group = 0; group < grouping_.groupCount(); ++group) {
-        if (toggledGroups_.count(groupPath(group)) != 0) {
-            toggled.push_back(group);
-        }
+        if (toggledGroups_.count(groupPath(group)) != 0) toggled.push_back(group);
     }
     grouping_.setUnfolded(toggled, !unfoldedAtFirst_);
 }
@@ -169,9 +159,7 @@ void Grid::markUnfolded(int group, bool unfolded) {
 }
 
 void Grid::setGroupUnfolded(int group, bool unfolded) {
-    if (grouping_.group(group).unfolded == unfolded) {
-        return;
-    }
+    if (grouping_.group(group).unfolded == unfolded) return;
     const int focused = focusedGroup();
     markUnfolded(group, unfolded);
     grouping_.setUnfolded({group}, unfolded);
@@ -186,9 +174,7 @@ void Grid::setGroupUnfolded(int group, bool unfolded) {
 }
 
 void Grid::setAllGroupsUnfolded(bool unfolded) {
-    if (!grouping_.active()) {
-        return;
-    }
+    if (!grouping_.active()) return;
     const int focused = focusedGroup();
     unfoldedAtFirst_ = unfolded;
     toggledGroups_.clear();
@@ -200,9 +186,7 @@ void Grid::setAllGroupsUnfolded(bool unfolded) {
          group = grouping_.group(group).parent) {
         view = grouping_.viewOfGroup(group);
     }
-    if (focused == kNoGroup) {
-        view = grouping_.viewOf(currentOfSource());
-    }
+    if (focused == kNoGroup) view = grouping_.viewOf(currentOfSource());
     selection_.moveTo({view, selection_.current().column});
     scroll([&](Geometry& geometry) { geometry.scrollRowIntoView(view); });
 }
@@ -236,18 +220,14 @@ std::wstring Grid::groupText(int group) const {
 // The group whose row has the focus.
 int Grid::focusedGroup() const {
     const RowIndex view = selection_.current().row;
-    if (!grouping_.active() || view < 0 || view >= grouping_.viewCount()) {
-        return kNoGroup;
-    }
+    if (!grouping_.active() || view < 0 || view >= grouping_.viewCount()) return kNoGroup;
     return grouping_.at(view).group;
 }
 
 // The keys of trees. On a row of the source they mean the group around it, where the row itself
 // has no use for them.
 bool Grid::onGroupKey(int key) {
-    if (!grouping_.active()) {
-        return false;
-    }
+    if (!grouping_.active()) return false;
     const int focused = focusedGroup();
     const int around = focused != kNoGroup ? focused : grouping_.groupOf(sourceRow_);
     switch (key) {
@@ -269,15 +249,11 @@ bool Grid::onGroupKey(int key) {
             }
             return true;
         case VK_SPACE:
-            if (focused != kNoGroup) {
-                setGroupUnfolded(focused, !grouping_.group(focused).unfolded);
-            }
+            if (focused != kNoGroup) setGroupUnfolded(focused, !grouping_.group(focused).unfolded);
             return focused != kNoGroup;
         case VK_RIGHT:
         case VK_LEFT: {
-            if (focused == kNoGroup) {
-                return false;
-            }
+            if (focused == kNoGroup) return false;
             const bool unfold = key == VK_RIGHT;
             if (grouping_.group(focused).unfolded != unfold) {
                 setGroupUnfolded(focused, unfold);
@@ -298,17 +274,13 @@ bool Grid::onGroupKey(int key) {
 // Whether the row is a group's. Its glyph folds at a click, the whole row at a double click.
 bool Grid::onGroupClick(RowIndex view, Point point, bool doubleClick) {
     const int group = grouping_.active() ? grouping_.at(view).group : kNoGroup;
-    if (group == kNoGroup) {
-        return false;
-    }
+    if (group == kNoGroup) return false;
     const Grouping::Group& clicked = grouping_.group(group);
     const bool onGlyph =
         Painter::groupGlyph(geometry_, Padding::forDpi(dpi()), view, clicked.level).contains(point);
     moveCurrent({view, col()},
                 (forms::shiftState() & forms::kShift) != 0 ? Selecting::range : Selecting::one);
-    if (onGlyph != doubleClick) {
-        setGroupUnfolded(group, !clicked.unfolded);
-    }
+    if (onGlyph != doubleClick) setGroupUnfolded(group, !clicked.unfolded);
     return true;
 }
 

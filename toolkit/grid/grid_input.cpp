@@ -67,9 +67,7 @@ void Grid::onKeyDown(int key) {
     }
     const unsigned shift = forms::shiftState();
     const bool ctrl = (shift & forms::kCtrl) != 0;
-    if (drag_ != Drag::none || (shift & forms::kAlt) != 0) {
-        return;
-    }
+    if (drag_ != Drag::none || (shift & forms::kAlt) != 0) return;
     if (ctrl && (key == 'C' || key == VK_INSERT)) {
         copy();
     } else if (ctrl && key == 'A') {
@@ -87,9 +85,7 @@ void Grid::onKeyDown(int key) {
 // itself was understood already, the character finds nothing left to do.
 void Grid::onChar(wchar_t character) {
     const int key = padKeyOf(character);
-    if (key != 0 && drag_ == Drag::none) {
-        onGroupKey(key);
-    }
+    if (key != 0 && drag_ == Drag::none) onGroupKey(key);
 }
 
 void Grid::selectAll() {
@@ -103,35 +99,25 @@ void Grid::selectAll() {
 // The grid's areas as the user finds them: a border that may not be moved belongs to its heading.
 Hit Grid::hitTest(Point point) const {
     Hit hit = geometry_.hitTest(point);
-    if (hit.area != Area::headingBorder) {
-        return hit;
-    }
+    if (hit.area != Area::headingBorder) return hit;
     const auto& column = columns_[static_cast<std::size_t>(hit.cell.column)];
-    if (column->allowSizing()) {
-        return hit;
-    }
+    if (column->allowSizing()) return hit;
     int under = headingAt(point);
     return under == kNoColumn ? Hit{} : Hit{Area::heading, {kNoRow, under}};
 }
 
 int Grid::headingAt(Point point) const {
-    if (!geometry_.headingArea().contains(point)) {
-        return kNoColumn;
-    }
+    if (!geometry_.headingArea().contains(point)) return kNoColumn;
     int x = point.x - geometry_.measures().selectorWidth + geometry_.scrollX();
     return geometry_.columns().at(x);
 }
 
 void Grid::onLeftDown(Point point) {
     hideTip();
-    if (!hasFocus()) {
-        setFocus();
-    }
+    if (!hasFocus()) setFocus();
     const Hit hit = hitTest(point);
     const bool shift = (forms::shiftState() & forms::kShift) != 0;
-    if (hit.cell.row != kNoRow && onGroupClick(hit.cell.row, point, false)) {
-        return;
-    }
+    if (hit.cell.row != kNoRow && onGroupClick(hit.cell.row, point, false)) return;
     switch (hit.area) {
         case Area::groupChip:
             beginDrag(Drag::heading, groupColumns_[static_cast<std::size_t>(hit.level)].column,
@@ -156,9 +142,7 @@ void Grid::onLeftDown(Point point) {
 
 void Grid::onLeftDouble(Point point) {
     const Hit hit = hitTest(point);
-    if (hit.cell.row != kNoRow && onGroupClick(hit.cell.row, point, true)) {
-        return;
-    }
+    if (hit.cell.row != kNoRow && onGroupClick(hit.cell.row, point, true)) return;
     if (hit.area != Area::headingBorder) {
         // The second of two quick clicks is a click like the first.
         onLeftDown(point);
@@ -182,9 +166,7 @@ void Grid::onMouseMoved(Point point) {
     } else {
         setHotColumn(hit.area == Area::heading ? hit.cell.column : kNoColumn);
     }
-    if (hit.cell != tipCell_) {
-        hideTip();
-    }
+    if (hit.cell != tipCell_) hideTip();
     watchMouse();
 }
 
@@ -197,24 +179,16 @@ void Grid::onLeftUp(Point point) {
     if (held == Drag::carried) {
         drop(column, where);
     } else if (held == Drag::heading && level != kNoLevel) {
-        if (hitTest(point).level == level) {
-            reverseGroup(level);
-        }
+        if (hitTest(point).level == level) reverseGroup(level);
     } else if (held == Drag::heading && headingAt(point) == column) {
-        if (const auto procedure = onHeadClick) {
-            procedure(column);
-        }
+        if (const auto procedure = onHeadClick) procedure(column);
     }
 }
 
 void Grid::setHotColumn(int column) {
-    if (column == hotColumn_) {
-        return;
-    }
+    if (column == hotColumn_) return;
     for (int changed : {hotColumn_, column}) {
-        if (changed >= 0 && changed < columnCount()) {
-            invalidateHeadingOrChip(changed);
-        }
+        if (changed >= 0 && changed < columnCount()) invalidateHeadingOrChip(changed);
     }
     hotColumn_ = column;
 }
@@ -225,7 +199,7 @@ void Grid::watchMouse() const {
     track.dwFlags = TME_LEAVE | (cellTipsOn_ ? TME_HOVER : 0u);
     track.hwndTrack = hwnd();
     track.dwHoverTime = HOVER_DEFAULT;
-    TrackMouseEvent(&track);
+    ::TrackMouseEvent(&track);
 }
 
 void Grid::onMouseLeave() {
@@ -234,15 +208,13 @@ void Grid::onMouseLeave() {
 }
 
 bool Grid::onSetCursor(int hitCode) const {
-    if (hitCode != HTCLIENT) {
-        return false;
-    }
+    if (hitCode != HTCLIENT) return false;
     POINT mouse{};
-    GetCursorPos(&mouse);
-    ScreenToClient(hwnd(), &mouse);
+    ::GetCursorPos(&mouse);
+    ::ScreenToClient(hwnd(), &mouse);
     bool border =
         hitTest({static_cast<int>(mouse.x), static_cast<int>(mouse.y)}).area == Area::headingBorder;
-    SetCursor(LoadCursorW(nullptr, border || drag_ == Drag::border ? IDC_SIZEWE : IDC_ARROW));
+    ::SetCursor(::LoadCursorW(nullptr, border || drag_ == Drag::border ? IDC_SIZEWE : IDC_ARROW));
     return true;
 }
 
@@ -259,20 +231,14 @@ void Grid::onMouseHover(Point point) {
 void Grid::showTip(Cell cell) {
     const RowIndex row = cell.row == kNoRow ? kNoRow : grouping_.at(cell.row).row;
     const bool onGroup = cell.row != kNoRow && row == kNoRow;
-    if (onGroup || !textCutOff(cell)) {
-        return;
-    }
+    if (onGroup || !textCutOff(cell)) return;
     std::wstring tip = cell.row == kNoRow ? std::wstring() : cellText_.text;
     bool wrap = false;
-    if (const auto procedure = onFetchCellTips) {
-        procedure(cell.column, row, tip, wrap);
-    }
-    if (tip.empty() || !isCreated() || cell.column >= columnCount()) {
-        return;
-    }
+    if (const auto procedure = onFetchCellTips) procedure(cell.column, row, tip, wrap);
+    if (tip.empty() || !isCreated() || cell.column >= columnCount()) return;
     Rect rect = cell.row == kNoRow ? geometry_.headingRect(cell.column) : geometry_.cellRect(cell);
     RECT screen = toRect(intersection(rect, {0, 0, geometry_.viewWidth(), geometry_.viewHeight()}));
-    MapWindowPoints(hwnd(), nullptr, reinterpret_cast<POINT*>(&screen), 2);
+    ::MapWindowPoints(hwnd(), nullptr, reinterpret_cast<POINT*>(&screen), 2);
     tip_.show(hwnd(), fromRect(screen), tip, wrap, fonts_.get(column(cell.column).font()).handle(),
               dpi());
 }
@@ -283,12 +249,8 @@ bool Grid::textCutOff(Cell cell) {
     const Scene now = scene();
     TextFont& font = fonts_.get(column.font());
     TextBox box = Painter::textBox(now, column, font);
-    if (cell.row == kNoRow) {
-        return headingWidth(column) > box.width;
-    }
-    if (!source_ || cell.row >= geometry_.rowCount()) {
-        return false;
-    }
+    if (cell.row == kNoRow) return headingWidth(column) > box.width;
+    if (!source_ || cell.row >= geometry_.rowCount()) return false;
     cellText_.fetch(*source_, {grouping_.at(cell.row).row, cell.column}, column.wrapText(), box,
                     font);
     int widest = 0;

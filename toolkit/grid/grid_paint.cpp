@@ -8,8 +8,8 @@ namespace {
 // BeginPaint with its EndPaint, also when a data source throws in between.
 class PaintScope {
 public:
-    explicit PaintScope(HWND window) : window_(window), dc_(BeginPaint(window, &paint_)) {}
-    ~PaintScope() { EndPaint(window_, &paint_); }
+    explicit PaintScope(HWND window) : window_(window), dc_(::BeginPaint(window, &paint_)) {}
+    ~PaintScope() { ::EndPaint(window_, &paint_); }
 
     PaintScope(const PaintScope&) = delete;
     PaintScope& operator=(const PaintScope&) = delete;
@@ -52,9 +52,7 @@ void Grid::onPaint() {
     if (!dirty.empty()) {
         HDC canvas = buffer_.open(scope.dc(), geometry_.viewWidth(), geometry_.viewHeight());
         paintTo(canvas ? canvas : scope.dc(), scope.dc(), dirty);
-        if (canvas) {
-            buffer_.copyTo(scope.dc(), dirty, {dirty.left, dirty.top});
-        }
+        if (canvas) buffer_.copyTo(scope.dc(), dirty, {dirty.left, dirty.top});
     }
     paintedRows_ = geometry_.endRow() - geometry_.firstRow();
 }
@@ -68,20 +66,20 @@ void Grid::paintTo(HDC target, HDC visible, const Rect& dirty) {
 
 // A thin edge in a quiet colour instead of the black one that Windows draws for WS_BORDER.
 void Grid::paintFrame() const {
-    HDC dc = GetWindowDC(hwnd());
+    HDC dc = ::GetWindowDC(hwnd());
     RECT window{};
-    GetWindowRect(hwnd(), &window);
+    ::GetWindowRect(hwnd(), &window);
     Rect edge{0, 0, static_cast<int>(window.right - window.left),
               static_cast<int>(window.bottom - window.top)};
     Color color = Color::tint(COLOR_WINDOWTEXT, 35, COLOR_WINDOWTEXT);
-    frame(dc, edge, GetSystemMetrics(SM_CXBORDER), color.resolve(highContrastOn()));
-    ReleaseDC(hwnd(), dc);
+    frame(dc, edge, ::GetSystemMetrics(SM_CXBORDER), color.resolve(highContrastOn()));
+    ::ReleaseDC(hwnd(), dc);
 }
 
 void Grid::invalidate(const Rect& rect) {
     if (isCreated() && !rect.empty()) {
         RECT area = toRect(rect);
-        InvalidateRect(hwnd(), &area, FALSE);
+        ::InvalidateRect(hwnd(), &area, FALSE);
     }
 }
 

@@ -17,7 +17,7 @@ constexpr int kHorizontalStep = 16;
 
 UINT wheelSetting(UINT which) {
     UINT value = 3;
-    SystemParametersInfoW(which, 0, &value, 0);
+    ::SystemParametersInfoW(which, 0, &value, 0);
     return value;
 }
 
@@ -27,17 +27,13 @@ void Grid::scroll(const std::function<void(Geometry&)>& change) {
     RowIndex oldY = geometry_.scrollY();
     int oldX = geometry_.scrollX();
     change(geometry_);
-    if (oldY != geometry_.scrollY() || oldX != geometry_.scrollX()) {
-        moveView(oldY, oldX);
-    }
+    if (oldY != geometry_.scrollY() || oldX != geometry_.scrollX()) moveView(oldY, oldX);
 }
 
 // Moves the pixels that stay on view and leaves the rest to the next paint.
 void Grid::moveView(RowIndex oldY, int oldX) {
     hideTip();
-    if (!isCreated()) {
-        return;
-    }
+    if (!isCreated()) return;
     RowIndex down = oldY - geometry_.scrollY();
     int right = oldX - geometry_.scrollX();
     Rect data = geometry_.dataArea();
@@ -50,16 +46,14 @@ void Grid::moveView(RowIndex oldY, int oldX) {
         moveColumns(right);
     }
     updateScrollBars();
-    UpdateWindow(hwnd());
-    if (const auto procedure = onScroll) {
-        procedure();
-    }
+    ::UpdateWindow(hwnd());
+    if (const auto procedure = onScroll) procedure();
 }
 
 void Grid::moveRows(int down) {
     if (down != 0) {
         RECT rows{0, geometry_.dataArea().top, geometry_.viewWidth(), geometry_.viewHeight()};
-        ScrollWindowEx(hwnd(), 0, down, &rows, &rows, nullptr, nullptr, SW_INVALIDATE);
+        ::ScrollWindowEx(hwnd(), 0, down, &rows, &rows, nullptr, nullptr, SW_INVALIDATE);
     }
 }
 
@@ -68,7 +62,7 @@ void Grid::moveColumns(int right) {
         // The headings go with their columns.
         RECT columns{geometry_.dataArea().left, geometry_.headingArea().top, geometry_.viewWidth(),
                      geometry_.viewHeight()};
-        ScrollWindowEx(hwnd(), right, 0, &columns, &columns, nullptr, nullptr, SW_INVALIDATE);
+        ::ScrollWindowEx(hwnd(), right, 0, &columns, &columns, nullptr, nullptr, SW_INVALIDATE);
     }
 }
 
@@ -77,9 +71,7 @@ void Grid::setFirstRow(std::int64_t row) {
 }
 
 void Grid::updateScrollBars() {
-    if (!isCreated() || updatingBars_) {
-        return;
-    }
+    if (!isCreated() || updatingBars_) return;
     updatingBars_ = true;
     // A bar that appears takes room from the other direction: a second look sees what both need.
     for (int look = 0; look < 2; ++look) {
@@ -94,18 +86,18 @@ void Grid::updateScrollBars() {
 void Grid::updateScrollBarsSoon() {
     if (isCreated() && !barsDue_) {
         barsDue_ = true;
-        SetTimer(hwnd(), kBarTimer, kBarMilliseconds, nullptr);
+        ::SetTimer(hwnd(), kBarTimer, kBarMilliseconds, nullptr);
     }
 }
 
 void Grid::onTimer(UINT_PTR timer) {
     if (timer == kBarTimer && !thumbTracking_) {
-        KillTimer(hwnd(), kBarTimer);
+        ::KillTimer(hwnd(), kBarTimer);
         barsDue_ = false;
         updateScrollBars();
         reportRows();
     } else if (timer == kRegroupTimer) {
-        KillTimer(hwnd(), kRegroupTimer);
+        ::KillTimer(hwnd(), kRegroupTimer);
         regroupDue_ = false;
         regroup();
         followSource(false, false);
@@ -131,14 +123,14 @@ void Grid::setBar(int bar, int maximum, int page, int position) const {
     SCROLLINFO info{};
     info.cbSize = sizeof info;
     info.fMask = SIF_RANGE | SIF_PAGE | SIF_POS;
-    GetScrollInfo(hwnd(), bar, &info);
+    ::GetScrollInfo(hwnd(), bar, &info);
     const auto pageSize = static_cast<UINT>(page);
     if (info.nMax != maximum || info.nPage != pageSize || info.nPos != position) {
         info.nMin = 0;
         info.nMax = maximum;
         info.nPage = pageSize;
         info.nPos = position;
-        SetScrollInfo(hwnd(), bar, &info, TRUE);
+        ::SetScrollInfo(hwnd(), bar, &info, TRUE);
     }
 }
 
@@ -217,7 +209,7 @@ int Grid::trackPosition(int bar) const {
     SCROLLINFO info{};
     info.cbSize = sizeof info;
     info.fMask = SIF_TRACKPOS;
-    GetScrollInfo(hwnd(), bar, &info);
+    ::GetScrollInfo(hwnd(), bar, &info);
     return info.nTrackPos;
 }
 

@@ -15,7 +15,7 @@ constexpr int kStatePressed = 3;
 
 // Enough for the headings of a wide grid; a column that is being dragged has another width at
 // every step.
-constexpr std::size_t kMostDrawn = 48;
+constexpr std::size_t kMaxDrawn = 48;
 
 int themeState(HeadingState state) {
     switch (state) {
@@ -31,29 +31,27 @@ int themeState(HeadingState state) {
 void drawPlain(HDC dc, const Rect& rect, HeadingState state, COLORREF back) {
     fill(dc, rect, back);
     RECT edge = toRect(rect);
-    DrawEdge(dc, &edge, state == HeadingState::pressed ? BDR_SUNKENOUTER : BDR_RAISEDINNER,
-             BF_RECT);
+    ::DrawEdge(dc, &edge, state == HeadingState::pressed ? BDR_SUNKENOUTER : BDR_RAISEDINNER,
+               BF_RECT);
 }
 
 }  // namespace
 
 void HeadingTheme::open(HWND window) {
     close();
-    theme_ = OpenThemeData(window, L"HEADER");
+    theme_ = ::OpenThemeData(window, L"HEADER");
 }
 
 void HeadingTheme::close() {
     drawn_.clear();
     if (theme_) {
-        CloseThemeData(theme_);
+        ::CloseThemeData(theme_);
         theme_ = nullptr;
     }
 }
 
 void HeadingTheme::draw(HDC dc, const Rect& rect, HeadingState state, COLORREF plainBack) const {
-    if (rect.empty()) {
-        return;
-    }
+    if (rect.empty()) return;
     if (!theme_) {
         drawPlain(dc, rect, state, plainBack);
         return;
@@ -71,14 +69,10 @@ const BackBuffer* HeadingTheme::picture(HDC dc, int width, int height, HeadingSt
             return drawn.picture.get();
         }
     }
-    if (drawn_.size() == kMostDrawn) {
-        drawn_.erase(drawn_.begin());
-    }
+    if (drawn_.size() == kMaxDrawn) drawn_.erase(drawn_.begin());
     auto made = std::make_unique<BackBuffer>();
     HDC canvas = made->open(dc, width, height);
-    if (!canvas) {
-        return nullptr;
-    }
+    if (!canvas) return nullptr;
     drawThemed(canvas, {0, 0, width, height}, state);
     drawn_.push_back({state, width, height, std::move(made)});
     return drawn_.back().picture.get();
@@ -86,10 +80,10 @@ const BackBuffer* HeadingTheme::picture(HDC dc, int width, int height, HeadingSt
 
 void HeadingTheme::drawThemed(HDC dc, const Rect& rect, HeadingState state) const {
     RECT area = toRect(rect);
-    if (IsThemeBackgroundPartiallyTransparent(theme_, kHeaderItem, themeState(state))) {
-        fill(dc, rect, GetSysColor(COLOR_WINDOW));
+    if (::IsThemeBackgroundPartiallyTransparent(theme_, kHeaderItem, themeState(state))) {
+        fill(dc, rect, ::GetSysColor(COLOR_WINDOW));
     }
-    DrawThemeBackground(theme_, dc, kHeaderItem, themeState(state), &area, nullptr);
+    ::DrawThemeBackground(theme_, dc, kHeaderItem, themeState(state), &area, nullptr);
 }
 
 }  // namespace grid

@@ -28,7 +28,7 @@ public:
     HeadingTheme(const HeadingTheme&) = delete;
     HeadingTheme& operator=(const HeadingTheme&) = delete;
 
-    // To be called anew when the visual style changed (WM_THEMECHANGED).
+    /// To be called anew when the visual style changed (WM_THEMECHANGED).
     void open(HWND window);
     void close();
 

@@ -30,14 +30,14 @@ Painter::Painter(const Scene& scene, HDC canvas, HDC visible)
     : scene_(scene),
       canvas_(canvas),
       visible_(visible),
-      savedState_(SaveDC(canvas)),
+      savedState_(::SaveDC(canvas)),
       highContrast_(highContrastOn()),
       lineColor_(Color::tint(COLOR_WINDOWTEXT, 12, COLOR_WINDOWTEXT).resolve(highContrast_)) {
-    SetBkMode(canvas_, TRANSPARENT);
-    SetTextAlign(canvas_, TA_LEFT | TA_TOP);
+    ::SetBkMode(canvas_, TRANSPARENT);
+    ::SetTextAlign(canvas_, TA_LEFT | TA_TOP);
 }
 
-Painter::~Painter() { RestoreDC(canvas_, savedState_); }
+Painter::~Painter() { ::RestoreDC(canvas_, savedState_); }
 
 void Painter::paint(const Rect& dirty) {
     dirty_ = dirty;
@@ -50,7 +50,7 @@ void Painter::paint(const Rect& dirty) {
 
 bool Painter::needsPainting(const Rect& rect) const {
     RECT area = toRect(intersection(rect, dirty_));
-    return area.left < area.right && area.top < area.bottom && RectVisible(visible_, &area);
+    return area.left < area.right && area.top < area.bottom && ::RectVisible(visible_, &area);
 }
 
 Painter::Colors Painter::colors(const Style& style) const {
@@ -58,16 +58,12 @@ Painter::Colors Painter::colors(const Style& style) const {
 }
 
 const Style& Painter::rowStyle(RowIndex row) const {
-    if (!scene_.selection.contains(row)) {
-        return scene_.styles.style(L"Normal");
-    }
+    if (!scene_.selection.contains(row)) return scene_.styles.style(L"Normal");
     return scene_.styles.style(scene_.focused ? L"Selected" : L"SelectedInactive");
 }
 
 Alignment Painter::alignment(const Column& column, const Style& style) const {
-    if (style.alignment || !scene_.source) {
-        return style.alignment.value_or(Alignment::left);
-    }
+    if (style.alignment || !scene_.source) return style.alignment.value_or(Alignment::left);
     return scene_.source->alignment(column.index());
 }
 
@@ -75,9 +71,7 @@ Alignment Painter::alignment(const Column& column, const Style& style) const {
 void Painter::paintRows() {
     const Geometry& geometry = scene_.geometry;
     for (RowIndex row = geometry.firstRow(); row < geometry.endRow(); ++row) {
-        if (needsPainting(geometry.rowRect(row))) {
-            paintRow(row);
-        }
+        if (needsPainting(geometry.rowRect(row))) paintRow(row);
     }
 }
 
@@ -135,11 +129,11 @@ void Painter::paintGroupRow(RowIndex view, int group) {
                      body.top + std::max(body.height() - font.lineHeight(), 0) / 2,
                      body.right - scene_.padding.side, body.bottom};
     scene_.cell.layOut(scene_.groupText(group), inner.width(), font);
-    SetTextColor(canvas_, color.text);
+    ::SetTextColor(canvas_, color.text);
     paintLines(inner, body, Alignment::left, font);
     if (scene_.focused && view == scene_.selection.current().row) {
         frame(canvas_, body, scene_.padding.line,
-              GetSysColor(highContrast_ ? COLOR_HIGHLIGHTTEXT : COLOR_HIGHLIGHT));
+              ::GetSysColor(highContrast_ ? COLOR_HIGHLIGHTTEXT : COLOR_HIGHLIGHT));
     }
 }
 
@@ -163,7 +157,7 @@ void Painter::paintCell(Cell position, RowIndex row, const Style& style) {
     TextFont& font = scene_.fonts.get(column.font(), style.bold);
     TextBox box = textBox(scene_, column, font);
     scene_.cell.fetch(*scene_.source, {row, position.column}, column.wrapText(), box, font);
-    SetTextColor(canvas_, color.text);
+    ::SetTextColor(canvas_, color.text);
     // The first lines of all columns stand at one height, whether their cells wrap or not.
     int top = body.top + std::max(body.height() - box.lines * font.lineHeight(), 0) / 2;
     Rect inner{body.left + scene_.padding.side, top, body.right - scene_.padding.side, body.bottom};
@@ -171,14 +165,14 @@ void Painter::paintCell(Cell position, RowIndex row, const Style& style) {
 
     if (scene_.focused && position == scene_.selection.current()) {
         frame(canvas_, body, scene_.padding.line,
-              GetSysColor(highContrast_ ? COLOR_HIGHLIGHTTEXT : COLOR_HIGHLIGHT));
+              ::GetSysColor(highContrast_ ? COLOR_HIGHLIGHTTEXT : COLOR_HIGHLIGHT));
     }
     ++paintedCells_;
 }
 
 void Painter::paintLines(const Rect& inner, const Rect& clip, Alignment alignment,
                          const TextFont& font) {
-    SelectObject(canvas_, font.handle());
+    ::SelectObject(canvas_, font.handle());
     Point at{0, inner.top};
     std::wstring_view shown = scene_.cell.shown;
     for (const TextLine& line : scene_.cell.lines) {
@@ -225,9 +219,7 @@ void Painter::paintRest() {
 void Painter::paintHeadings() {
     const Geometry& geometry = scene_.geometry;
     Rect area = geometry.headingArea();
-    if (!needsPainting({0, area.top, geometry.viewWidth(), area.bottom})) {
-        return;
-    }
+    if (!needsPainting({0, area.top, geometry.viewWidth(), area.bottom})) return;
     COLORREF back = colors(scene_.styles.style(L"Heading")).back;
     int right = area.left - geometry.scrollX() + geometry.columns().totalWidth();
     for (const auto& column : scene_.columns) {
@@ -238,20 +230,14 @@ void Painter::paintHeadings() {
         }
     }
     Rect beside{std::max(right, area.left), area.top, area.right, area.bottom};
-    if (needsPainting(beside)) {
-        scene_.theme.draw(canvas_, beside, HeadingState::normal, back);
-    }
+    if (needsPainting(beside)) scene_.theme.draw(canvas_, beside, HeadingState::normal, back);
     Rect corner{0, area.top, area.left, area.bottom};
-    if (needsPainting(corner)) {
-        scene_.theme.draw(canvas_, corner, HeadingState::normal, back);
-    }
+    if (needsPainting(corner)) scene_.theme.draw(canvas_, corner, HeadingState::normal, back);
     fill(canvas_, {0, area.bottom - scene_.padding.line, area.right, area.bottom}, lineColor_);
 }
 
 HeadingState Painter::headingState(const Column& column) const {
-    if (column.index() == scene_.pressedColumn) {
-        return HeadingState::pressed;
-    }
+    if (column.index() == scene_.pressedColumn) return HeadingState::pressed;
     return column.index() == scene_.hotColumn ? HeadingState::hot : HeadingState::normal;
 }
 
@@ -268,14 +254,12 @@ void Painter::paintHeading(const Column& column, const Rect& rect, HeadingState 
         Point at{inner.right - (2 * size - 1), inner.top + (inner.height() - size) / 2};
         Direction direction =
             picture == HeadingPicture::ascending ? Direction::up : Direction::down;
-        if (at.x >= inner.left) {
-            drawTriangle(canvas_, direction, at, size, color.text);
-        }
+        if (at.x >= inner.left) drawTriangle(canvas_, direction, at, size, color.text);
         inner.right = at.x - scene_.padding.side;
     }
     TextFont& font = scene_.fonts.get(column.font(), style.bold);
     scene_.cell.layOut(column.caption(), inner.width(), font);
-    SetTextColor(canvas_, color.text);
+    ::SetTextColor(canvas_, color.text);
     inner.top += (inner.height() - font.lineHeight()) / 2;
     const Rect clip{rect.left, rect.top, inner.right + scene_.padding.side, rect.bottom};
     paintLines(inner, clip, alignment(column, style), font);
@@ -283,9 +267,7 @@ void Painter::paintHeading(const Column& column, const Rect& rect, HeadingState 
 
 void Painter::paintGroupArea() {
     const GroupArea& area = scene_.geometry.groupArea();
-    if (area.strip().empty() || !needsPainting(area.strip())) {
-        return;
-    }
+    if (area.strip().empty() || !needsPainting(area.strip())) return;
     const Style& style = scene_.styles.style(L"Caption");
     const Colors color = colors(style);
     const Rect strip = area.strip();
@@ -308,22 +290,20 @@ void Painter::paintGroupArea() {
                          strip.top + std::max(strip.height() - font.lineHeight(), 0) / 2,
                          strip.right - side, strip.bottom};
         scene_.cell.layOut(scene_.groupByCaption, inner.width(), font);
-        SetTextColor(canvas_, color.text);
+        ::SetTextColor(canvas_, color.text);
         paintLines(inner, strip, Alignment::left, font);
     }
 }
 
 // Above everything else, like a thing that is held in the hand.
 void Painter::paintCarried() {
-    if (!scene_.carried) {
-        return;
-    }
+    if (!scene_.carried) return;
     const CarriedHeading& carried = *scene_.carried;
-    fill(canvas_, carried.mark, GetSysColor(COLOR_HIGHLIGHT));
+    fill(canvas_, carried.mark, ::GetSysColor(COLOR_HIGHLIGHT));
     if (needsPainting(carried.rect)) {
         const Column& column = *scene_.columns[static_cast<std::size_t>(carried.column)];
         paintHeading(column, carried.rect, HeadingState::hot, HeadingPicture::none);
-        frame(canvas_, carried.rect, scene_.padding.line, GetSysColor(COLOR_HIGHLIGHT));
+        frame(canvas_, carried.rect, scene_.padding.line, ::GetSysColor(COLOR_HIGHLIGHT));
     }
 }
 

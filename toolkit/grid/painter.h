@@ -29,17 +29,17 @@
 
 namespace grid {
 
-// The distances between a cell's edge and its text, in device pixels.
+/// The distances between a cell's edge and its text, in device pixels.
 struct Padding {
-    int side = 0;     // Left and right of the text.
-    int line = 1;     // The thickness of the grid lines.
-    int picture = 0;  // Height of a heading's picture and of the current row's marker.
-    int indent = 0;   // Of a group within another.
+    int side = 0;     ///< Left and right of the text.
+    int line = 1;     ///< The thickness of the grid lines.
+    int picture = 0;  ///< Height of a heading's picture and of the current row's marker.
+    int indent = 0;   ///< Of a group within another.
 
     static Padding forDpi(forms::Dpi dpi);
 };
 
-// A column that the rows are grouped by.
+/// A column that the rows are grouped by.
 struct GroupColumn {
     int column = kNoColumn;
     bool descending = false;
@@ -47,14 +47,14 @@ struct GroupColumn {
     friend bool operator==(const GroupColumn&, const GroupColumn&) = default;
 };
 
-// A heading that the mouse carries to another place.
+/// A heading that the mouse carries to another place.
 struct CarriedHeading {
     int column = kNoColumn;
     Rect rect;
-    Rect mark;  // Shows where it would go; empty for nowhere.
+    Rect mark;  ///< Shows where it would go; empty for nowhere.
 };
 
-// Everything a paint shows. References are to the grid's own parts.
+/// Everything a paint shows. References are to the grid's own parts.
 struct Scene {
     const Geometry& geometry;
     const std::vector<std::unique_ptr<Column>>& columns;
@@ -64,20 +64,20 @@ struct Scene {
     const std::vector<GroupColumn>& groupColumns;
     const std::wstring& groupByCaption;
     std::function<std::wstring(int group)> groupText;
-    const DataSource* source;  // Null without one.
+    const DataSource* source;  ///< Null without one.
     const HeadingTheme& theme;
     TextFonts& fonts;
-    CellText& cell;  // Working space.
+    CellText& cell;  ///< Working space.
     Padding padding;
     bool focused;
-    int hotColumn;      // The heading under the mouse, or kNoColumn.
-    int pressedColumn;  // The heading held down, or kNoColumn.
+    int hotColumn;      ///< The heading under the mouse, or kNoColumn.
+    int pressedColumn;  ///< The heading held down, or kNoColumn.
     std::optional<CarriedHeading> carried;
 };
 
 class Painter {
 public:
-    // `visible` is asked which parts really need painting; it may be `canvas` itself.
+    /// `visible` is asked which parts really need painting; it may be `canvas` itself.
     Painter(const Scene& scene, HDC canvas, HDC visible);
     ~Painter();
 
@@ -86,12 +86,12 @@ public:
 
     void paint(const Rect& dirty);
 
-    // How many cells of the data source were drawn.
+    /// How many cells of the data source were drawn.
     std::int64_t paintedCells() const { return paintedCells_; }
 
-    // Where a cell's text goes, and on how many lines.
+    /// Where a cell's text goes, and on how many lines.
     static TextBox textBox(const Scene& scene, const Column& column, const TextFont& font);
-    // The part of a group's row that folds it when clicked.
+    /// The part of a group's row that folds it when clicked.
     static Rect groupGlyph(const Geometry& geometry, const Padding& padding, RowIndex view,
                            int level);
 

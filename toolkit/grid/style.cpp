@@ -63,19 +63,15 @@ Color Color::tint(int index, int percent, int inHighContrast) {
 }
 
 COLORREF Color::resolve(bool highContrast) const {
-    if (fixed_) {
-        return *fixed_;
-    }
-    if (highContrast) {
-        return GetSysColor(highContrastIndex_);
-    }
-    return mix(GetSysColor(index_), GetSysColor(COLOR_WINDOW), percent_);
+    if (fixed_) return *fixed_;
+    if (highContrast) return ::GetSysColor(highContrastIndex_);
+    return mix(::GetSysColor(index_), ::GetSysColor(COLOR_WINDOW), percent_);
 }
 
 bool highContrastOn() {
     HIGHCONTRASTW setting{};
     setting.cbSize = sizeof setting;
-    return SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof setting, &setting, 0) &&
+    return ::SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof setting, &setting, 0) &&
            (setting.dwFlags & HCF_HIGHCONTRASTON) != 0;
 }
 

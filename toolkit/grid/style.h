@@ -17,18 +17,18 @@
 
 namespace grid {
 
-// A colour as one means it; resolve() makes it one that can be drawn with.
+/// A colour as one means it; resolve() makes it one that can be drawn with.
 class Color {
 public:
     static Color rgb(int red, int green, int blue);
 
-    // A colour of the system, by its COLOR_ index.
+    /// A colour of the system, by its COLOR_ index.
     static Color system(int index) { return system(index, index); }
-    // Another one where the user asked for high contrast.
+    /// Another one where the user asked for high contrast.
     static Color system(int index, int inHighContrast);
 
-    // So much of a system colour over the window's background; in high contrast the second colour
-    // as it is, since mixed colours are what the user asked to be spared.
+    /// So much of a system colour over the window's background; in high contrast the second colour
+    /// as it is, since mixed colours are what the user asked to be spared.
     static Color tint(int index, int percent, int inHighContrast);
 
     COLORREF resolve(bool highContrast) const;
@@ -40,31 +40,31 @@ private:
     std::optional<COLORREF> fixed_;
 };
 
-// Whether the user asked for high contrast.
+/// Whether the user asked for high contrast.
 bool highContrastOn();
 
-// A picture beside a heading's caption.
+/// A picture beside a heading's caption.
 enum class HeadingPicture { none, ascending, descending };
 
 struct Style {
     Color text = Color::system(COLOR_WINDOWTEXT);
     Color back = Color::system(COLOR_WINDOW);
     bool bold = false;
-    // Without one the data source's alignment of the column holds.
+    /// Without one the data source's alignment of the column holds.
     std::optional<Alignment> alignment;
     HeadingPicture picture = HeadingPicture::none;
 };
 
-// The styles of one grid. It starts with those that every grid has: Normal, Heading, Footing,
-// Selected (the current row), SelectedInactive (the same while another window has the focus),
-// Caption, HighlightRow, EvenRow, OddRow, RecordSelector, FilterBar, Ascending and Descending
-// (headings of a sorted column), BigRed, imgSubscriber.
+/// The styles of one grid. It starts with those that every grid has: Normal, Heading, Footing,
+/// Selected (the current row), SelectedInactive (the same while another window has the focus),
+/// Caption, HighlightRow, EvenRow, OddRow, RecordSelector, FilterBar, Ascending and Descending
+/// (headings of a sorted column), BigRed, imgSubscriber.
 class StyleSheet {
 public:
     StyleSheet();
 
     bool contains(const std::wstring& name) const { return styles_.count(name) != 0; }
-    // Throws std::out_of_range for a name that is not there.
+    /// Throws std::out_of_range for a name that is not there.
     const Style& style(const std::wstring& name) const { return styles_.at(name); }
     void set(const std::wstring& name, const Style& style) { styles_[name] = style; }
 

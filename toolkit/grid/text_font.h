@@ -51,10 +51,10 @@ private:
 
 class TextFonts {
 public:
-    // Makes the font when it is first asked for. The reference is good until clear().
+    /// Makes the font when it is first asked for. The reference is good until clear().
     TextFont& get(const forms::Font& font, bool bold = false);
 
-    // Forgets all fonts, whose sizes were for another display.
+    /// Forgets all fonts, whose sizes were for another display.
     void clear(forms::Dpi dpi);
 
 private:

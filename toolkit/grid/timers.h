@@ -5,7 +5,7 @@
 
 namespace grid {
 
-inline constexpr UINT_PTR kBarTimer = 1;      // The scroll bars follow the row count.
-inline constexpr UINT_PTR kRegroupTimer = 2;  // Rows that came are grouped.
+inline constexpr UINT_PTR kBarTimer = 1;      ///< The scroll bars follow the row count.
+inline constexpr UINT_PTR kRegroupTimer = 2;  ///< Rows that came are grouped.
 
 }  // namespace grid

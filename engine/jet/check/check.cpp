@@ -29,7 +29,7 @@ void checkFileLength(Context& context, const Storage& storage) {
         context.report.error(Rule::FileLength, kNoPage, message);
     };
     if (storage.size() % kPageSize != 0) fail("the file ends in the middle of a page");
-    if (storage.size() / kPageSize > kMostFilePages) fail("the file is too large");
+    if (storage.size() / kPageSize > kMaxFilePages) fail("the file is too large");
     PageReader pages = context.reader();
     try {
         checkLength(pages);

@@ -73,13 +73,13 @@ struct Finding {
 
 struct CheckReport {
     /// Findings of each severity that are kept; the others are counted only.
-    static constexpr std::size_t kMostKept = 1000;
+    static constexpr std::size_t kMaxKept = 1000;
 
     std::vector<Finding> findings;  ///< as met: by table
     std::uint64_t errors = 0;
     std::uint64_t warnings = 0;
 
-    // What was looked at.
+    /// What was looked at.
     std::uint32_t pages = 0;
     std::uint32_t tables = 0;
     std::uint64_t rows = 0;

@@ -14,7 +14,7 @@ namespace jet::checking {
 struct Context {
     explicit Context(const Storage& source)
         : storage{source},
-          pageCount{std::min(source.pageCount(), kMostFilePages)},
+          pageCount{std::min(source.pageCount(), kMaxFilePages)},
           cache{source},
           owners{pageCount} {}
 

@@ -20,7 +20,7 @@ constexpr std::size_t kLongValueMapSize = 8;
 constexpr std::uint32_t kDefinitionMark = 0x659;
 constexpr std::uint32_t kIndexMark = 0x783;
 constexpr std::uint16_t kEnd = 0xFFFF;
-constexpr std::size_t kMostPages = 65;
+constexpr std::size_t kMaxPages = 65;
 
 /// The definition's bytes, whose lengths and constants are checked without a view to their meaning.
 class Layout {
@@ -31,7 +31,7 @@ public:
     bool gather() {
         PageReader pages = context_.reader();
         for (PageNumber next = first_; pageStarts_.empty() || next != kNoPage;) {
-            if (pageStarts_.size() == kMostPages) {
+            if (pageStarts_.size() == kMaxPages) {
                 fail("the definition has too many pages");
                 return false;
             }

@@ -13,7 +13,7 @@ constexpr std::size_t kSlotTable = 14;
 constexpr std::uint16_t kOffsetMask = 0x1FFF;
 constexpr std::uint16_t kFlagMask = 0xC000;
 constexpr std::uint16_t kDeleted = 0xC000;
-constexpr unsigned kMostSlots = 255;
+constexpr unsigned kMaxSlots = 255;
 
 /// One after the other: where the rows of a page begin, and how they are marked.
 class SlotCheck {
@@ -25,7 +25,7 @@ public:
           count_{load<std::uint16_t>(page, 12)} {}
 
     bool run() {
-        if (count_ > kMostSlots) {
+        if (count_ > kMaxSlots) {
             report_.error(Rule::DataPage, number_,
                           "there are " + std::to_string(count_) + " slots");
             return false;
@@ -40,9 +40,7 @@ private:
         const auto word = load<std::uint16_t>(page_, kSlotTable + 2 * slot);
         const std::size_t offset = word & kOffsetMask;
         const RowId row{number_, slot};
-        if ((word & ~(kFlagMask | kOffsetMask)) != 0) {
-            fail(row, "the slot has an unknown mark");
-        }
+        if ((word & ~(kFlagMask | kOffsetMask)) != 0) fail(row, "the slot has an unknown mark");
         if (offset > end_ || offset < kSlotTable + std::size_t{2} * count_) {
             return fail(row, "the row lies outside its place on the page");
         }

@@ -78,9 +78,7 @@ bool RecordCheck::checkTrailer(Bytes bytes, std::size_t maskOffset, const Shape&
         if (offset < before) return fail(row, "the offsets of the record do not ascend");
         before = offset;
     }
-    if (before > firstPlace - 2 * count) {
-        return fail(row, "the values run into the offset table");
-    }
+    if (before > firstPlace - 2 * count) return fail(row, "the values run into the offset table");
     return true;
 }
 

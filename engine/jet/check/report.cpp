@@ -74,7 +74,7 @@ void Reporter::setTable(std::u16string_view name) { table_ = toUtf8(name); }
 
 void Reporter::add(Finding::Severity severity, Rule rule, Place place, std::string message) {
     std::uint64_t& count = severity == Finding::Severity::Error ? report_.errors : report_.warnings;
-    if (++count > CheckReport::kMostKept) return;
+    if (++count > CheckReport::kMaxKept) return;
     report_.findings.push_back({severity, rule, place.page, place.row, table_, std::move(message)});
 }
 

@@ -39,9 +39,7 @@ void forEachRow(Context& context, const TableDefinition& definition, const LiveR
     for (std::size_t place = 0; place < rows.ids.size(); ++place) {
         const RowId row = rows.ids[place];
         if (!rows.sound[place]) continue;
-        if (!page || page->number() != row.page()) {
-            page.emplace(homes.page(row.page()), row.page());
-        }
+        if (!page || page->number() != row.page()) page.emplace(homes.page(row.page()), row.page());
         const auto slot = page->slot(row.slot());
         if (!slot) continue;
         visit(

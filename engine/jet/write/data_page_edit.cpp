@@ -49,7 +49,7 @@ bool isSound(const Page& page, PageNumber number) {
 }
 
 bool hasRoom(const Page& page, std::size_t size) {
-    return slotCount(page) < kMostRows && freeBytes(page) >= size + 2;
+    return slotCount(page) < kMaxRows && freeBytes(page) >= size + 2;
 }
 
 std::optional<unsigned> appendRow(Page& page, Bytes row, std::uint16_t flags) {

@@ -19,13 +19,13 @@ inline constexpr std::uint16_t kMovedSlot = 0x8000;
 inline constexpr std::uint16_t kDeletedSlot = 0xC000;
 
 /// A row's identity has one byte for the slot, and this engine's makers use 255 of them.
-inline constexpr unsigned kMostRows = 255;
+inline constexpr unsigned kMaxRows = 255;
 
 /// A pointer to a record that moved.
 inline constexpr std::size_t kPointerRowSize = 4;
 
 /// The usual limit of a record; a page could hold 20 bytes more.
-inline constexpr std::size_t kMostRecordBytes = 4060;
+inline constexpr std::size_t kMaxRecordBytes = 4060;
 
 /// Makes `page` an empty data page.
 void formatDataPage(Page& page, std::uint32_t owner);

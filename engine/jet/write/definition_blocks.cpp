@@ -41,7 +41,7 @@ Block encodePhysicalIndex(const PhysicalIndex& index) {
     constexpr std::uint8_t kAlways = 0x80;
     Block block(kSize);
     put(block, 0, std::uint32_t{0x783});
-    for (std::size_t i = 0; i < kMostIndexColumns; ++i) {
+    for (std::size_t i = 0; i < kMaxIndexColumns; ++i) {
         const bool used = i < index.columns.size();
         put(block, 4 + 3 * i, used ? index.columns[i].columnId : std::uint16_t{0xFFFF});
         block[4 + 3 * i + 2] = used && index.columns[i].ascending ? 1 : 0;

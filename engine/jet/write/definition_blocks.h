@@ -13,7 +13,7 @@ struct ColumnCounts {
     std::size_t fixedEnd = 0;  ///< of the fixed part of a record
 };
 
-// Flags of a column's descriptor.
+/// Flags of a column's descriptor.
 inline constexpr std::uint8_t kColumnFixed = 0x01;
 inline constexpr std::uint8_t kColumnUpdatable = 0x02;  ///< set on every column
 inline constexpr std::uint8_t kColumnAutonumber = 0x04;
@@ -39,6 +39,6 @@ DefinitionEditor::Block encodePhysicalIndex(const PhysicalIndex& index);
 DefinitionEditor::Block encodeLogicalIndex(const LogicalIndex& index);
 
 /// An index has at most this many columns.
-inline constexpr std::size_t kMostIndexColumns = 10;
+inline constexpr std::size_t kMaxIndexColumns = 10;
 
 }  // namespace jet

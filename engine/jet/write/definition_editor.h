@@ -70,7 +70,7 @@ private:
     std::vector<Block> longValueMaps_;
 };
 
-// Offsets in the head.
+/// Offsets in the head.
 inline constexpr std::size_t kDefinitionRowCount = 16;
 inline constexpr std::size_t kDefinitionColumnsEver = 41;
 inline constexpr std::size_t kDefinitionVariableEver = 43;

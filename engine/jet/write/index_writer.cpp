@@ -290,7 +290,7 @@ IndexNode IndexWriter::load(PageNumber number) const {
 void IndexWriter::write(const IndexNode& node) { node.writeTo(*pager_.edit(node.number), owner_); }
 
 void IndexWriter::requireShort(const Key& key) const {
-    if (key.size() > kLongestKey) {
+    if (key.size() > kMaxKeyBytes) {
         throw Error{Fault::ValueTooLarge, "A value is too long for an index."};
     }
 }

@@ -18,7 +18,7 @@ namespace jet {
 class IndexWriter {
 public:
     /// A page must take two entries; the limit leaves room for that.
-    static constexpr std::size_t kLongestKey = 1800;
+    static constexpr std::size_t kMaxKeyBytes = 1800;
 
     /// Throws Error{Damaged}.
     IndexWriter(Pager& pager, PageAllocator& allocator, const TableDefinition& definition,

@@ -135,7 +135,7 @@ void KeySorter::writeRun() {
     openFile();
     file_.seekp(0, std::ios::end);
     const Run run{file_.tellp(), rows_.size()};
-    constexpr std::size_t kMostRows = 4096;
+    constexpr std::size_t kMaxRows = 4096;
     Key current;
     std::vector<RowId> rows;
     const auto writePiece = [&] {
@@ -149,7 +149,7 @@ void KeySorter::writeRun() {
         rows.clear();
     };
     sortRows([&](const Key& key, RowId row) {
-        if (rows.size() == kMostRows || key != current) {
+        if (rows.size() == kMaxRows || key != current) {
             writePiece();
             current = key;
         }

@@ -17,12 +17,12 @@ constexpr std::uint32_t kInlineFlag = 0x80000000;
 constexpr std::uint32_t kSingleFlag = 0x40000000;
 
 /// The original engine's limits of the forms.
-constexpr std::size_t kMostInRecord = 64;
-constexpr std::size_t kMostInRow = 4076;
-constexpr std::size_t kChunk = kMostInRow - kLinkSize;
+constexpr std::size_t kMaxInRecord = 64;
+constexpr std::size_t kMaxInRow = 4076;
+constexpr std::size_t kChunk = kMaxInRow - kLinkSize;
 
 /// A page with less than this is not looked at for more values; one that has this much again is.
-constexpr std::size_t kLeastRoom = 50;
+constexpr std::size_t kMinRoom = 50;
 constexpr std::size_t kRoomAgain = 100;
 
 template <typename T>
@@ -41,10 +41,10 @@ void appendHeader(Binary& out, std::size_t word, RowId row, std::uint32_t stamp)
 
 void LongValueWriter::store(Bytes content, bool inRecord, Binary& field) {
     field.clear();
-    if (content.empty() || (inRecord && content.size() <= kMostInRecord)) {
+    if (content.empty() || (inRecord && content.size() <= kMaxInRecord)) {
         appendHeader(field, content.size() | kInlineFlag, RowId{}, 0);
         field.insert(field.end(), content.begin(), content.end());
-    } else if (content.size() <= kMostInRow) {
+    } else if (content.size() <= kMaxInRow) {
         appendHeader(field, content.size() | kSingleFlag, storeRow(content), 0);
     } else {
         // The first page's number tells the chain from others as well as any number does.
@@ -56,7 +56,7 @@ void LongValueWriter::store(Bytes content, bool inRecord, Binary& field) {
 RowId LongValueWriter::storeRow(Bytes row) {
     UsageMapWriter& free = maps().free;
     constexpr int kAttempts = 3;
-    PageNumber candidate = current_ != kNoPage ? current_ : free.lastBefore(kMostFilePages);
+    PageNumber candidate = current_ != kNoPage ? current_ : free.lastBefore(kMaxFilePages);
     for (int attempt = 0; attempt < kAttempts && candidate != kNoPage; ++attempt) {
         const PagePtr page = pager_.page(candidate);
         const bool usable = DataPage{*page, candidate}.owner() == kLongValueOwner &&
@@ -65,7 +65,7 @@ RowId LongValueWriter::storeRow(Bytes row) {
             current_ = candidate;
             return RowId{candidate, *appendRow(*pager_.edit(candidate), row, 0)};
         }
-        if (!usable || freeBytes(*page) < kLeastRoom || slotCount(*page) >= kMostRows) {
+        if (!usable || freeBytes(*page) < kMinRoom || slotCount(*page) >= kMaxRows) {
             free.erase(candidate);
         }
         candidate = free.lastBefore(raw(candidate));

@@ -186,7 +186,7 @@ void PageAllocator::convertToReferences() {
     for (std::size_t bit = 0; bit < bits; ++bit) {
         const bool free = (old[kInlineHead + bit / 8] >> (bit % 8) & 1) != 0;
         const auto number = static_cast<std::uint32_t>(first + bit);
-        if (!free && number < kMostFilePages) markReferenced(PageNumber{number}, false);
+        if (!free && number < kMaxFilePages) markReferenced(PageNumber{number}, false);
     }
 }
 

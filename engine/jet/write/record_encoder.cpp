@@ -12,8 +12,8 @@ namespace {
 constexpr std::size_t kCountSize = 2;
 
 /// A table has at most 255 columns at a time. Dropped ones keep their numbers.
-constexpr std::size_t kMostColumns = 255;
-constexpr std::size_t kMostColumnsEver = 4096;
+constexpr std::size_t kMaxColumns = 255;
+constexpr std::size_t kMaxColumnsEver = 4096;
 
 constexpr std::size_t kNoColumn = ~std::size_t{0};
 
@@ -28,7 +28,7 @@ RecordEncoder::RecordEncoder(const TableDefinition& definition)
     : columnCount_{definition.columnsEver},
       fixedEnd_{kCountSize},
       variables_(definition.variableColumnsEver, kNoColumn) {
-    if (variables_.size() > kMostColumns || columnCount_ > kMostColumnsEver) {
+    if (variables_.size() > kMaxColumns || columnCount_ > kMaxColumnsEver) {
         throwDamaged(definition.page, "the table definition has impossible counts");
     }
     for (std::size_t i = 0; i < definition.columns.size(); ++i) {
@@ -46,7 +46,7 @@ RecordEncoder::RecordEncoder(const TableDefinition& definition)
         }
         places_.push_back(place);
     }
-    if (fixedEnd_ > kMostRecordBytes) {
+    if (fixedEnd_ > kMaxRecordBytes) {
         throwDamaged(definition.page, "the fixed columns are larger than a record");
     }
 }
@@ -62,12 +62,12 @@ void RecordEncoder::encode(std::span<const StoredField> fields,
                   out.begin() + static_cast<std::ptrdiff_t>(places_[i].offset));
     }
     if (!variables_.empty()) {
-        std::array<std::uint16_t, kMostColumns> starts{};
+        std::array<std::uint16_t, kMaxColumns> starts{};
         for (std::size_t k = 0; k < variables_.size(); ++k) {
             starts[k] = static_cast<std::uint16_t>(out.size());
             if (variables_[k] == kNoColumn || fields[variables_[k]].null) continue;
             const Bytes bytes = fields[variables_[k]].bytes;
-            if (out.size() + bytes.size() > kMostRecordBytes) throwTooLarge();
+            if (out.size() + bytes.size() > kMaxRecordBytes) throwTooLarge();
             out.insert(out.end(), bytes.begin(), bytes.end());
         }
         append16(out, out.size());
@@ -83,7 +83,7 @@ void RecordEncoder::encode(std::span<const StoredField> fields,
             byte = static_cast<std::uint8_t>(byte | 1u << (places_[i].id % 8));
         }
     }
-    if (out.size() > kMostRecordBytes) throwTooLarge();
+    if (out.size() > kMaxRecordBytes) throwTooLarge();
 }
 
 void RecordEncoder::throwTooLarge() {

@@ -19,8 +19,8 @@ public:
     }
 
     void add(Bytes stored, std::uint32_t code) {
-        constexpr std::size_t kMost = 1 << 16;
-        if (texts_.size() == kMost) texts_.clear();
+        constexpr std::size_t kMax = 1 << 16;
+        if (texts_.size() == kMax) texts_.clear();
         texts_.emplace(textOf(stored), code);
     }
 

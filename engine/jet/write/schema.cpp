@@ -16,13 +16,13 @@ namespace {
 using Block = DefinitionEditor::Block;
 
 // Limits of the format's own engine.
-constexpr std::size_t kMostColumns = 255;
-constexpr std::size_t kMostIndexes = 32;
-constexpr std::size_t kLongestName = 64;
+constexpr std::size_t kMaxColumns = 255;
+constexpr std::size_t kMaxIndexes = 32;
+constexpr std::size_t kMaxNameLength = 64;
 
 void requireName(std::u16string_view name) {
     constexpr std::u16string_view kForbidden = u".![]`";
-    const bool good = !name.empty() && name.size() <= kLongestName && name.front() != u' ' &&
+    const bool good = !name.empty() && name.size() <= kMaxNameLength && name.front() != u' ' &&
                       std::ranges::none_of(name, [&](char16_t unit) {
                           return unit < u' ' || kForbidden.find(unit) != std::u16string_view::npos;
                       });
@@ -54,15 +54,15 @@ std::uint16_t declaredSize(const NewColumn& column) {
 
 void requireColumn(const NewColumn& column) {
     requireName(column.name);
-    constexpr std::uint16_t kLongestValue = 510;
+    constexpr std::uint16_t kMaxValueBytes = 510;
     const bool sized = column.type == ColumnType::Text || column.type == ColumnType::Binary;
-    if (sized && (column.size == 0 || column.size > kLongestValue)) {
+    if (sized && (column.size == 0 || column.size > kMaxValueBytes)) {
         throw Error{Fault::TooMany, "The column " + inQuotes(column.name) + " has a wrong length."};
     }
     const bool numbers = column.type == ColumnType::Long;
-    constexpr int kMostDigits = 28;
-    const bool countable = column.precision >= 1 && column.precision <= kMostDigits &&
-                           column.scale <= column.precision;
+    constexpr int kMaxDigits = 28;
+    const bool countable =
+        column.precision >= 1 && column.precision <= kMaxDigits && column.scale <= column.precision;
     if ((column.autonumber && !numbers) || (column.type == ColumnType::Numeric && !countable) ||
         column.type == ColumnType::InternalBinary) {
         throw Error{Fault::WrongType, "Columns of this type cannot be made."};
@@ -100,7 +100,7 @@ Block describe(const NewColumn& column, ColumnCounts& counts) {
     ++counts.ordinal;
     if (variable) ++counts.variable;
     if (inFixedPart) counts.fixedEnd += sizeOfType(column.type);
-    if (counts.fixedEnd > kMostRecordBytes) {
+    if (counts.fixedEnd > kMaxRecordBytes) {
         throw Error{Fault::TooMany, "The columns are larger than a record can be."};
     }
     return encodeColumn(block);
@@ -162,9 +162,8 @@ PhysicalIndex physicalIndex(const TableDefinition& table, const NewIndex& index)
 
 void requireIndex(const TableDefinition& table, const NewIndex& index) {
     requireName(index.name);
-    if (index.columns.empty() || index.columns.size() > kMostIndexColumns ||
-        table.physicalIndexes.size() >= kMostIndexes ||
-        table.logicalIndexes.size() >= kMostIndexes) {
+    if (index.columns.empty() || index.columns.size() > kMaxIndexColumns ||
+        table.physicalIndexes.size() >= kMaxIndexes || table.logicalIndexes.size() >= kMaxIndexes) {
         throw Error{Fault::TooMany, "The table or the index has as many parts as can be."};
     }
     for (const LogicalIndex& other : table.logicalIndexes) {
@@ -235,7 +234,7 @@ void removeMaps(WriteContext& context, const std::vector<RowId>& maps) {
 void createTable(WriteContext& context, std::u16string_view name,
                  const std::vector<NewColumn>& columns) {
     requireName(name);
-    if (columns.empty() || columns.size() > kMostColumns) {
+    if (columns.empty() || columns.size() > kMaxColumns) {
         throw Error{Fault::TooMany, "A table has 1 to 255 columns."};
     }
     CatalogWriter catalog{context};
@@ -272,7 +271,7 @@ void addColumn(WriteContext& context, std::u16string_view tableName, const NewCo
         throw Error{Fault::AlreadyExists,
                     "The table has a column " + inQuotes(column.name) + " already."};
     }
-    if (old.columns.size() >= kMostColumns || old.columnsEver >= kMostColumns) {
+    if (old.columns.size() >= kMaxColumns || old.columnsEver >= kMaxColumns) {
         throw Error{Fault::TooMany, "The table has as many columns as can be."};
     }
     ColumnCounts counts{.ever = old.columnsEver,

@@ -11,7 +11,7 @@ namespace jet {
 namespace {
 
 /// More changed keys than this are not worth changing one by one.
-constexpr std::size_t kMostKeyChanges = 1000;
+constexpr std::size_t kMaxKeyChanges = 1000;
 
 }  // namespace
 
@@ -112,7 +112,7 @@ void TableWriter::noteKeys(std::span<const Assignment> changes, RowId row, bool 
         KeyChange& noted = index.changes.back();
         noted.after = keyOf(index);
         if (noted.before == noted.after) index.changes.pop_back();
-        index.rebuild = index.changes.size() > kMostKeyChanges;
+        index.rebuild = index.changes.size() > kMaxKeyChanges;
     }
 }
 

@@ -12,7 +12,7 @@ namespace jet {
 namespace {
 
 /// A page with less than this is not looked at for more rows; one that has this much again is.
-constexpr std::size_t kLeastRoom = 50;
+constexpr std::size_t kMinRoom = 50;
 constexpr std::size_t kRoomAgain = 100;
 
 constexpr std::size_t kLongValueHeader = 12;
@@ -203,7 +203,7 @@ RowId TableWriter::place(Bytes record, std::uint16_t flags) {
     if (target_ != kNoPage) {
         if (const auto row = placeOn(target_, record, flags)) return *row;
     }
-    PageNumber candidate = newPagesOnly_ ? kNoPage : free_.lastBefore(kMostFilePages);
+    PageNumber candidate = newPagesOnly_ ? kNoPage : free_.lastBefore(kMaxFilePages);
     for (int attempt = 0; attempt < kAttempts && candidate != kNoPage; ++attempt) {
         if (const auto row = placeOn(candidate, record, flags)) return *row;
         candidate = free_.lastBefore(raw(candidate));
@@ -236,7 +236,7 @@ std::optional<RowId> TableWriter::placeOn(PageNumber number, Bytes record, std::
 }
 
 void TableWriter::noteRoom(PageNumber number, const Page& content) {
-    if (freeBytes(content) < kLeastRoom || slotCount(content) >= kMostRows) {
+    if (freeBytes(content) < kMinRoom || slotCount(content) >= kMaxRows) {
         free_.erase(number);
     } else if (freeBytes(content) >= kRoomAgain) {
         free_.insert(number);

@@ -10,10 +10,10 @@ namespace jet {
 namespace {
 
 /// Memos up to this many characters are compressed.
-constexpr std::size_t kMostCompressedMemo = 1024;
+constexpr std::size_t kMaxCompressedMemo = 1024;
 
 /// A long value's length has 30 bits.
-constexpr std::size_t kMostLongValue = 0x3FFFFFFF;
+constexpr std::size_t kMaxLongValue = 0x3FFFFFFF;
 
 constexpr char16_t kByteOrderMark = 0xFEFF;
 
@@ -72,9 +72,9 @@ void encodeFixedText(std::u16string_view text, const Column& column, Binary& out
 
 void encodeTextValue(const std::u16string& text, const Column& column, Binary& out) {
     if (column.type == ColumnType::Text && 2 * text.size() > column.size) throwTooLarge(column);
-    if (2 * text.size() > kMostLongValue) throwTooLarge(column);
+    if (2 * text.size() > kMaxLongValue) throwTooLarge(column);
     if (column.fixed) return encodeFixedText(text, column, out);
-    const bool short_ = column.type == ColumnType::Text || text.size() <= kMostCompressedMemo;
+    const bool short_ = column.type == ColumnType::Text || text.size() <= kMaxCompressedMemo;
     encodeText(text, column.compressed && short_, out);
 }
 
@@ -88,7 +88,7 @@ void encodeNumeric(const Numeric& number, const Column& column, Binary& out) {
 
 void encodeBinary(const Binary& bytes, const Column& column, Binary& out) {
     const bool isLong = column.type == ColumnType::Ole;
-    if (bytes.size() > (isLong ? kMostLongValue : column.size)) throwTooLarge(column);
+    if (bytes.size() > (isLong ? kMaxLongValue : column.size)) throwTooLarge(column);
     out.insert(out.end(), bytes.begin(), bytes.end());
     if (column.fixed) out.resize(out.size() + column.size - bytes.size());
 }

@@ -20,7 +20,7 @@ using forms::Twips;
 
 namespace {
 
-constexpr Twips kSmallestSide = 5000_tw;
+constexpr Twips kMinSide = 5000_tw;
 constexpr Twips kMargin = 60_tw;
 constexpr double kPartOfScreen = 0.8;
 
@@ -178,8 +178,8 @@ void frmMain::centerDisplay() {
 
 void frmMain::Form_Resize() {
     if (windowState() == forms::WindowState::minimized) return;
-    if (width() < kSmallestSide) setWidth(kSmallestSide);
-    if (height() < kSmallestSide) setHeight(kSmallestSide);
+    if (width() < kMinSide) setWidth(kMinSide);
+    if (height() < kMinSide) setHeight(kMinSide);
 
     // The reserve for the bars is exact for the classic frame; where the system's frame is taller
     // the tabs end above the status bar all the same.

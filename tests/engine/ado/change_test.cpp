@@ -302,7 +302,9 @@ TEST_F(Durability, AFileThatMayNotBeWrittenRefusesEveryStatement) {
     const bool refused = !std::ofstream{path, std::ios::app};
     const std::int32_t number = refused ? errorNumber([&] { change(); }) : 0;
     std::filesystem::permissions(path, kWriting, std::filesystem::perm_options::add);
-    if (!refused) GTEST_SKIP() << "this user may write to every file";
+    if (!refused) {
+        GTEST_SKIP() << "this user may write to every file";
+    }
     EXPECT_EQ(number, kErrorReadOnly);
     EXPECT_EQ(errorNumber([&] { change(); }), 0);
 }

@@ -31,8 +31,8 @@ struct Packed {
 std::int64_t bits(double number) { return std::bit_cast<std::int64_t>(number); }
 
 TEST(PackedColumn, WholeNumbersTakeTheWidthOfTheirRange) {
-    constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
-    constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
+    constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
+    constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
     const std::vector<std::pair<std::vector<std::int64_t>, unsigned>> cases{
         {{5, 5, 5}, 0},
         {{-100, 155}, 1},
@@ -41,9 +41,9 @@ TEST(PackedColumn, WholeNumbersTakeTheWidthOfTheirRange) {
         {{0, 65'536}, 4},
         {{-5, 4'294'967'289}, 4},
         {{0, 4'294'967'295}, 8},
-        {{kLeast, kMost, 0}, 8},
-        {{kMost}, 0},
-        {{kLeast, kLeast + 7}, 1}};
+        {{kMin, kMax, 0}, 8},
+        {{kMax}, 0},
+        {{kMin, kMin + 7}, 1}};
     for (const auto& [values, width] : cases) {
         const Packed packed{Scale::Whole, values};
         EXPECT_EQ(packed.packing.width, width);

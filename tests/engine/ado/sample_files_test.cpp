@@ -43,7 +43,9 @@ std::vector<std::filesystem::path> sampleFiles() {
 
 TEST(SampleFiles, TracesAreWhatTheirMakerWrote) {
     const auto files = sampleFiles();
-    if (files.empty()) GTEST_SKIP() << fixture::kNoTestData;
+    if (files.empty()) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     const auto pump = std::make_shared<HandPump>();
     for (const auto& file : files) {
         SCOPED_TRACE(file.string());
@@ -75,7 +77,9 @@ TEST(SampleFiles, TracesAreWhatTheirMakerWrote) {
 
 TEST(SampleFiles, UniqueTracesComeInOrder) {
     const auto folder = fixture::testDataFolder();
-    if (!folder) GTEST_SKIP() << fixture::kNoTestData;
+    if (!folder) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     Connection connection;
     connection.open(u"Data Source=" + (*folder / "newer-basic.mdb").u16string());
     Recordset rows;
@@ -92,7 +96,9 @@ TEST(SampleFiles, UniqueTracesComeInOrder) {
 
 TEST(SampleFiles, OlderFilesGiveTheNumbersThatStartTheirUpgrade) {
     const auto folder = fixture::testDataFolder();
-    if (!folder) GTEST_SKIP() << fixture::kNoTestData;
+    if (!folder) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     const auto unique =
         u"SELECT Process, Source, Component, TraceLevel, qrxIndex "
         u"From tblUniqueFilters ORDER BY Component, TraceLevel";

@@ -23,7 +23,7 @@ using fixture::ByteVector;
 using fixture::Random;
 
 /// A list of all pages that a file can have takes 2 MiB, whatever the file's own size.
-constexpr std::size_t kLongestPageList = kMostFilePages * sizeof(PageNumber);
+constexpr std::size_t kMaxPageListBytes = kMaxFilePages * sizeof(PageNumber);
 
 /// Reads the file and checks what holds for any file.
 std::optional<Survey> survive(const ByteVector& file) {
@@ -37,7 +37,7 @@ std::optional<Survey> survive(const ByteVector& file) {
         EXPECT_NE(error.fault(), Fault::ReadFailed) << error.what();
         EXPECT_NE(error.fault(), Fault::FileNotFound) << error.what();
     }
-    EXPECT_LE(largestAllocation, 4 * file.size() + 2 * kLongestPageList);
+    EXPECT_LE(largestAllocation, 4 * file.size() + 2 * kMaxPageListBytes);
     return survey;
 }
 

@@ -89,7 +89,9 @@ void walkAndSearch(const Storage& storage, const Tree& tree, fixture::Random& ra
 
 TEST(IndexDamage, IsFoundOrHarmless) {
     const auto files = sample::databases();
-    if (files.empty()) GTEST_SKIP() << fixture::kNoTestData;
+    if (files.empty()) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
 
     fixture::Random random{1120};
     Outcome outcome;

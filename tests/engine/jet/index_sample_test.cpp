@@ -148,7 +148,9 @@ class IndexesOfSamples : public testing::Test {
 protected:
     void SetUp() override {
         files_ = sample::databases();
-        if (files_.empty()) GTEST_SKIP() << fixture::kNoTestData;
+        if (files_.empty()) {
+            GTEST_SKIP() << fixture::kNoTestData;
+        }
     }
 
     std::vector<std::filesystem::path> files_;

@@ -21,7 +21,9 @@ class SecondReader : public testing::TestWithParam<std::filesystem::path> {};
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(SecondReader);
 
 TEST_P(SecondReader, AgreesOnEveryTable) {
-    if (!fixture::hasProgram("mdb-export")) GTEST_SKIP() << kNotInstalled;
+    if (!fixture::hasProgram("mdb-export")) {
+        GTEST_SKIP() << kNotInstalled;
+    }
     compareFile(GetParam());
 }
 
@@ -41,8 +43,12 @@ INSTANTIATE_TEST_SUITE_P(Samples, SecondReader, testing::ValuesIn(comparableSamp
 /// Rows that records left behind give there are extra; all others must be the same.
 TEST(SecondReader, SeesMoreThanTheRowsWhereRecordsWereLeftBehind) {
     const auto folder = fixture::testDataFolder();
-    if (!folder) GTEST_SKIP() << fixture::kNoTestData;
-    if (!fixture::hasProgram("mdb-export")) GTEST_SKIP() << kNotInstalled;
+    if (!folder) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
+    if (!fixture::hasProgram("mdb-export")) {
+        GTEST_SKIP() << kNotInstalled;
+    }
     const auto file = *folder / "old-orphans.mdb";
     const auto table = Database::open(file)->table(u"tblTraces");
     const auto ours = ourRows(*table);
@@ -52,7 +58,9 @@ TEST(SecondReader, SeesMoreThanTheRowsWhereRecordsWereLeftBehind) {
 }
 
 TEST(SecondReader, AgreesOnBuiltTraceDatabases) {
-    if (!fixture::hasProgram("mdb-export")) GTEST_SKIP() << kNotInstalled;
+    if (!fixture::hasProgram("mdb-export")) {
+        GTEST_SKIP() << kNotInstalled;
+    }
     const TemporaryFolder folder;
     for (const auto format :
          {fixture::TraceFormat::Oldest, fixture::TraceFormat::Older, fixture::TraceFormat::Newer}) {
@@ -65,7 +73,9 @@ TEST(SecondReader, AgreesOnBuiltTraceDatabases) {
 
 /// Columns of every type, with random contents.
 TEST(SecondReader, AgreesOnValuesOfEveryType) {
-    if (!fixture::hasProgram("mdb-export")) GTEST_SKIP() << kNotInstalled;
+    if (!fixture::hasProgram("mdb-export")) {
+        GTEST_SKIP() << kNotInstalled;
+    }
     fixture::FixtureBuilder builder;
     auto& table = builder.addTable(
         {.name = u"Types",

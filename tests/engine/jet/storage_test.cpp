@@ -115,7 +115,9 @@ TEST(OpenFile, AFolderIsNoFile) {
 
 #ifndef _WIN32
 TEST(OpenFile, AFileThatMayNotBeRead) {
-    if (::geteuid() == 0) GTEST_SKIP() << "nothing is forbidden to this user";
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "nothing is forbidden to this user";
+    }
     const TemporaryFolder folder;
     const auto path = folder.write("secret.mdb", numberedPages(1));
     std::filesystem::permissions(path, std::filesystem::perms::none);

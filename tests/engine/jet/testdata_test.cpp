@@ -89,7 +89,9 @@ std::vector<std::filesystem::path> databasesWith(std::string_view ending) {
 }
 
 TEST(Samples, AreThere) {
-    if (!fixture::testDataFolder()) GTEST_SKIP() << fixture::kNoTestData;
+    if (!fixture::testDataFolder()) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     EXPECT_GE(databasesWith(".traces.tsv").size(), 15u);
     EXPECT_GE(databasesWith(".schema.txt").size(), 13u);
 }
@@ -123,7 +125,9 @@ INSTANTIATE_TEST_SUITE_P(Samples, TraceSample, testing::ValuesIn(databasesWith("
 
 TEST(Samples, UniqueFiltersOfAnUpgradedDatabase) {
     const auto folder = fixture::testDataFolder();
-    if (!folder) GTEST_SKIP() << fixture::kNoTestData;
+    if (!folder) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     const auto database = Database::open(*folder / "newer-basic.mdb");
     expectTable(*database, u"tblUniqueFilters", *folder / "newer-basic.unique.tsv", Order::Any);
 }

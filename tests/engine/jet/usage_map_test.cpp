@@ -113,8 +113,8 @@ TEST(UsageMap, PagesBehindTheEndOfTheFileAreListedForTheReaderToCount) {
 
 TEST(UsageMap, PagesThatNoFileCanHaveAreNone) {
     EXPECT_THAT(read(fileWithMap(inlineRow(0xFFFFFFF8, {0xFF, 0xFF}), 8)), IsEmpty());
-    EXPECT_EQ(read(fileWithMap(inlineRow(kMostFilePages - 1, {0b11}), 8)),
-              numbers({kMostFilePages - 1}));
+    EXPECT_EQ(read(fileWithMap(inlineRow(kMaxFilePages - 1, {0b11}), 8)),
+              numbers({kMaxFilePages - 1}));
 }
 
 // The worst that a small file can claim.
@@ -127,7 +127,7 @@ TEST(UsageMap, EverySlotRefersToTheSameFullBitmap) {
     ByteVector file = fileWithMap(row, 3);
     std::fill(file.begin() + 2 * kPageSize, file.end(), std::uint8_t{0xFF});
     file[2 * kPageSize] = 5;
-    EXPECT_EQ(read(file).size(), kMostFilePages - 1);
+    EXPECT_EQ(read(file).size(), kMaxFilePages - 1);
 }
 
 }  // namespace

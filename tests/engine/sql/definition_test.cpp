@@ -129,7 +129,9 @@ TEST(Definition, RefusesWhatIsThereOrIsNot) {
 }
 
 TEST(Definition, IsReadByAnotherReader) {
-    if (!hasSecondReader()) GTEST_SKIP() << "mdb-export is not installed";
+    if (!hasSecondReader()) {
+        GTEST_SKIP() << "mdb-export is not installed";
+    }
     const auto database = people();
     run(database, u"CREATE TABLE Made (A TEXT(30), B SHORT, C MEMO, D YESNO)");
     run(database, u"ALTER TABLE Made ADD COLUMN E DATETIME");

@@ -115,7 +115,9 @@ TEST(Insert, AddsManyRows) {
 }
 
 TEST(Insert, IsReadByAnotherReader) {
-    if (!hasSecondReader()) GTEST_SKIP() << "mdb-export is not installed";
+    if (!hasSecondReader()) {
+        GTEST_SKIP() << "mdb-export is not installed";
+    }
     const auto database = peopleAndGuests();
     run(database, u"INSERT INTO Guests (Name, Age, Notes) SELECT Name, Age, Notes FROM People");
     // That program shows empty texts as Null.

@@ -144,7 +144,9 @@ TEST(TraceStatements, OrderUniqueFilters) {
 /// the spelling that comes first in storage order.
 TEST(TraceStatements, GroupTheSampleFiles) {
     const auto folder = fixture::testDataFolder();
-    if (!folder) GTEST_SKIP() << fixture::kNoTestData;
+    if (!folder) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     int files = 0;
     for (const auto& entry : std::filesystem::directory_iterator{*folder}) {
         if (entry.path().extension() != ".mdb") continue;
@@ -173,7 +175,9 @@ TEST(TraceStatements, GroupTheSampleFiles) {
 
 TEST(TraceStatements, ReadTheSampleFiles) {
     const auto folder = fixture::testDataFolder();
-    if (!folder) GTEST_SKIP() << fixture::kNoTestData;
+    if (!folder) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     for (const auto& entry : std::filesystem::directory_iterator{*folder}) {
         if (entry.path().extension() != ".mdb") continue;
         auto expectedPath = entry.path();

@@ -201,7 +201,9 @@ TEST(Update, ChangesNothingInADamagedTable) {
 }
 
 TEST(Update, IsReadByAnotherReader) {
-    if (!hasSecondReader()) GTEST_SKIP() << "mdb-export is not installed";
+    if (!hasSecondReader()) {
+        GTEST_SKIP() << "mdb-export is not installed";
+    }
     const auto database = people();
     run(database, u"UPDATE People SET Name = Name & ' ' & Age, Age = Null, Notes = 'n' & Notes");
     const auto read = secondReading(database, "People");

@@ -103,7 +103,9 @@ TEST(UpgradeStatements, GiveWhatFilesMadeNewerHave) {
 }
 
 TEST(UpgradeStatements, AreReadByAnotherReader) {
-    if (!hasSecondReader()) GTEST_SKIP() << "mdb-export is not installed";
+    if (!hasSecondReader()) {
+        GTEST_SKIP() << "mdb-export is not installed";
+    }
     const auto database = jet::Database::open(std::make_unique<jet::MemoryStorage>(
         fixture::traceDatabase({.rows = 1200, .seed = 6}, fixture::TraceFormat::Older)));
     upgrade(database);
@@ -129,7 +131,9 @@ std::string shown(const fixture::PlainRow& row) {
 
 TEST(UpgradeStatements, BringTheSampleFilesUpToDate) {
     const auto folder = fixture::testDataFolder();
-    if (!folder) GTEST_SKIP() << fixture::kNoTestData;
+    if (!folder) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     int files = 0;
     for (const auto& entry : std::filesystem::directory_iterator{*folder}) {
         const std::string name = entry.path().stem().string();

@@ -249,7 +249,9 @@ TEST_F(LoadingTest, FilesThatAreNoDatabaseDoNoHarm) {
 
 TEST_F(LoadingTest, SampleFilesLoadWhole) {
     const auto folder = fixture::testDataFolder();
-    if (!folder) GTEST_SKIP() << fixture::kNoTestData;
+    if (!folder) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     int files = 0;
     for (const auto& entry : std::filesystem::directory_iterator{*folder}) {
         if (entry.path().extension() != ".mdb") continue;

@@ -235,7 +235,9 @@ TEST_F(UpgradeTest, TheLogSaysThatTheFileIsOld) {
 
 TEST_F(UpgradeTest, SampleFilesHoldWhatTheirMakersSay) {
     const auto samples = fixture::testDataFolder();
-    if (!samples) GTEST_SKIP() << fixture::kNoTestData;
+    if (!samples) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     int files = 0;
     for (const auto& entry : std::filesystem::directory_iterator{*samples}) {
         if (entry.path().extension() != ".mdb") continue;
@@ -299,7 +301,9 @@ TEST_F(UpgradeTest, SampleFilesHoldWhatTheirMakersSay) {
 #ifndef _WIN32
 // The second reader finds the new columns and the new table.
 TEST_F(UpgradeTest, AnotherReaderSeesTheSame) {
-    if (!fixture::hasProgram("mdb-export")) GTEST_SKIP() << "mdb-export is not installed";
+    if (!fixture::hasProgram("mdb-export")) {
+        GTEST_SKIP() << "mdb-export is not installed";
+    }
     const auto path = makeFile(3000, fixture::TraceFormat::Older);
     upgrade(path);
     const auto traces = fixture::runProgram({"mdb-export", path.string(), "tblTraces"});

@@ -319,7 +319,9 @@ TEST_F(ExportTest, ThePathMayBeLong) {
     for (int i = 0; i < 5; ++i) path /= std::wstring(60, L'd');
     std::error_code error;
     std::filesystem::create_directories(path, error);
-    if (error) GTEST_SKIP() << "long paths are switched off on this machine";
+    if (error) {
+        GTEST_SKIP() << "long paths are switched off on this machine";
+    }
     path /= L"out.txt";
     exportTo(path);
     EXPECT_EQ(blockEnds(content(path)), 1u);

@@ -390,7 +390,9 @@ TEST_F(MainWindowTest, JapaneseAndEmojiReachGridAndTextUnchanged) {
 
 TEST_F(MainWindowTest, EverySampleFileIsShownWhole) {
     const auto samples = fixture::testDataFolder();
-    if (!samples) GTEST_SKIP() << fixture::kNoTestData;
+    if (!samples) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     for (const auto& entry : std::filesystem::directory_iterator{*samples}) {
         if (entry.path().extension() != ".mdb") continue;
         open(folder.copy(entry.path()));

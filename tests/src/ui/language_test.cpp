@@ -35,7 +35,7 @@ std::string contentOf(const std::filesystem::path& path) {
 /// What the system itself calls a language.
 std::wstring nameBySystem(DWORD language) {
     std::array<wchar_t, 256> name{};
-    VerLanguageNameW(language, name.data(), static_cast<DWORD>(name.size()));
+    ::VerLanguageNameW(language, name.data(), static_cast<DWORD>(name.size()));
     return name.data();
 }
 
@@ -51,10 +51,10 @@ void choose(const frmAbout& about, std::uint16_t language) {
 std::function<void(frmAbout&)> aboutAction;
 
 void CALLBACK runInAboutBox(HWND, UINT, UINT_PTR timer, DWORD) {
-    const HWND window = FindWindowW(L"VorelleDiagnosticViewer.frmAbout", nullptr);
+    const HWND window = ::FindWindowW(L"VorelleDiagnosticViewer.frmAbout", nullptr);
     auto* const about = dynamic_cast<frmAbout*>(forms::Form::of(window));
     if (about == nullptr || !about->visible()) return;
-    KillTimer(nullptr, timer);
+    ::KillTimer(nullptr, timer);
     aboutAction(*about);
     about->cmdOK.click();
 }
@@ -77,10 +77,10 @@ protected:
             ran = true;
             action(box);
         };
-        SetTimer(nullptr, 0, 10, &runInAboutBox);
-        SendMessageW(form.hwnd(), WM_COMMAND, static_cast<WPARAM>(form.mnuAbout.id()), 0);
+        ::SetTimer(nullptr, 0, 10, &runInAboutBox);
+        ::SendMessageW(form.hwnd(), WM_COMMAND, static_cast<WPARAM>(form.mnuAbout.id()), 0);
         EXPECT_TRUE(ran);
-        EXPECT_TRUE(IsWindowEnabled(form.hwnd()));
+        EXPECT_TRUE(::IsWindowEnabled(form.hwnd()));
     }
 
     void chooseInAboutBox(std::uint16_t language) {
@@ -172,8 +172,9 @@ TEST_F(LanguageTest, AnIdentifierOutsideTheTableHasEnglishTexts) {
 
 TEST_F(LanguageTest, TheFirstLanguageIsTheUsers) {
     LanguageFolder::use(0);
-    EXPECT_EQ(modLocalize::currentLanguage(), GetUserDefaultLangID());
-    EXPECT_EQ(modLocalize::userLanguageCode(), modLocalize::codeOfLanguage(GetUserDefaultLangID()));
+    EXPECT_EQ(modLocalize::currentLanguage(), ::GetUserDefaultLangID());
+    EXPECT_EQ(modLocalize::userLanguageCode(),
+              modLocalize::codeOfLanguage(::GetUserDefaultLangID()));
 }
 
 TEST_F(LanguageTest, AFileThatIsNoLibraryIsListedAndItsTextsAreEnglish) {
@@ -284,7 +285,7 @@ TEST_F(LanguageTest, TheOldLibraryIsReleased) {
     languages.use(kFrench);
     EXPECT_EQ(myLoadResString(1018), u"Annuler");
     EXPECT_TRUE(std::filesystem::remove(languages.path() / "QRXbrandingres_DEU.dll"));
-    EXPECT_EQ(GetModuleHandleW(L"QRXbrandingres_FRA.dll"), nullptr) << "loaded as data only";
+    EXPECT_EQ(::GetModuleHandleW(L"QRXbrandingres_FRA.dll"), nullptr) << "loaded as data only";
 }
 
 TEST_F(LanguageTest, TheAboutBoxTellsVersionAndMaker) {
@@ -311,7 +312,7 @@ TEST_F(LanguageTest, TheMenuShowsTheAboutBoxModally) {
     EXPECT_EQ(form.mnuAbout.caption(), L"About");
     inAboutBox([this](const frmAbout& box) {
         EXPECT_TRUE(box.isModal());
-        EXPECT_FALSE(IsWindowEnabled(form.hwnd()));
+        EXPECT_FALSE(::IsWindowEnabled(form.hwnd()));
         EXPECT_TRUE(box.cmdOK.hasFocus());
     });
     EXPECT_TRUE(reports.empty());
@@ -323,11 +324,11 @@ UINT_PTR popupTimer = 0;
 void CALLBACK chooseSecond(HWND, UINT, UINT_PTR, DWORD) {
     GUITHREADINFO info{};
     info.cbSize = sizeof info;
-    GetGUIThreadInfo(GetCurrentThreadId(), &info);
+    ::GetGUIThreadInfo(::GetCurrentThreadId(), &info);
     if (info.flags & GUI_INMENUMODE) {
-        KillTimer(nullptr, popupTimer);
+        ::KillTimer(nullptr, popupTimer);
         for (const WPARAM key : {VK_DOWN, VK_DOWN, VK_RETURN}) {
-            PostMessageW(info.hwndMenuOwner, WM_KEYDOWN, key, 1);
+            ::PostMessageW(info.hwndMenuOwner, WM_KEYDOWN, key, 1);
         }
     }
 }
@@ -336,9 +337,9 @@ TEST_F(LanguageTest, ALanguageIsChosenFromThePopUpMenu) {
     const LanguageFolder languages{{"DEU", "FRA"}};
     about.load();
     about.show();
-    popupTimer = SetTimer(nullptr, 0, 10, &chooseSecond);
+    popupTimer = ::SetTimer(nullptr, 0, 10, &chooseSecond);
     about.lblChangeLanguage.click();
-    KillTimer(nullptr, popupTimer);
+    ::KillTimer(nullptr, popupTimer);
     EXPECT_EQ(modLocalize::currentLanguage(), kFrench);
     EXPECT_EQ(about.caption(), L"À propos");
     EXPECT_FALSE(about.mnuLanguageList[0].checked());
@@ -515,13 +516,13 @@ TEST_F(SwitchTest, FormsLoadedLaterHaveTheFontAndTheTexts) {
 class HeldShift {
 public:
     HeldShift() {
-        GetKeyState(VK_SHIFT);  // brings the state up to date; what is set before is lost
-        GetKeyboardState(before_.data());
+        ::GetKeyState(VK_SHIFT);  // brings the state up to date; what is set before is lost
+        ::GetKeyboardState(before_.data());
         std::array<BYTE, 256> held = before_;
         held[VK_SHIFT] = 0x80;
-        SetKeyboardState(held.data());
+        ::SetKeyboardState(held.data());
     }
-    ~HeldShift() { SetKeyboardState(before_.data()); }
+    ~HeldShift() { ::SetKeyboardState(before_.data()); }
     HeldShift(const HeldShift&) = delete;
     HeldShift& operator=(const HeldShift&) = delete;
 
@@ -563,7 +564,7 @@ TEST_F(SwitchTest, TicksSortPositionAndSelectionStay) {
     forms::TreeNode& selected = tree.node(tree.nodeCount() - 1);
     selected.ensureVisible();
     tree.setSelected(&selected);
-    const LRESULT firstVisible = SendMessageW(tree.hwnd(), TVM_GETNEXTITEM, TVGN_FIRSTVISIBLE, 0);
+    const LRESULT firstVisible = ::SendMessageW(tree.hwnd(), TVM_GETNEXTITEM, TVGN_FIRSTVISIBLE, 0);
     const std::wstring key = toWide(plainText(modDatabase::uniqueTraces()[0].qrxIndex));
     const std::int64_t firstRow = form.tdbgridData.firstRow();
     const std::wstring shown = form.txtTrace.text();
@@ -586,7 +587,7 @@ TEST_F(SwitchTest, TicksSortPositionAndSelectionStay) {
         EXPECT_EQ(tree.selected(), &selected);
         EXPECT_EQ(tree.node(L"Item:0").tag(), key);
     }
-    EXPECT_EQ(SendMessageW(tree.hwnd(), TVM_GETNEXTITEM, TVGN_FIRSTVISIBLE, 0), firstVisible);
+    EXPECT_EQ(::SendMessageW(tree.hwnd(), TVM_GETNEXTITEM, TVGN_FIRSTVISIBLE, 0), firstVisible);
     EXPECT_TRUE(reports.empty());
 }
 

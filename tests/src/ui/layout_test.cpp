@@ -39,26 +39,26 @@ std::wstring withoutMark(std::wstring text) {
 
 SIZE clientSize(HWND window) {
     RECT rect{};
-    GetClientRect(window, &rect);
+    ::GetClientRect(window, &rect);
     return {rect.right, rect.bottom};
 }
 
 RECT placeOf(const Control& control) {
     RECT rect{};
-    GetWindowRect(control.hwnd(), &rect);
+    ::GetWindowRect(control.hwnd(), &rect);
     return rect;
 }
 
 /// The room that a text takes when its lines break at the given width.
 SIZE brokenAt(LONG width, const Control& control) {
-    const HDC dc = GetDC(control.hwnd());
-    const HGDIOBJ previous = SelectObject(dc, control.fontHandle());
+    const HDC dc = ::GetDC(control.hwnd());
+    const HGDIOBJ previous = ::SelectObject(dc, control.fontHandle());
     RECT rect{0, 0, width, 0};
     const std::wstring text = control.text();
-    DrawTextW(dc, text.c_str(), static_cast<int>(text.size()), &rect,
-              DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
-    SelectObject(dc, previous);
-    ReleaseDC(control.hwnd(), dc);
+    ::DrawTextW(dc, text.c_str(), static_cast<int>(text.size()), &rect,
+                DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
+    ::SelectObject(dc, previous);
+    ::ReleaseDC(control.hwnd(), dc);
     return {rect.right, rect.bottom};
 }
 
@@ -98,14 +98,14 @@ protected:
     /// As if the form had come to a display of that density.
     void toDensity(forms::Form& one) const {
         RECT rect{};
-        GetWindowRect(one.hwnd(), &rect);
+        ::GetWindowRect(one.hwnd(), &rect);
         const auto sized = [&](LONG length) {
             return length * static_cast<LONG>(density()) / static_cast<LONG>(one.dpi().value);
         };
         const RECT suggested{rect.left, rect.top, rect.left + sized(rect.right - rect.left),
                              rect.top + sized(rect.bottom - rect.top)};
-        SendMessageW(one.hwnd(), WM_DPICHANGED, MAKEWPARAM(density(), density()),
-                     reinterpret_cast<LPARAM>(&suggested));
+        ::SendMessageW(one.hwnd(), WM_DPICHANGED, MAKEWPARAM(density(), density()),
+                       reinterpret_cast<LPARAM>(&suggested));
         ASSERT_EQ(one.dpi().value, density());
     }
 
@@ -129,8 +129,8 @@ protected:
     void expectTabsFit(const forms::Form& one, const forms::TabStrip& tabs) const {
         RECT rect{};
         for (int tab = 0; tab < tabs.tabCount(); ++tab) {
-            SendMessageW(tabs.hwnd(), TCM_GETITEMRECT, static_cast<WPARAM>(tab),
-                         reinterpret_cast<LPARAM>(&rect));
+            ::SendMessageW(tabs.hwnd(), TCM_GETITEMRECT, static_cast<WPARAM>(tab),
+                           reinterpret_cast<LPARAM>(&rect));
             const std::wstring& text = tabs.tabCaption(tab);
             Room{one, tabs.name(), text}.expect(
                 "width", tabs.gdiFont().textWidth(text).value + scaled(kTabEdges),
@@ -169,7 +169,7 @@ protected:
                 RECT common{};
                 const RECT a = placeOf(*controls[i]);
                 const RECT b = placeOf(*controls[k]);
-                EXPECT_FALSE(IntersectRect(&common, &a, &b))
+                EXPECT_FALSE(::IntersectRect(&common, &a, &b))
                     << toUtf8(controls[i]->name()) << " lies over " << toUtf8(controls[k]->name());
             }
         }
@@ -177,7 +177,7 @@ protected:
 
     void expectInside(const forms::Form& one) const {
         RECT client{0, 0, clientSize(one.hwnd()).cx, clientSize(one.hwnd()).cy};
-        MapWindowPoints(one.hwnd(), nullptr, reinterpret_cast<POINT*>(&client), 2);
+        ::MapWindowPoints(one.hwnd(), nullptr, reinterpret_cast<POINT*>(&client), 2);
         for (const Control* control : one.controls()) {
             const RECT place = placeOf(*control);
             const RECT around =
@@ -192,7 +192,7 @@ protected:
 
     void expectTextFits(int number) {
         int edges[5] = {};
-        SendMessageW(form.statusbarMain.hwnd(), SB_GETPARTS, 5, reinterpret_cast<LPARAM>(edges));
+        ::SendMessageW(form.statusbarMain.hwnd(), SB_GETPARTS, 5, reinterpret_cast<LPARAM>(edges));
         const LONG left = number == 1 ? 0 : edges[number - 2];
         const Room room{form, L"status bar", panel(number)};
         room.expect("width", form.statusbarMain.gdiFont().textWidth(panel(number)).value,
@@ -204,17 +204,17 @@ protected:
     void expectTitleFits(const forms::Form& one) const {
         NONCLIENTMETRICSW metrics{};
         metrics.cbSize = sizeof metrics;
-        ASSERT_TRUE(SystemParametersInfoForDpi(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0,
-                                               density()));
-        const HFONT font = CreateFontIndirectW(&metrics.lfCaptionFont);
-        const HDC dc = GetDC(nullptr);
-        const HGDIOBJ previous = SelectObject(dc, font);
+        ASSERT_TRUE(::SystemParametersInfoForDpi(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics,
+                                                 0, density()));
+        const HFONT font = ::CreateFontIndirectW(&metrics.lfCaptionFont);
+        const HDC dc = ::GetDC(nullptr);
+        const HGDIOBJ previous = ::SelectObject(dc, font);
         SIZE size{};
         const std::wstring title = one.caption();
-        GetTextExtentPoint32W(dc, title.c_str(), static_cast<int>(title.size()), &size);
-        SelectObject(dc, previous);
-        ReleaseDC(nullptr, dc);
-        DeleteObject(font);
+        ::GetTextExtentPoint32W(dc, title.c_str(), static_cast<int>(title.size()), &size);
+        ::SelectObject(dc, previous);
+        ::ReleaseDC(nullptr, dc);
+        ::DeleteObject(font);
         Room{one, L"title", title}.expect("width", size.cx + 4 * metrics.iCaptionWidth,
                                           clientSize(one.hwnd()).cx);
     }
@@ -335,18 +335,18 @@ TEST_F(MainWindowTest, JapaneseIsDrawnWithItsOwnCharacters) {
     LanguageFolder::use(1041);
     form.load();
     const auto picture = [this](wchar_t character) {
-        const HDC dc = CreateCompatibleDC(nullptr);
-        const HBITMAP bitmap = CreateBitmap(40, 40, 1, 1, nullptr);
-        const HGDIOBJ previousBitmap = SelectObject(dc, bitmap);
-        const HGDIOBJ previousFont = SelectObject(dc, form.cmdApplyFilter.fontHandle());
-        PatBlt(dc, 0, 0, 40, 40, WHITENESS);
-        TextOutW(dc, 2, 2, &character, 1);
+        const HDC dc = ::CreateCompatibleDC(nullptr);
+        const HBITMAP bitmap = ::CreateBitmap(40, 40, 1, 1, nullptr);
+        const HGDIOBJ previousBitmap = ::SelectObject(dc, bitmap);
+        const HGDIOBJ previousFont = ::SelectObject(dc, form.cmdApplyFilter.fontHandle());
+        ::PatBlt(dc, 0, 0, 40, 40, WHITENESS);
+        ::TextOutW(dc, 2, 2, &character, 1);
         std::vector<std::uint8_t> bits(40 * 40 / 8 + 400);
-        GetBitmapBits(bitmap, static_cast<LONG>(bits.size()), bits.data());
-        SelectObject(dc, previousFont);
-        SelectObject(dc, previousBitmap);
-        DeleteObject(bitmap);
-        DeleteDC(dc);
+        ::GetBitmapBits(bitmap, static_cast<LONG>(bits.size()), bits.data());
+        ::SelectObject(dc, previousFont);
+        ::SelectObject(dc, previousBitmap);
+        ::DeleteObject(bitmap);
+        ::DeleteDC(dc);
         return bits;
     };
     const auto missing = picture(L'\uE83A');

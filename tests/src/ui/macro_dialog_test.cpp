@@ -297,7 +297,9 @@ TEST_F(MacroDialogTest, TheMainWindowsButtonShowsItModally) {
 
 TEST_F(MacroDialogTest, TheSampleFilesMacroTracesAreShownAndApplied) {
     const auto samples = fixture::testDataFolder();
-    if (!samples) GTEST_SKIP() << fixture::kNoTestData;
+    if (!samples) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     for (const auto& entry : std::filesystem::directory_iterator{*samples}) {
         if (entry.path().extension() != ".mdb") continue;
         modDatabase::connectToDB(entry.path().u16string());

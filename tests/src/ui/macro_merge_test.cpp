@@ -160,7 +160,9 @@ TEST_F(MacroMergeTest, AnotherDatabaseReplacesTheDefinitions) {
 
 TEST_F(MacroMergeTest, TheSampleFilesFaultyRowsAreSurvived) {
     const auto samples = fixture::testDataFolder();
-    if (!samples) GTEST_SKIP() << fixture::kNoTestData;
+    if (!samples) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     for (const char* name : {"old-odd", "old-many"}) {
         modDatabase::connectToDB((*samples / (std::string{name} + ".mdb")).u16string());
         reports.clear();

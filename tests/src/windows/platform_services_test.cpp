@@ -16,7 +16,7 @@ namespace {
 TEST(ChangePriorityTest, SetsThePriorityAndLogsTheAnswer) {
     SharedFakeLog log;
     EXPECT_TRUE(mdlPriority::ChangePriority(mdlPriority::kBelowNormal));
-    EXPECT_EQ(GetPriorityClass(GetCurrentProcess()), DWORD{BELOW_NORMAL_PRIORITY_CLASS});
+    EXPECT_EQ(::GetPriorityClass(::GetCurrentProcess()), DWORD{BELOW_NORMAL_PRIORITY_CLASS});
     EXPECT_EQ(log.messages("[mdlPriority]ChangePriority"),
               std::vector<std::string>{"SetPriorityClass(16384) returned = 1"});
     EXPECT_TRUE(mdlPriority::ChangePriority(NORMAL_PRIORITY_CLASS));
@@ -29,7 +29,7 @@ TEST(ChangePriorityTest, AClassThatIsRefusedIsLoggedWithTheSystemsText) {
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_TRUE(lines[0].starts_with("SetPriorityClass failed: 87 ")) << lines[0];
     EXPECT_GT(lines[0].size(), std::string{"SetPriorityClass failed: 87 "}.size());
-    EXPECT_EQ(GetPriorityClass(GetCurrentProcess()), DWORD{NORMAL_PRIORITY_CLASS});
+    EXPECT_EQ(::GetPriorityClass(::GetCurrentProcess()), DWORD{NORMAL_PRIORITY_CLASS});
 }
 
 TEST(HelpFileTest, TheLanguagesFileComesFirstAndEnglishOtherwise) {

@@ -69,14 +69,14 @@ TEST_F(WindowsLogTest, OldFilesGoReadOnlyOnesStay) {
         std::ofstream{logs() / name} << "x";
         if (name[0] != 'n') std::filesystem::last_write_time(logs() / name, old);
     }
-    SetFileAttributesW((logs() / "kept.LOG").c_str(), FILE_ATTRIBUTE_READONLY);
+    ::SetFileAttributesW((logs() / "kept.LOG").c_str(), FILE_ATTRIBUTE_READONLY);
     classLog log{system()};
     EXPECT_FALSE(std::filesystem::exists(logs() / "old.LOG"));
     EXPECT_TRUE(std::filesystem::exists(logs() / "new.LOG"));
     // Names that differ in case only are one name here.
     EXPECT_TRUE(std::filesystem::exists(logs() / "kept.LOG"));
     EXPECT_NE(written(log).find("[classLog]checkSizeOfLogs) Err.Number = 75"), std::string::npos);
-    SetFileAttributesW((logs() / "kept.LOG").c_str(), FILE_ATTRIBUTE_NORMAL);
+    ::SetFileAttributesW((logs() / "kept.LOG").c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
 TEST_F(WindowsLogTest, AFileInTheFoldersPlaceCostsTheLogOnly) {
@@ -96,16 +96,16 @@ public:
         set(L"vorelle_test_log\\shell\\open\\command", command);
     }
     ~LogAssociation() {
-        RegDeleteTreeW(HKEY_CLASSES_ROOT, L"vorelle_test_log");
-        RegDeleteTreeW(HKEY_CLASSES_ROOT, L".LOG");
+        ::RegDeleteTreeW(HKEY_CLASSES_ROOT, L"vorelle_test_log");
+        ::RegDeleteTreeW(HKEY_CLASSES_ROOT, L".LOG");
     }
     LogAssociation(const LogAssociation&) = delete;
     LogAssociation& operator=(const LogAssociation&) = delete;
 
 private:
     static void set(const wchar_t* key, const std::wstring& value) {
-        RegSetKeyValueW(HKEY_CLASSES_ROOT, key, nullptr, REG_SZ, value.c_str(),
-                        static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
+        ::RegSetKeyValueW(HKEY_CLASSES_ROOT, key, nullptr, REG_SZ, value.c_str(),
+                          static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
     }
 };
 
@@ -118,15 +118,15 @@ TEST_F(WindowsLogTest, ViewingOpensTheFileWithTheUsersProgram) {
     log.log(u"gathered", 0, u"[a]b");
     const std::string before = contentOf(toWide(log.strLogFile()));
     log.viewCurrentLogFile();
-    const ULONGLONG end = GetTickCount64() + 20000;
-    while (!contentOf(shown).ends_with("gathered\r\n") && GetTickCount64() < end) Sleep(20);
+    const ULONGLONG end = ::GetTickCount64() + 20000;
+    while (!contentOf(shown).ends_with("gathered\r\n") && ::GetTickCount64() < end) ::Sleep(20);
     EXPECT_TRUE(contentOf(shown).starts_with(before));
     EXPECT_TRUE(contentOf(shown).ends_with("gathered\r\n"));
 }
 
 double secondsSinceMidnight() {
     SYSTEMTIME time{};
-    GetLocalTime(&time);
+    ::GetLocalTime(&time);
     return time.wHour * 3600.0 + time.wMinute * 60.0 + time.wSecond + time.wMilliseconds / 1000.0;
 }
 

@@ -42,7 +42,7 @@ TEST_F(AccessibleControlsTest, AControlHasTheNameItWasGivenAndTheRestOfTheSystem
     EXPECT_EQ(named.value(), before.value());
     const RECT place = named.location();
     RECT window{};
-    GetWindowRect(box.hwnd(), &window);
+    ::GetWindowRect(box.hwnd(), &window);
     EXPECT_GE(place.left, window.left);
     EXPECT_LE(place.right, window.right);
     EXPECT_EQ(AccessibleClient{tree.hwnd()}.name(), L"Filters");
@@ -54,7 +54,7 @@ TEST_F(AccessibleControlsTest, ACaptionIsAName) {
 
 TEST_F(AccessibleControlsTest, OtherQuestionsAreTheSystemsToAnswer) {
     box.setAccessibleName(L"Diagnostic");
-    EXPECT_EQ(SendMessageW(box.hwnd(), WM_GETOBJECT, 0, OBJID_VSCROLL), 0);
+    EXPECT_EQ(::SendMessageW(box.hwnd(), WM_GETOBJECT, 0, OBJID_VSCROLL), 0);
 }
 
 }  // namespace

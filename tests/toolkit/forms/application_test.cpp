@@ -27,9 +27,9 @@ TEST_F(ApplicationTest, AllThatWaitsCostsOneMessage) {
     for (int i = 0; i < 1000; ++i) forms::post([] {});
     int messages = 0;
     MSG message{};
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+    while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
         ++messages;
-        DispatchMessageW(&message);
+        ::DispatchMessageW(&message);
     }
     EXPECT_EQ(messages, 1);
 }
@@ -130,7 +130,7 @@ TEST_F(ApplicationTest, QuitEndsAModalFormAndThenRun) {
         modal.showModal(&main);
     });
     EXPECT_EQ(forms::run(), 4);
-    EXPECT_TRUE(IsWindowEnabled(main.hwnd()));
+    EXPECT_TRUE(::IsWindowEnabled(main.hwnd()));
 }
 
 TEST_F(ApplicationTest, DoEventsLeavesTheEndOfTheProgramToRun) {
@@ -144,9 +144,9 @@ TEST_F(ApplicationTest, DoEventsLeavesTheEndOfTheProgramToRun) {
 TEST_F(ApplicationTest, DoEventsPaints) {
     PlainForm form;
     form.show();
-    InvalidateRect(form.hwnd(), nullptr, TRUE);
+    ::InvalidateRect(form.hwnd(), nullptr, TRUE);
     forms::doEvents();
-    EXPECT_FALSE(GetUpdateRect(form.hwnd(), nullptr, FALSE));
+    EXPECT_FALSE(::GetUpdateRect(form.hwnd(), nullptr, FALSE));
 }
 
 /// How often, 10 ms apart, work on another thread looks for what the window does: half a minute.
@@ -179,10 +179,10 @@ TEST_F(ApplicationTest, WindowsArePaintedWhileWorkRuns) {
     forms::runWhilePainting([&] {
         elsewhere = std::this_thread::get_id() != here;
         const int before = form.paints;
-        PostMessageW(form.hwnd(), WM_KEYDOWN, VK_SPACE, 0);
+        ::PostMessageW(form.hwnd(), WM_KEYDOWN, VK_SPACE, 0);
         for (int i = 0; i < kLooks && form.paints < before + 3; ++i) {
-            InvalidateRect(form.hwnd(), nullptr, TRUE);
-            Sleep(10);
+            ::InvalidateRect(form.hwnd(), nullptr, TRUE);
+            ::Sleep(10);
         }
         painted = form.paints >= before + 3;
         keysMeanwhile = form.keys;
@@ -204,23 +204,23 @@ void typeKey(int key, DWORD heldMilliseconds = 50) {
         input.ki.wVk = static_cast<WORD>(key);
     }
     inputs[1].ki.dwFlags = KEYEVENTF_KEYUP;
-    SendInput(1, &inputs[0], sizeof(INPUT));
-    Sleep(heldMilliseconds);
-    SendInput(1, &inputs[1], sizeof(INPUT));
+    ::SendInput(1, &inputs[0], sizeof(INPUT));
+    ::Sleep(heldMilliseconds);
+    ::SendInput(1, &inputs[1], sizeof(INPUT));
 }
 
 TEST_F(ApplicationTest, EscapeStopsWorkThatCanBeStopped) {
     WatchedForm form;
     form.show();
-    ASSERT_TRUE(waitUntil([&] { return GetForegroundWindow() == form.hwnd(); }));
+    ASSERT_TRUE(waitUntil([&] { return ::GetForegroundWindow() == form.hwnd(); }));
     std::atomic<int> stops{0};
     {
         const forms::OnEscape stop{[&] { ++stops; }};
         forms::runWhilePainting([&] {
             typeKey('A');
             typeKey(VK_ESCAPE);
-            for (int i = 0; i < kLooks && stops == 0; ++i) Sleep(10);
-            Sleep(150);
+            for (int i = 0; i < kLooks && stops == 0; ++i) ::Sleep(10);
+            ::Sleep(150);
         });
     }
     EXPECT_EQ(stops, 1);
@@ -232,15 +232,15 @@ TEST_F(ApplicationTest, EscapeStopsWorkThatCanBeStopped) {
 TEST_F(ApplicationTest, EscapeStopsWorkHoweverShortlyItIsPressed) {
     WatchedForm form;
     form.show();
-    ASSERT_TRUE(waitUntil([&] { return GetForegroundWindow() == form.hwnd(); }));
+    ASSERT_TRUE(waitUntil([&] { return ::GetForegroundWindow() == form.hwnd(); }));
     std::atomic<int> stops{0};
     const forms::OnEscape stop{[&] { ++stops; }};
     // Between two looks at the keyboard, or right at one: the press begins at another moment each time.
     for (int round = 1; round <= 20; ++round) {
         forms::runWhilePainting([&] {
-            Sleep(static_cast<DWORD>(round * 7));
+            ::Sleep(static_cast<DWORD>(round * 7));
             typeKey(VK_ESCAPE, 0);
-            for (int i = 0; i < kLooks && stops < round; ++i) Sleep(10);
+            for (int i = 0; i < kLooks && stops < round; ++i) ::Sleep(10);
         });
         ASSERT_EQ(stops, round);
     }
@@ -249,12 +249,12 @@ TEST_F(ApplicationTest, EscapeStopsWorkHoweverShortlyItIsPressed) {
 TEST_F(ApplicationTest, EscapeBeforeTheWorkDoesNotStopIt) {
     WatchedForm form;
     form.show();
-    ASSERT_TRUE(waitUntil([&] { return GetForegroundWindow() == form.hwnd(); }));
+    ASSERT_TRUE(waitUntil([&] { return ::GetForegroundWindow() == form.hwnd(); }));
     std::atomic<int> stops{0};
     typeKey(VK_ESCAPE, 0);
     {
         const forms::OnEscape stop{[&] { ++stops; }};
-        forms::runWhilePainting([] { Sleep(250); });
+        forms::runWhilePainting([] { ::Sleep(250); });
     }
     EXPECT_EQ(stops, 0);
     EXPECT_TRUE(waitUntil([&] { return form.keys == 1; })) << "the key waits as others do";
@@ -263,7 +263,7 @@ TEST_F(ApplicationTest, EscapeBeforeTheWorkDoesNotStopIt) {
 TEST_F(ApplicationTest, WithoutAHandlerEscapeWaitsAsOtherKeysDo) {
     WatchedForm form;
     form.show();
-    ASSERT_TRUE(waitUntil([&] { return GetForegroundWindow() == form.hwnd(); }));
+    ASSERT_TRUE(waitUntil([&] { return ::GetForegroundWindow() == form.hwnd(); }));
     int stops = 0;
     {
         const forms::OnEscape stop{[&] { ++stops; }};
@@ -271,7 +271,7 @@ TEST_F(ApplicationTest, WithoutAHandlerEscapeWaitsAsOtherKeysDo) {
     forms::runWhilePainting([] {
         typeKey('A');
         typeKey(VK_ESCAPE);
-        Sleep(150);
+        ::Sleep(150);
     });
     EXPECT_EQ(stops, 0);
     ASSERT_TRUE(waitUntil([&] { return form.keys == 2; }));

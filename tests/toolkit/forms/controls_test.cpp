@@ -56,8 +56,8 @@ protected:
 
 RECT inParent(const forms::Control& control) {
     RECT rect{};
-    GetWindowRect(control.hwnd(), &rect);
-    MapWindowPoints(nullptr, GetParent(control.hwnd()), reinterpret_cast<POINT*>(&rect), 2);
+    ::GetWindowRect(control.hwnd(), &rect);
+    ::MapWindowPoints(nullptr, ::GetParent(control.hwnd()), reinterpret_cast<POINT*>(&rect), 2);
     return rect;
 }
 
@@ -82,12 +82,12 @@ TEST_F(ControlsTest, MoveKeepsFractionsOfPixels) {
 }
 
 TEST_F(ControlsTest, FlagsOfTheTableCount) {
-    EXPECT_FALSE(IsWindowVisible(hidden.hwnd()));
+    EXPECT_FALSE(::IsWindowVisible(hidden.hwnd()));
     EXPECT_FALSE(disabled.enabled());
     EXPECT_TRUE(box.tabStop());
     EXPECT_FALSE(label.tabStop());
     hidden.setVisible(true);
-    EXPECT_TRUE(IsWindowVisible(hidden.hwnd()));
+    EXPECT_TRUE(::IsWindowVisible(hidden.hwnd()));
     disabled.setEnabled(true);
     EXPECT_TRUE(disabled.enabled());
 }
@@ -102,18 +102,18 @@ TEST_F(ControlsTest, ContainedControlsMoveWithTheirContainer) {
 
 TEST_F(ControlsTest, ContainedControlsHideWithTheirContainer) {
     frame.setVisible(false);
-    EXPECT_FALSE(IsWindowVisible(up.hwnd()));
+    EXPECT_FALSE(::IsWindowVisible(up.hwnd()));
     EXPECT_TRUE(up.visible());
     down.setVisible(false);
     frame.setVisible(true);
-    EXPECT_TRUE(IsWindowVisible(up.hwnd()));
-    EXPECT_FALSE(IsWindowVisible(down.hwnd()));
+    EXPECT_TRUE(::IsWindowVisible(up.hwnd()));
+    EXPECT_FALSE(::IsWindowVisible(down.hwnd()));
 }
 
 TEST_F(ControlsTest, ContainedControlsGetTheMouse) {
     const RECT rect = inParent(up);
     const HWND hit =
-        ChildWindowFromPointEx(form.hwnd(), {rect.left + 3, rect.top + 3}, CWP_SKIPINVISIBLE);
+        ::ChildWindowFromPointEx(form.hwnd(), {rect.left + 3, rect.top + 3}, CWP_SKIPINVISIBLE);
     EXPECT_EQ(hit, up.hwnd());
 }
 
@@ -122,7 +122,7 @@ TEST_F(ControlsTest, OfTheOptionsInAFrameOneIsChosen) {
     EXPECT_TRUE(down.value());
     int clicks = 0;
     up.onClick = [&] { ++clicks; };
-    SendMessageW(up.hwnd(), BM_CLICK, 0, 0);
+    ::SendMessageW(up.hwnd(), BM_CLICK, 0, 0);
     EXPECT_TRUE(up.value());
     EXPECT_FALSE(down.value());
     EXPECT_GE(clicks, 1);
@@ -142,7 +142,7 @@ TEST_F(ControlsTest, ArrowKeysMoveBetweenOptions) {
 TEST_F(ControlsTest, ACheckBoxTogglesWhenClicked) {
     bool seen = false;
     check.onClick = [&] { seen = check.value(); };
-    SendMessageW(check.hwnd(), BM_CLICK, 0, 0);
+    ::SendMessageW(check.hwnd(), BM_CLICK, 0, 0);
     EXPECT_TRUE(seen);
     check.setValue(false);
     EXPECT_FALSE(check.value());
@@ -172,7 +172,7 @@ TEST_F(ControlsTest, FocusEvents) {
 TEST_F(ControlsTest, MouseEventsAreInTwips) {
     std::vector<forms::MouseEvent> events;
     notes.onMouseMove = [&](const forms::MouseEvent& event) { events.push_back(event); };
-    SendMessageW(notes.hwnd(), WM_MOUSEMOVE, 0, MAKELPARAM(20, 30));
+    ::SendMessageW(notes.hwnd(), WM_MOUSEMOVE, 0, MAKELPARAM(20, 30));
     ASSERT_EQ(events.size(), 1u);
     EXPECT_DOUBLE_EQ(events[0].x.value, 20 * 1440.0 / form.dpi().value);
     EXPECT_DOUBLE_EQ(events[0].y.value, 30 * 1440.0 / form.dpi().value);
@@ -192,8 +192,8 @@ TEST_F(ControlsTest, AFontReachesTheWindowInPointsOfTheDensity) {
     font.bold = true;
     box.setFont(font);
     LOGFONTW logical{};
-    GetObjectW(reinterpret_cast<HFONT>(SendMessageW(box.hwnd(), WM_GETFONT, 0, 0)), sizeof logical,
-               &logical);
+    ::GetObjectW(reinterpret_cast<HFONT>(::SendMessageW(box.hwnd(), WM_GETFONT, 0, 0)),
+                 sizeof logical, &logical);
     EXPECT_STREQ(logical.lfFaceName, L"Courier New");
     EXPECT_EQ(logical.lfHeight, -std::lround(11.0 * form.dpi().value / 72));
     EXPECT_EQ(logical.lfWeight, FW_BOLD);
@@ -213,20 +213,20 @@ TEST_F(ControlsTest, ALinkIsReachedAndClickedByMouseAndKeys) {
     button.setFocus();
     pressKey(VK_TAB);
     EXPECT_TRUE(link.hasFocus());
-    SendMessageW(link.hwnd(), WM_CHAR, L' ', 1);
+    ::SendMessageW(link.hwnd(), WM_CHAR, L' ', 1);
     pressKey(VK_DOWN);
     EXPECT_EQ(clicks, 2);
-    SendMessageW(link.hwnd(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(2, 2));
-    SendMessageW(link.hwnd(), WM_LBUTTONUP, 0, MAKELPARAM(2, 2));
+    ::SendMessageW(link.hwnd(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(2, 2));
+    ::SendMessageW(link.hwnd(), WM_LBUTTONUP, 0, MAKELPARAM(2, 2));
     EXPECT_EQ(clicks, 3);
     EXPECT_TRUE(link.font().underline);
     other.destroy();
 }
 
 TEST_F(ControlsTest, RefreshPaintsAtOnce) {
-    InvalidateRect(label.hwnd(), nullptr, FALSE);
+    ::InvalidateRect(label.hwnd(), nullptr, FALSE);
     label.refresh();
-    EXPECT_FALSE(GetUpdateRect(label.hwnd(), nullptr, FALSE));
+    EXPECT_FALSE(::GetUpdateRect(label.hwnd(), nullptr, FALSE));
 }
 
 // --- text boxes ---
@@ -235,7 +235,7 @@ TEST_F(ControlsTest, ATextBoxTellsOfChanges) {
     int changes = 0;
     box.onChange = [&] { ++changes; };
     box.setFocus();
-    SendMessageW(box.hwnd(), WM_CHAR, L'x', 1);
+    ::SendMessageW(box.hwnd(), WM_CHAR, L'x', 1);
     EXPECT_EQ(changes, 1);
     box.setText(L"new");
     EXPECT_EQ(changes, 2);
@@ -246,12 +246,12 @@ TEST_F(ControlsTest, ATextBoxTakesLongTextsOfSeveralLines) {
     for (int i = 0; i < 20000; ++i) text += L"line\r\n";
     notes.setText(text);
     EXPECT_EQ(notes.text(), text);
-    EXPECT_EQ(SendMessageW(notes.hwnd(), EM_GETLINECOUNT, 0, 0), 20001);
+    EXPECT_EQ(::SendMessageW(notes.hwnd(), EM_GETLINECOUNT, 0, 0), 20001);
 }
 
 TEST_F(ControlsTest, AReadOnlyTextBoxIgnoresTyping) {
     notes.setText(L"fixed");
-    SendMessageW(notes.hwnd(), WM_CHAR, L'x', 1);
+    ::SendMessageW(notes.hwnd(), WM_CHAR, L'x', 1);
     EXPECT_EQ(notes.text(), L"fixed");
     EXPECT_TRUE(notes.readOnly());
 }
@@ -267,8 +267,8 @@ TEST_F(ControlsTest, SelectionIsCountedInCharacters) {
 TEST_F(ControlsTest, AClickCanHandTheFocusOn) {
     notes.onClick = [this] { box.setFocus(); };
     notes.setFocus();
-    PostMessageW(notes.hwnd(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
-    PostMessageW(notes.hwnd(), WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
+    ::PostMessageW(notes.hwnd(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
+    ::PostMessageW(notes.hwnd(), WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
     EXPECT_TRUE(waitUntil([this] { return box.hasFocus(); }));
 }
 
@@ -277,12 +277,13 @@ TEST_F(ControlsTest, AClickCanHandTheFocusOn) {
 TEST_F(ControlsTest, AProgressBarCountsIn32Bits) {
     bar.setMax(13000000);
     bar.setValue(12999999);
-    EXPECT_EQ(SendMessageW(bar.hwnd(), PBM_GETRANGE, FALSE, 0), 13000000);
-    EXPECT_EQ(SendMessageW(bar.hwnd(), PBM_GETPOS, 0, 0), 12999999);
+    EXPECT_EQ(::SendMessageW(bar.hwnd(), PBM_GETRANGE, FALSE, 0), 13000000);
+    EXPECT_EQ(::SendMessageW(bar.hwnd(), PBM_GETPOS, 0, 0), 12999999);
     bar.setMax(std::numeric_limits<std::int32_t>::max());
     bar.setValue(std::numeric_limits<std::int32_t>::max());
     EXPECT_EQ(bar.value(), std::numeric_limits<std::int32_t>::max());
-    EXPECT_EQ(SendMessageW(bar.hwnd(), PBM_GETPOS, 0, 0), std::numeric_limits<std::int32_t>::max());
+    EXPECT_EQ(::SendMessageW(bar.hwnd(), PBM_GETPOS, 0, 0),
+              std::numeric_limits<std::int32_t>::max());
 }
 
 TEST_F(ControlsTest, AProgressBarKeepsItsValueInRange) {
@@ -321,7 +322,7 @@ TEST_F(ControlsTest, AComboBoxTellsOfTyping) {
     combo.onChange = [&] { ++changes; };
     combo.setFocus();
     EXPECT_TRUE(combo.hasFocus());
-    SendMessageW(GetFocus(), WM_CHAR, L'q', 1);
+    ::SendMessageW(::GetFocus(), WM_CHAR, L'q', 1);
     EXPECT_EQ(combo.text(), L"q");
     EXPECT_EQ(changes, 1);
 }

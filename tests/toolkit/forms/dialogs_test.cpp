@@ -15,39 +15,39 @@ std::function<bool(HWND)> answer;
 
 BOOL CALLBACK answerDialog(HWND window, LPARAM) {
     wchar_t name[20] = L"";
-    GetClassNameW(window, name, 20);
-    if (std::wstring(name) == L"#32770" && IsWindowVisible(window) && answer && answer(window)) {
+    ::GetClassNameW(window, name, 20);
+    if (std::wstring(name) == L"#32770" && ::IsWindowVisible(window) && answer && answer(window)) {
         answer = nullptr;
     }
     return TRUE;
 }
 
 void CALLBACK lookForDialog(HWND, UINT, UINT_PTR, DWORD) {
-    EnumThreadWindows(GetCurrentThreadId(), &answerDialog, 0);
+    ::EnumThreadWindows(::GetCurrentThreadId(), &answerDialog, 0);
 }
 
 class DialogsTest : public FormsTest {
 protected:
-    DialogsTest() : timer_(SetTimer(nullptr, 0, 20, &lookForDialog)) {
+    DialogsTest() : timer_(::SetTimer(nullptr, 0, 20, &lookForDialog)) {
         folder_ = std::filesystem::temp_directory_path() / L"forms \x00FC test";
         std::filesystem::create_directories(folder_);
     }
     ~DialogsTest() override {
-        KillTimer(nullptr, timer_);
+        ::KillTimer(nullptr, timer_);
         std::filesystem::remove_all(folder_);
     }
 
     static void press(HWND dialog, int button) {
-        PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(button), 0);
+        ::PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(button), 0);
     }
 
     // Types a name into the open file dialog and confirms.
     static void typeName(const std::wstring& name) {
         answer = [name](HWND dialog) {
             constexpr int kFileName = 0x47c;
-            const HWND edit = GetDlgItem(dialog, kFileName);
+            const HWND edit = ::GetDlgItem(dialog, kFileName);
             if (!edit) return false;
-            SetWindowTextW(edit, name.c_str());
+            ::SetWindowTextW(edit, name.c_str());
             press(dialog, IDOK);
             return true;
         };
@@ -65,7 +65,7 @@ TEST_F(DialogsTest, AMessageBoxShowsItsTextAndReturnsTheAnswer) {
     answer = [&](HWND dialog) {
         constexpr int kMessageText = 0xFFFF;
         title = forms::windowText(dialog);
-        text = forms::windowText(GetDlgItem(dialog, kMessageText));
+        text = forms::windowText(::GetDlgItem(dialog, kMessageText));
         press(dialog, IDNO);
         return true;
     };
@@ -115,7 +115,7 @@ TEST_F(DialogsTest, SaveAddsTheExtension) {
 TEST_F(DialogsTest, SaveProposesTheGivenName) {
     std::wstring proposed;
     answer = [&](HWND dialog) {
-        proposed = forms::windowText(GetDlgItem(dialog, 0x47c));
+        proposed = forms::windowText(::GetDlgItem(dialog, 0x47c));
         press(dialog, IDCANCEL);
         return true;
     };

@@ -32,7 +32,7 @@ TEST_F(FormTest, LoadsOnceAndShows) {
 TEST_F(FormTest, HasTheClassItWasGiven) {
     PlainForm form({.className = L"forms_test.Named", .caption = L"Named form"});
     form.load();
-    EXPECT_EQ(FindWindowW(L"forms_test.Named", L"Named form"), form.hwnd());
+    EXPECT_EQ(::FindWindowW(L"forms_test.Named", L"Named form"), form.hwnd());
 }
 
 TEST_F(FormTest, CanBeUnloadedAndLoadedAgain) {
@@ -55,11 +55,11 @@ TEST_F(FormTest, UnloadCanBeRefused) {
     PlainForm form;
     form.show();
     form.onUnload = [](bool& cancel) { cancel = true; };
-    SendMessageW(form.hwnd(), WM_CLOSE, 0, 0);
+    ::SendMessageW(form.hwnd(), WM_CLOSE, 0, 0);
     EXPECT_EQ(form.unloads, 1);
     EXPECT_TRUE(form.isLoaded());
     form.onUnload = nullptr;
-    SendMessageW(form.hwnd(), WM_CLOSE, 0, 0);
+    ::SendMessageW(form.hwnd(), WM_CLOSE, 0, 0);
     EXPECT_FALSE(form.isLoaded());
 }
 
@@ -78,7 +78,7 @@ TEST_F(FormTest, PlaceAndSizeAreTwipsOfTheWholeWindow) {
     form.load();
     form.move({1500_tw, 750_tw, 6000_tw, 4500_tw});
     RECT rect{};
-    GetWindowRect(form.hwnd(), &rect);
+    ::GetWindowRect(form.hwnd(), &rect);
     const double perPixel = 1440.0 / form.dpi().value;
     EXPECT_EQ(rect.left, std::lround(1500 / perPixel));
     EXPECT_EQ(rect.top, std::lround(750 / perPixel));
@@ -91,7 +91,7 @@ TEST_F(FormTest, AFractionOfAPixelReadsBackAsItWasSet) {
     form.load();
     form.setWidth(5001.25_tw);
     EXPECT_DOUBLE_EQ(form.width().value, 5001.25);
-    SetWindowPos(form.hwnd(), nullptr, 0, 0, 480, 400, SWP_NOMOVE | SWP_NOZORDER);
+    ::SetWindowPos(form.hwnd(), nullptr, 0, 0, 480, 400, SWP_NOMOVE | SWP_NOZORDER);
     EXPECT_DOUBLE_EQ(form.width().value, 480 * 1440.0 / form.dpi().value);
 }
 
@@ -102,7 +102,7 @@ TEST_F(FormTest, ResizeCanInsistOnALeastSize) {
         if (form.height() < 5000_tw) form.setHeight(5000_tw);
     };
     form.show();
-    SetWindowPos(form.hwnd(), nullptr, 0, 0, 200, 600, SWP_NOMOVE | SWP_NOZORDER);
+    ::SetWindowPos(form.hwnd(), nullptr, 0, 0, 200, 600, SWP_NOMOVE | SWP_NOZORDER);
     EXPECT_DOUBLE_EQ(form.width().value, 5000);
     EXPECT_DOUBLE_EQ(form.height().value, 600 * 1440.0 / form.dpi().value);
 }
@@ -123,9 +123,9 @@ TEST_F(FormTest, ThePartOfTheScreenThatAFormTakesCanBeComputed) {
     form.move({form.screenWidth() * 0.1, form.screenHeight() * 0.1, form.screenWidth() * 0.8,
                form.screenHeight() * 0.8});
     RECT rect{};
-    GetWindowRect(form.hwnd(), &rect);
-    EXPECT_NEAR(rect.right - rect.left, GetSystemMetrics(SM_CXSCREEN) * 0.8, 1);
-    EXPECT_NEAR(rect.top, GetSystemMetrics(SM_CYSCREEN) * 0.1, 1);
+    ::GetWindowRect(form.hwnd(), &rect);
+    EXPECT_NEAR(rect.right - rect.left, ::GetSystemMetrics(SM_CXSCREEN) * 0.8, 1);
+    EXPECT_NEAR(rect.top, ::GetSystemMetrics(SM_CYSCREEN) * 0.1, 1);
 }
 
 TEST_F(FormTest, CentresOnItsOwner) {
@@ -152,11 +152,11 @@ TEST_F(FormTest, AFormCanBeShownWithoutTakingTheFocus) {
     notice.showInactive(owner);
     EXPECT_TRUE(notice.visible());
     EXPECT_GE(notice.resizes, 1);
-    EXPECT_EQ(GetWindow(notice.hwnd(), GW_OWNER), owner.hwnd());
-    EXPECT_EQ(GetActiveWindow(), owner.hwnd());
+    EXPECT_EQ(::GetWindow(notice.hwnd(), GW_OWNER), owner.hwnd());
+    EXPECT_EQ(::GetActiveWindow(), owner.hwnd());
     EXPECT_TRUE(text.hasFocus());
     HWND below = notice.hwnd();
-    while (below && below != owner.hwnd()) below = GetWindow(below, GW_HWNDNEXT);
+    while (below && below != owner.hwnd()) below = ::GetWindow(below, GW_HWNDNEXT);
     EXPECT_EQ(below, owner.hwnd()) << "the notice is not above its owner";
     notice.hide();
     EXPECT_TRUE(text.hasFocus());
@@ -179,18 +179,18 @@ TEST_F(FormTest, ShowsTheMousePointerItWasGiven) {
     PlainForm form;
     form.show();
     const auto pointerOver = [&] {
-        SetCursor(nullptr);
-        SendMessageW(form.hwnd(), WM_SETCURSOR, reinterpret_cast<WPARAM>(form.hwnd()),
-                     MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
-        return GetCursor();
+        ::SetCursor(nullptr);
+        ::SendMessageW(form.hwnd(), WM_SETCURSOR, reinterpret_cast<WPARAM>(form.hwnd()),
+                       MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+        return ::GetCursor();
     };
     {
         const forms::WaitCursor wait(form);
-        EXPECT_EQ(pointerOver(), LoadCursorW(nullptr, IDC_WAIT));
+        EXPECT_EQ(pointerOver(), ::LoadCursorW(nullptr, IDC_WAIT));
     }
-    EXPECT_EQ(pointerOver(), LoadCursorW(nullptr, IDC_ARROW));
+    EXPECT_EQ(pointerOver(), ::LoadCursorW(nullptr, IDC_ARROW));
     form.setMousePointer(forms::MousePointer{13});
-    EXPECT_EQ(pointerOver(), LoadCursorW(nullptr, IDC_APPSTARTING));
+    EXPECT_EQ(pointerOver(), ::LoadCursorW(nullptr, IDC_APPSTARTING));
 }
 
 TEST_F(FormTest, ThePointerHoldsOverTheControlsToo) {
@@ -201,10 +201,10 @@ TEST_F(FormTest, ThePointerHoldsOverTheControlsToo) {
     };
     form.show();
     form.setMousePointer(forms::MousePointer::hourglass);
-    SetCursor(nullptr);
-    SendMessageW(box.hwnd(), WM_SETCURSOR, reinterpret_cast<WPARAM>(box.hwnd()),
-                 MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
-    EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, IDC_WAIT));
+    ::SetCursor(nullptr);
+    ::SendMessageW(box.hwnd(), WM_SETCURSOR, reinterpret_cast<WPARAM>(box.hwnd()),
+                   MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+    EXPECT_EQ(::GetCursor(), ::LoadCursorW(nullptr, IDC_WAIT));
     form.destroy();
 }
 
@@ -214,25 +214,25 @@ TEST_F(FormTest, AModalFormHoldsTheOthersAndReturnsWhenHidden) {
     main.show();
     bool mainWasEnabled = true;
     forms::post([&] {
-        mainWasEnabled = IsWindowEnabled(main.hwnd()) != FALSE;
+        mainWasEnabled = ::IsWindowEnabled(main.hwnd()) != FALSE;
         dialog.hide();
     });
     dialog.showModal(&main);
     EXPECT_FALSE(mainWasEnabled);
-    EXPECT_TRUE(IsWindowEnabled(main.hwnd()));
+    EXPECT_TRUE(::IsWindowEnabled(main.hwnd()));
     EXPECT_TRUE(dialog.isLoaded());
-    EXPECT_EQ(GetActiveWindow(), main.hwnd());
+    EXPECT_EQ(::GetActiveWindow(), main.hwnd());
 }
 
 TEST_F(FormTest, AModalFormReturnsWhenClosed) {
     PlainForm main;
     PlainForm dialog;
     main.show();
-    forms::post([&] { PostMessageW(dialog.hwnd(), WM_CLOSE, 0, 0); });
+    forms::post([&] { ::PostMessageW(dialog.hwnd(), WM_CLOSE, 0, 0); });
     dialog.showModal(&main);
     EXPECT_FALSE(dialog.isLoaded());
-    EXPECT_TRUE(IsWindowEnabled(main.hwnd()));
-    EXPECT_EQ(GetActiveWindow(), main.hwnd());
+    EXPECT_TRUE(::IsWindowEnabled(main.hwnd()));
+    EXPECT_EQ(::GetActiveWindow(), main.hwnd());
 }
 
 TEST_F(FormTest, AModalFormOverAModalForm) {
@@ -243,17 +243,17 @@ TEST_F(FormTest, AModalFormOverAModalForm) {
     std::vector<int> order;
     forms::post([&] {
         forms::post([&] {
-            order.push_back(IsWindowEnabled(first.hwnd()));
+            order.push_back(::IsWindowEnabled(first.hwnd()));
             second.unload();
         });
         second.showModal(&first);
-        order.push_back(IsWindowEnabled(first.hwnd()));
-        order.push_back(IsWindowEnabled(main.hwnd()));
+        order.push_back(::IsWindowEnabled(first.hwnd()));
+        order.push_back(::IsWindowEnabled(main.hwnd()));
         first.unload();
     });
     first.showModal(&main);
     EXPECT_EQ(order, (std::vector<int>{0, 1, 0}));
-    EXPECT_TRUE(IsWindowEnabled(main.hwnd()));
+    EXPECT_TRUE(::IsWindowEnabled(main.hwnd()));
 }
 
 TEST_F(FormTest, AnErrorInAnEventProcedureIsReportedAndTheFormLivesOn) {
@@ -278,8 +278,8 @@ TEST_F(FormTest, AButtonCanUnloadItsForm) {
         button.onClick = [&] { form.unload(); };
     };
     form.show();
-    PostMessageW(button.hwnd(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
-    PostMessageW(button.hwnd(), WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
+    ::PostMessageW(button.hwnd(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
+    ::PostMessageW(button.hwnd(), WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
     EXPECT_TRUE(waitUntil([&] { return !form.isLoaded(); }));
     EXPECT_FALSE(button.isCreated());
     EXPECT_TRUE(errors.empty());
@@ -296,9 +296,9 @@ TEST_F(FormTest, TheRightButtonAsksForAMenuInsideOnly) {
     MenuForm form;
     form.show();
     POINT inside{20, 20};
-    ClientToScreen(form.hwnd(), &inside);
-    SendMessageW(form.hwnd(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(form.hwnd()),
-                 MAKELPARAM(inside.x, inside.y));
+    ::ClientToScreen(form.hwnd(), &inside);
+    ::SendMessageW(form.hwnd(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(form.hwnd()),
+                   MAKELPARAM(inside.x, inside.y));
     ASSERT_EQ(form.asked.size(), 1u);
     EXPECT_EQ(form.asked[0].x, inside.x);
 }
@@ -330,8 +330,8 @@ TEST_F(FormTest, AFaceTakesAllControlsAndGivesThemBackTheirOwn) {
     for (const forms::Control* control : {&plain, &fixed}) {
         EXPECT_EQ(control->font().name, face.name);
         LOGFONTW logical{};
-        GetObjectW(reinterpret_cast<HFONT>(SendMessageW(control->hwnd(), WM_GETFONT, 0, 0)),
-                   sizeof logical, &logical);
+        ::GetObjectW(reinterpret_cast<HFONT>(::SendMessageW(control->hwnd(), WM_GETFONT, 0, 0)),
+                     sizeof logical, &logical);
         EXPECT_EQ(logical.lfFaceName, face.name);
         EXPECT_EQ(logical.lfCharSet, 128);
     }
@@ -373,17 +373,17 @@ TEST_P(FormDpiTest, EverythingIsLaidOutAnewAtAnotherDensity) {
     const int resizes = form.resizes;
     const RECT suggested{10, 20, 10 + static_cast<int>(400 * dpi / 96),
                          20 + static_cast<int>(300 * dpi / 96)};
-    SendMessageW(form.hwnd(), WM_DPICHANGED, MAKEWPARAM(dpi, dpi),
-                 reinterpret_cast<LPARAM>(&suggested));
+    ::SendMessageW(form.hwnd(), WM_DPICHANGED, MAKEWPARAM(dpi, dpi),
+                   reinterpret_cast<LPARAM>(&suggested));
 
     EXPECT_EQ(form.dpi().value, dpi);
     RECT rect{};
-    GetWindowRect(form.hwnd(), &rect);
-    EXPECT_TRUE(EqualRect(&rect, &suggested));
+    ::GetWindowRect(form.hwnd(), &rect);
+    EXPECT_TRUE(::EqualRect(&rect, &suggested));
     EXPECT_GT(form.resizes, resizes);
 
-    GetWindowRect(button.hwnd(), &rect);
-    MapWindowPoints(nullptr, form.hwnd(), reinterpret_cast<POINT*>(&rect), 2);
+    ::GetWindowRect(button.hwnd(), &rect);
+    ::MapWindowPoints(nullptr, form.hwnd(), reinterpret_cast<POINT*>(&rect), 2);
     EXPECT_EQ(rect.left, forms::toPixels(180_tw, Dpi(dpi)).value);
     EXPECT_EQ(rect.top, forms::toPixels(540_tw, Dpi(dpi)).value);
     EXPECT_EQ(rect.right - rect.left, forms::toPixels(315_tw, Dpi(dpi)).value);
@@ -391,8 +391,8 @@ TEST_P(FormDpiTest, EverythingIsLaidOutAnewAtAnotherDensity) {
     EXPECT_DOUBLE_EQ(button.height().value, 315);
 
     LOGFONTW font{};
-    GetObjectW(reinterpret_cast<HFONT>(SendMessageW(button.hwnd(), WM_GETFONT, 0, 0)), sizeof font,
-               &font);
+    ::GetObjectW(reinterpret_cast<HFONT>(::SendMessageW(button.hwnd(), WM_GETFONT, 0, 0)),
+                 sizeof font, &font);
     EXPECT_EQ(font.lfHeight, -std::lround(button.font().points * dpi / 72));
     form.destroy();
 }

@@ -121,10 +121,10 @@ TEST_F(KeyboardTest, EscapeInABoxOfSeveralLinesDoesNotCloseTheForm) {
 TEST_F(KeyboardTest, EnterAndEscapeInAnOpenListBelongToTheList) {
     combo.addItem(L"one");
     combo.setFocus();
-    SendMessageW(combo.hwnd(), CB_SHOWDROPDOWN, TRUE, 0);
+    ::SendMessageW(combo.hwnd(), CB_SHOWDROPDOWN, TRUE, 0);
     pressKey(VK_ESCAPE);
     EXPECT_EQ(clicked, L"");
-    EXPECT_FALSE(SendMessageW(combo.hwnd(), CB_GETDROPPEDSTATE, 0, 0));
+    EXPECT_FALSE(::SendMessageW(combo.hwnd(), CB_GETDROPPEDSTATE, 0, 0));
 }
 
 TEST_F(KeyboardTest, AnAccessKeyPressesItsButton) {
@@ -147,7 +147,7 @@ TEST_F(KeyboardTest, AFormThatComesBackRemembersTheFocus) {
     PlainForm other;
     other.show();
     EXPECT_NE(focused(), L"inside");
-    SetForegroundWindow(form.hwnd());
+    ::SetForegroundWindow(form.hwnd());
     EXPECT_TRUE(waitUntil([this] { return focused() == L"inside"; }));
 }
 

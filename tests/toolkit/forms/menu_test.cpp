@@ -10,7 +10,7 @@ namespace {
 
 std::wstring entryText(HMENU menu, UINT item, UINT by = MF_BYPOSITION) {
     wchar_t text[100] = L"";
-    GetMenuStringW(menu, item, text, 100, by);
+    ::GetMenuStringW(menu, item, text, 100, by);
     return text;
 }
 
@@ -36,7 +36,7 @@ protected:
     ~MenuTest() override { form.destroy(); }
 
     void command(const forms::MenuItem& item) {
-        SendMessageW(form.hwnd(), WM_COMMAND, static_cast<WPARAM>(item.id()), 0);
+        ::SendMessageW(form.hwnd(), WM_COMMAND, static_cast<WPARAM>(item.id()), 0);
     }
 
     PlainForm form;
@@ -45,15 +45,15 @@ protected:
 };
 
 TEST_F(MenuTest, HasTheShapeOfTheTable) {
-    const HMENU bar = GetMenu(form.hwnd());
-    ASSERT_EQ(GetMenuItemCount(bar), 2);
+    const HMENU bar = ::GetMenu(form.hwnd());
+    ASSERT_EQ(::GetMenuItemCount(bar), 2);
     EXPECT_EQ(entryText(bar, 0), L"&File");
     EXPECT_EQ(entryText(bar, 1), L"&Edit");
-    const HMENU fileMenu = GetSubMenu(bar, 0);
-    ASSERT_EQ(GetMenuItemCount(fileMenu), 4);
+    const HMENU fileMenu = ::GetSubMenu(bar, 0);
+    ASSERT_EQ(::GetMenuItemCount(fileMenu), 4);
     EXPECT_EQ(entryText(fileMenu, 0), L"&Open\tCtrl+O");
-    EXPECT_EQ(entryText(GetSubMenu(fileMenu, 1), 0), L"First");
-    EXPECT_NE(GetMenuState(fileMenu, 2, MF_BYPOSITION) & MF_SEPARATOR, 0u);
+    EXPECT_EQ(entryText(::GetSubMenu(fileMenu, 1), 0), L"First");
+    EXPECT_NE(::GetMenuState(fileMenu, 2, MF_BYPOSITION) & MF_SEPARATOR, 0u);
     EXPECT_EQ(entryText(fileMenu, 3), L"E&xit");
 }
 
@@ -67,17 +67,17 @@ TEST_F(MenuTest, AnEntryRunsItsProcedure) {
 TEST_F(MenuTest, CaptionsChangeInTheShownMenu) {
     file.setCaption(L"&Datei");
     open.setCaption(L"\x00D6&ffnen");
-    const HMENU bar = GetMenu(form.hwnd());
+    const HMENU bar = ::GetMenu(form.hwnd());
     EXPECT_EQ(entryText(bar, 0), L"&Datei");
-    EXPECT_EQ(entryText(GetSubMenu(bar, 0), 0), L"\x00D6&ffnen\tCtrl+O");
+    EXPECT_EQ(entryText(::GetSubMenu(bar, 0), 0), L"\x00D6&ffnen\tCtrl+O");
     EXPECT_EQ(open.caption(), L"\x00D6&ffnen");
 }
 
 TEST_F(MenuTest, ADisabledEntryIsGrayAndDead) {
     open.setEnabled(false);
-    EXPECT_NE(
-        GetMenuState(GetMenu(form.hwnd()), static_cast<UINT>(open.id()), MF_BYCOMMAND) & MF_GRAYED,
-        0u);
+    EXPECT_NE(::GetMenuState(::GetMenu(form.hwnd()), static_cast<UINT>(open.id()), MF_BYCOMMAND) &
+                  MF_GRAYED,
+              0u);
     command(open);
     EXPECT_EQ(chosen, L"");
     open.setEnabled(true);
@@ -87,17 +87,17 @@ TEST_F(MenuTest, ADisabledEntryIsGrayAndDead) {
 
 TEST_F(MenuTest, AnEntryCanBeMarked) {
     next.setChecked(true);
-    EXPECT_NE(
-        GetMenuState(GetMenu(form.hwnd()), static_cast<UINT>(next.id()), MF_BYCOMMAND) & MF_CHECKED,
-        0u);
+    EXPECT_NE(::GetMenuState(::GetMenu(form.hwnd()), static_cast<UINT>(next.id()), MF_BYCOMMAND) &
+                  MF_CHECKED,
+              0u);
 }
 
 TEST_F(MenuTest, AnInvisibleEntryIsNotThere) {
     open.setVisible(false);
-    const HMENU fileMenu = GetSubMenu(GetMenu(form.hwnd()), 0);
-    EXPECT_EQ(GetMenuItemCount(fileMenu), 3);
+    const HMENU fileMenu = ::GetSubMenu(::GetMenu(form.hwnd()), 0);
+    EXPECT_EQ(::GetMenuItemCount(fileMenu), 3);
     open.setVisible(true);
-    EXPECT_EQ(GetMenuItemCount(GetSubMenu(GetMenu(form.hwnd()), 0)), 4);
+    EXPECT_EQ(::GetMenuItemCount(::GetSubMenu(::GetMenu(form.hwnd()), 0)), 4);
 }
 
 TEST_F(MenuTest, ShortcutsWorkFromAnywhereOnTheForm) {
@@ -151,25 +151,25 @@ UINT_PTR popupTimer = 0;
 void CALLBACK chooseFirst(HWND, UINT, UINT_PTR, DWORD) {
     GUITHREADINFO info{};
     info.cbSize = sizeof info;
-    GetGUIThreadInfo(GetCurrentThreadId(), &info);
+    ::GetGUIThreadInfo(::GetCurrentThreadId(), &info);
     if (info.flags & GUI_INMENUMODE) {
-        KillTimer(nullptr, popupTimer);
-        PostMessageW(info.hwndMenuOwner, WM_KEYDOWN, VK_DOWN, 1);
-        PostMessageW(info.hwndMenuOwner, WM_KEYDOWN, VK_RETURN, 1);
+        ::KillTimer(nullptr, popupTimer);
+        ::PostMessageW(info.hwndMenuOwner, WM_KEYDOWN, VK_DOWN, 1);
+        ::PostMessageW(info.hwndMenuOwner, WM_KEYDOWN, VK_RETURN, 1);
     }
 }
 
 TEST_F(MenuTest, AnInvisibleSubmenuPopsUp) {
-    popupTimer = SetTimer(nullptr, 0, 10, &chooseFirst);
+    popupTimer = ::SetTimer(nullptr, 0, 10, &chooseFirst);
     form.menu().popUp(popup, form.hwnd(), {50, 50});
-    KillTimer(nullptr, popupTimer);
+    ::KillTimer(nullptr, popupTimer);
     EXPECT_EQ(chosen, L"note ");
 }
 
 TEST_F(MenuTest, TheMenuComesBackWhenTheFormIsLoadedAgain) {
     form.unload();
     form.show();
-    EXPECT_EQ(GetMenuItemCount(GetMenu(form.hwnd())), 2);
+    EXPECT_EQ(::GetMenuItemCount(::GetMenu(form.hwnd())), 2);
     command(exit);
     EXPECT_EQ(chosen, L"exit ");
 }

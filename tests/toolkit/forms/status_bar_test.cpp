@@ -36,8 +36,8 @@ protected:
 
     std::wstring shownText(int part) const {
         wchar_t text[300] = L"";
-        SendMessageW(bar.hwnd(), SB_GETTEXTW, static_cast<WPARAM>(part),
-                     reinterpret_cast<LPARAM>(text));
+        ::SendMessageW(bar.hwnd(), SB_GETTEXTW, static_cast<WPARAM>(part),
+                       reinterpret_cast<LPARAM>(text));
         return text;
     }
 
@@ -74,12 +74,12 @@ TEST_F(StatusBarTest, ATextIsSetOnlyWhenItDiffers) {
 
 TEST_F(StatusBarTest, DocksAtTheLowerEdge) {
     for (const int height : {300, 500}) {
-        SetWindowPos(form.hwnd(), nullptr, 0, 0, 600, height, SWP_NOMOVE | SWP_NOZORDER);
+        ::SetWindowPos(form.hwnd(), nullptr, 0, 0, 600, height, SWP_NOMOVE | SWP_NOZORDER);
         RECT client{};
-        GetClientRect(form.hwnd(), &client);
+        ::GetClientRect(form.hwnd(), &client);
         RECT rect{};
-        GetWindowRect(bar.hwnd(), &rect);
-        MapWindowPoints(nullptr, form.hwnd(), reinterpret_cast<POINT*>(&rect), 2);
+        ::GetWindowRect(bar.hwnd(), &rect);
+        ::MapWindowPoints(nullptr, form.hwnd(), reinterpret_cast<POINT*>(&rect), 2);
         EXPECT_EQ(rect.bottom, client.bottom);
         EXPECT_EQ(rect.right, client.right);
         EXPECT_GT(bar.height().value, 200);
@@ -111,13 +111,13 @@ TEST_F(StatusBarTest, InANarrowWindowTextsComeFirst) {
     EXPECT_TRUE(waitUntil([this] { return !bar.panel(5).text().empty(); }));
     const auto edges = [this] {
         int all[5] = {};
-        SendMessageW(bar.hwnd(), SB_GETPARTS, 5, reinterpret_cast<LPARAM>(all));
+        ::SendMessageW(bar.hwnd(), SB_GETPARTS, 5, reinterpret_cast<LPARAM>(all));
         return std::vector<int>(all, all + 5);
     };
     RECT client{};
     const auto narrowTo = [&](forms::Twips width) {
         form.setWidth(width);
-        GetClientRect(bar.hwnd(), &client);
+        ::GetClientRect(bar.hwnd(), &client);
         return edges();
     };
     EXPECT_EQ(narrowTo(9000_tw).back(), client.right);
@@ -138,7 +138,7 @@ TEST_F(StatusBarTest, InANarrowWindowTextsComeFirst) {
 TEST_F(StatusBarTest, TheClockShowsTheTimeOfDay) {
     wchar_t now[80] = L"";
     const auto isNow = [&] {
-        GetTimeFormatEx(LOCALE_NAME_USER_DEFAULT, TIME_NOSECONDS, nullptr, nullptr, now, 80);
+        ::GetTimeFormatEx(LOCALE_NAME_USER_DEFAULT, TIME_NOSECONDS, nullptr, nullptr, now, 80);
         return shownText(4) == now;
     };
     EXPECT_TRUE(waitUntil(isNow));

@@ -33,7 +33,7 @@ protected:
     ~TabStripTest() override { form.destroy(); }
 
     static bool seen(const forms::Control& control) {
-        return IsWindowVisible(control.hwnd()) != FALSE;
+        return ::IsWindowVisible(control.hwnd()) != FALSE;
     }
 
     PlainForm form;
@@ -80,10 +80,10 @@ TEST_F(TabStripTest, ChoosingTheCurrentTabIsNoEvent) {
 
 TEST_F(TabStripTest, AMouseClickSwitches) {
     RECT rect{};
-    SendMessageW(tabs.hwnd(), TCM_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&rect));
+    ::SendMessageW(tabs.hwnd(), TCM_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&rect));
     const LPARAM at = MAKELPARAM((rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2);
-    SendMessageW(tabs.hwnd(), WM_LBUTTONDOWN, MK_LBUTTON, at);
-    SendMessageW(tabs.hwnd(), WM_LBUTTONUP, 0, at);
+    ::SendMessageW(tabs.hwnd(), WM_LBUTTONDOWN, MK_LBUTTON, at);
+    ::SendMessageW(tabs.hwnd(), WM_LBUTTONUP, 0, at);
     EXPECT_EQ(tabs.currentTab(), 1);
     EXPECT_TRUE(seen(apply));
     EXPECT_EQ(clicks, std::vector<int>{0});
@@ -133,27 +133,27 @@ TEST_F(TabStripTest, CaptionsCanChange) {
     item.mask = TCIF_TEXT;
     item.pszText = shown;
     item.cchTextMax = 100;
-    SendMessageW(tabs.hwnd(), TCM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    ::SendMessageW(tabs.hwnd(), TCM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item));
     EXPECT_STREQ(shown, L"Diagnostic Data");
 }
 
 TEST_F(TabStripTest, ControlsStandRelativeToTheStripAndMoveWithIt) {
     RECT strip{};
     RECT box{};
-    GetWindowRect(tabs.hwnd(), &strip);
-    GetWindowRect(text.hwnd(), &box);
+    ::GetWindowRect(tabs.hwnd(), &strip);
+    ::GetWindowRect(text.hwnd(), &box);
     EXPECT_EQ(box.left - strip.left, forms::toPixels(120_tw, form.dpi()).value);
     EXPECT_EQ(box.top - strip.top, forms::toPixels(600_tw, form.dpi()).value);
     tabs.setLeft(1500_tw);
     RECT moved{};
-    GetWindowRect(text.hwnd(), &moved);
+    ::GetWindowRect(text.hwnd(), &moved);
     EXPECT_GT(moved.left, box.left);
     EXPECT_DOUBLE_EQ(text.left().value, 120);
 }
 
 TEST_F(TabStripTest, ContainedControlsLieAboveTheirContainers) {
     std::vector<HWND> order;
-    for (HWND child = GetTopWindow(form.hwnd()); child; child = GetWindow(child, GW_HWNDNEXT)) {
+    for (HWND child = ::GetTopWindow(form.hwnd()); child; child = ::GetWindow(child, GW_HWNDNEXT)) {
         order.push_back(child);
     }
     const auto depth = [&](const forms::Control& control) {
@@ -171,24 +171,24 @@ TEST_F(TabStripTest, ControlsInAFrameOnATabAreSeen) {
     tabs.setTab(1);
     forms::doEvents();
     RECT rect{};
-    GetWindowRect(option.hwnd(), &rect);
-    MapWindowPoints(nullptr, form.hwnd(), reinterpret_cast<POINT*>(&rect), 2);
-    const HDC screen = GetDCEx(form.hwnd(), nullptr, DCX_CACHE);
+    ::GetWindowRect(option.hwnd(), &rect);
+    ::MapWindowPoints(nullptr, form.hwnd(), reinterpret_cast<POINT*>(&rect), 2);
+    const HDC screen = ::GetDCEx(form.hwnd(), nullptr, DCX_CACHE);
     int colours = 0;
     COLORREF last = CLR_INVALID;
     for (LONG x = rect.left; x < rect.right; ++x) {
-        const COLORREF pixel = GetPixel(screen, x, (rect.top + rect.bottom) / 2);
+        const COLORREF pixel = ::GetPixel(screen, x, (rect.top + rect.bottom) / 2);
         colours += pixel != last ? 1 : 0;
         last = pixel;
     }
-    ReleaseDC(form.hwnd(), screen);
+    ::ReleaseDC(form.hwnd(), screen);
     EXPECT_GT(colours, 10);
 }
 
 TEST_F(TabStripTest, AShorterCaptionLeavesNothingBesideTheTabs) {
     const auto rightOfTabs = [this] {
         RECT last{};
-        SendMessageW(tabs.hwnd(), TCM_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&last));
+        ::SendMessageW(tabs.hwnd(), TCM_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&last));
         return last;
     };
     tabs.setTabCaption(0, L"A very long caption that becomes a short one");
@@ -198,13 +198,13 @@ TEST_F(TabStripTest, AShorterCaptionLeavesNothingBesideTheTabs) {
     forms::doEvents();
     const RECT last = rightOfTabs();
     ASSERT_LT(last.right + 20, before);
-    const HDC screen = GetDC(tabs.hwnd());
+    const HDC screen = ::GetDC(tabs.hwnd());
     const LONG y = (last.top + last.bottom) / 2;
-    const COLORREF free = GetPixel(screen, before + 20, y);
+    const COLORREF free = ::GetPixel(screen, before + 20, y);
     for (LONG x = last.right + 4; x < before; ++x) {
-        ASSERT_EQ(GetPixel(screen, x, y), free) << x;
+        ASSERT_EQ(::GetPixel(screen, x, y), free) << x;
     }
-    ReleaseDC(tabs.hwnd(), screen);
+    ::ReleaseDC(tabs.hwnd(), screen);
 }
 
 TEST_F(TabStripTest, TabHeightIsThatOfTheRowOfTabs) {

@@ -38,13 +38,13 @@ protected:
     HTREEITEM itemOf(TreeNode& node) {
         tree.setSelected(&node);
         return reinterpret_cast<HTREEITEM>(
-            SendMessageW(tree.hwnd(), TVM_GETNEXTITEM, TVGN_CARET, 0));
+            ::SendMessageW(tree.hwnd(), TVM_GETNEXTITEM, TVGN_CARET, 0));
     }
 
     bool boxIsTicked(TreeNode& node) {
         const LRESULT state =
-            SendMessageW(tree.hwnd(), TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(itemOf(node)),
-                         TVIS_STATEIMAGEMASK);
+            ::SendMessageW(tree.hwnd(), TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(itemOf(node)),
+                           TVIS_STATEIMAGEMASK);
         return (state & TVIS_STATEIMAGEMASK) == INDEXTOSTATEIMAGEMASK(2);
     }
 
@@ -52,12 +52,12 @@ protected:
     POINT boxOf(TreeNode& node) {
         RECT rect{};
         *reinterpret_cast<HTREEITEM*>(&rect) = itemOf(node);
-        SendMessageW(tree.hwnd(), TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&rect));
+        ::SendMessageW(tree.hwnd(), TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&rect));
         const LONG y = (rect.top + rect.bottom) / 2;
         for (LONG x = rect.left; x >= 0; --x) {
             TVHITTESTINFO hit{};
             hit.pt = {x, y};
-            SendMessageW(tree.hwnd(), TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+            ::SendMessageW(tree.hwnd(), TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
             if (hit.flags & TVHT_ONITEMSTATEICON) return {x - 2, y};
         }
         ADD_FAILURE() << "the node has no check box";
@@ -69,14 +69,14 @@ protected:
     void clickBox(TreeNode& node) {
         const POINT at = boxOf(node);
         POINT screen = at;
-        ClientToScreen(tree.hwnd(), &screen);
+        ::ClientToScreen(tree.hwnd(), &screen);
         INPUT input[2] = {};
-        SetCursorPos(screen.x, screen.y);
+        ::SetCursorPos(screen.x, screen.y);
         input[0].type = INPUT_MOUSE;
         input[0].mi.dwFlags = MOUSEEVENTF_LEFTDOWN;
         input[1].type = INPUT_MOUSE;
         input[1].mi.dwFlags = MOUSEEVENTF_LEFTUP;
-        SendInput(2, input, sizeof(INPUT));
+        ::SendInput(2, input, sizeof(INPUT));
     }
 
     PlainForm form;
@@ -108,7 +108,7 @@ TEST_F(TreeViewTest, NodesHaveTheirFamily) {
 TEST_F(TreeViewTest, TheControlShowsTheNodesInTheirOrder) {
     fill();
     auto item =
-        reinterpret_cast<HTREEITEM>(SendMessageW(tree.hwnd(), TVM_GETNEXTITEM, TVGN_ROOT, 0));
+        reinterpret_cast<HTREEITEM>(::SendMessageW(tree.hwnd(), TVM_GETNEXTITEM, TVGN_ROOT, 0));
     std::wstring texts;
     while (item) {
         wchar_t text[100] = L"";
@@ -117,9 +117,9 @@ TEST_F(TreeViewTest, TheControlShowsTheNodesInTheirOrder) {
         info.hItem = item;
         info.pszText = text;
         info.cchTextMax = 100;
-        SendMessageW(tree.hwnd(), TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&info));
+        ::SendMessageW(tree.hwnd(), TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&info));
         texts += std::wstring(text) + L"|";
-        item = reinterpret_cast<HTREEITEM>(SendMessageW(
+        item = reinterpret_cast<HTREEITEM>(::SendMessageW(
             tree.hwnd(), TVM_GETNEXTITEM, TVGN_NEXTVISIBLE, reinterpret_cast<LPARAM>(item)));
     }
     EXPECT_EQ(texts, L"a Component|Item:0 text|Item:1 text|Item:2 text|b Component|");
@@ -242,14 +242,14 @@ TEST_F(TreeViewTest, AReportedChangeIsTakenOnceToo) {
     item.hItem = itemOf(node);
     item.state = INDEXTOSTATEIMAGEMASK(2);
     item.stateMask = TVIS_STATEIMAGEMASK;
-    SendMessageW(tree.hwnd(), TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    ::SendMessageW(tree.hwnd(), TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
     NMTVITEMCHANGE change{};
     change.hdr = {tree.hwnd(), 0, TVN_ITEMCHANGEDW};
     change.hItem = item.hItem;
     change.uStateOld = INDEXTOSTATEIMAGEMASK(1);
     change.uStateNew = INDEXTOSTATEIMAGEMASK(2);
-    SendMessageW(form.hwnd(), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&change));
-    SendMessageW(form.hwnd(), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&change));
+    ::SendMessageW(form.hwnd(), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&change));
+    ::SendMessageW(form.hwnd(), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&change));
     forms::doEvents();
     EXPECT_EQ(checks, std::vector<std::wstring>{L"Item:2 on"});
 }
@@ -278,11 +278,11 @@ TEST_F(TreeViewTest, ExpansionAndBoldFollowTheControl) {
     EXPECT_FALSE(b.expanded());
     b.setExpanded(true);
     EXPECT_TRUE(b.expanded());
-    SendMessageW(tree.hwnd(), TVM_EXPAND, TVE_COLLAPSE, reinterpret_cast<LPARAM>(itemOf(b)));
+    ::SendMessageW(tree.hwnd(), TVM_EXPAND, TVE_COLLAPSE, reinterpret_cast<LPARAM>(itemOf(b)));
     EXPECT_FALSE(b.expanded());
     b.setBold(true);
-    EXPECT_NE(SendMessageW(tree.hwnd(), TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(itemOf(b)),
-                           TVIS_BOLD) &
+    EXPECT_NE(::SendMessageW(tree.hwnd(), TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(itemOf(b)),
+                             TVIS_BOLD) &
                   TVIS_BOLD,
               0);
 }
@@ -300,7 +300,7 @@ TEST_F(TreeViewTest, ClearMakesRoomForTheSameKeys) {
     tree.clear();
     EXPECT_EQ(tree.nodeCount(), 0);
     EXPECT_EQ(tree.firstRoot(), nullptr);
-    EXPECT_EQ(SendMessageW(tree.hwnd(), TVM_GETCOUNT, 0, 0), 0);
+    EXPECT_EQ(::SendMessageW(tree.hwnd(), TVM_GETCOUNT, 0, 0), 0);
     fill();
     EXPECT_EQ(tree.nodeCount(), 6);
 }
@@ -309,7 +309,7 @@ TEST_F(TreeViewTest, ATickWhoseNodeIsGoneIsForgotten) {
     fill();
     tree.setFocus();
     tree.setSelected(&tree.node(L"c-a"));
-    SendMessageW(tree.hwnd(), WM_KEYDOWN, VK_SPACE, 1);
+    ::SendMessageW(tree.hwnd(), WM_KEYDOWN, VK_SPACE, 1);
     tree.clear();
     forms::doEvents();
     EXPECT_TRUE(checks.empty());
@@ -342,7 +342,8 @@ TEST_F(TreeViewTest, EnsureVisibleScrollsAndOpens) {
     EXPECT_TRUE(root.expanded());
     RECT rect{};
     *reinterpret_cast<HTREEITEM*>(&rect) = itemOf(last);
-    EXPECT_TRUE(SendMessageW(tree.hwnd(), TVM_GETITEMRECT, FALSE, reinterpret_cast<LPARAM>(&rect)));
+    EXPECT_TRUE(
+        ::SendMessageW(tree.hwnd(), TVM_GETITEMRECT, FALSE, reinterpret_cast<LPARAM>(&rect)));
 }
 
 TEST_F(TreeViewTest, AnUpdateOfAHiddenTreeLeavesItHidden) {
@@ -351,18 +352,18 @@ TEST_F(TreeViewTest, AnUpdateOfAHiddenTreeLeavesItHidden) {
         const forms::TreeUpdate update(tree);
         fill();
     }
-    EXPECT_FALSE(IsWindowVisible(tree.hwnd()));
+    EXPECT_FALSE(::IsWindowVisible(tree.hwnd()));
     tree.setVisible(true);
-    EXPECT_TRUE(IsWindowVisible(tree.hwnd()));
+    EXPECT_TRUE(::IsWindowVisible(tree.hwnd()));
 }
 
 TEST_F(TreeViewTest, AnotherDensityBringsBiggerBoxes) {
     fill();
     const RECT suggested{0, 0, 800, 600};
-    SendMessageW(form.hwnd(), WM_DPICHANGED, MAKEWPARAM(192, 192),
-                 reinterpret_cast<LPARAM>(&suggested));
+    ::SendMessageW(form.hwnd(), WM_DPICHANGED, MAKEWPARAM(192, 192),
+                   reinterpret_cast<LPARAM>(&suggested));
     const auto images =
-        reinterpret_cast<HIMAGELIST>(SendMessageW(tree.hwnd(), TVM_GETIMAGELIST, TVSIL_STATE, 0));
+        reinterpret_cast<HIMAGELIST>(::SendMessageW(tree.hwnd(), TVM_GETIMAGELIST, TVSIL_STATE, 0));
     int width = 0;
     int height = 0;
     ImageList_GetIconSize(images, &width, &height);
@@ -406,7 +407,7 @@ TEST_F(TreeViewTest, TenThousandNodes) {
     start = Clock::now();
     tree.clear();
     RecordProperty("clear_ms", milliseconds(start));
-    EXPECT_EQ(SendMessageW(tree.hwnd(), TVM_GETCOUNT, 0, 0), 0);
+    EXPECT_EQ(::SendMessageW(tree.hwnd(), TVM_GETCOUNT, 0, 0), 0);
 }
 
 }  // namespace

@@ -91,13 +91,13 @@ TEST_F(WindowTest, AWindowThatFailsToPaintIsNotAskedForEver) {
     OwnWindow window;
     window.create();
     window.failsToPaint = true;
-    ShowWindow(window.hwnd(), SW_SHOW);
-    UpdateWindow(window.hwnd());
+    ::ShowWindow(window.hwnd(), SW_SHOW);
+    ::UpdateWindow(window.hwnd());
     forms::doEvents();
     forms::doEvents();
     EXPECT_GE(window.paints, 1);
     EXPECT_LE(window.paints, 3);
-    EXPECT_FALSE(GetUpdateRect(window.hwnd(), nullptr, FALSE));
+    EXPECT_FALSE(::GetUpdateRect(window.hwnd(), nullptr, FALSE));
 }
 
 TEST_F(WindowTest, AFailingErrorHandlerIsContainedToo) {
@@ -112,7 +112,7 @@ TEST_F(WindowTest, ForgetsTheHandleWhenTheWindowIsDestroyed) {
     OwnWindow window;
     window.create();
     const HWND handle = window.hwnd();
-    DestroyWindow(handle);
+    ::DestroyWindow(handle);
     EXPECT_FALSE(window.isCreated());
     EXPECT_EQ(forms::Window::from(handle), nullptr);
     window.create();
@@ -127,9 +127,9 @@ TEST_F(WindowTest, DestroysItsWindowWithItself) {
         StandardWindow edit;
         edit.create(L"EDIT", parent);
         handle = edit.hwnd();
-        EXPECT_TRUE(IsWindow(handle));
+        EXPECT_TRUE(::IsWindow(handle));
     }
-    EXPECT_FALSE(IsWindow(handle));
+    EXPECT_FALSE(::IsWindow(handle));
 }
 
 TEST_F(WindowTest, RefusesAnUnknownClassWithTheSystemsError) {
@@ -146,7 +146,7 @@ TEST_F(WindowTest, ReadsTextOfAnyLength) {
     StandardWindow edit;
     edit.create(L"EDIT", parent);
     const std::wstring text(100000, L'\x00E4');
-    SetWindowTextW(edit.hwnd(), text.c_str());
+    ::SetWindowTextW(edit.hwnd(), text.c_str());
     EXPECT_EQ(forms::windowText(edit.hwnd()), text);
 }
 

@@ -21,7 +21,7 @@ TEST(GridPaint, AsksOnlyForWhatIsOnView) {
     window.grid.setFirstRow(700'000);
     window.source.resetCounts();
     std::int64_t painted =
-        window.cellsPaintedBy([&] { InvalidateRect(window.grid.hwnd(), nullptr, FALSE); });
+        window.cellsPaintedBy([&] { ::InvalidateRect(window.grid.hwnd(), nullptr, FALSE); });
     EXPECT_EQ(painted, rowsOnView(window) * kColumns);
     EXPECT_EQ(window.source.asked(), painted);
     EXPECT_EQ(window.source.firstAsked(), 700'000);
@@ -34,7 +34,7 @@ TEST(GridPaint, TheRowCountDoesNotMatter) {
     for (int i = 0; i < 2; ++i) {
         GridWindow window(rows[i]);
         window.source.resetCounts();
-        InvalidateRect(window.grid.hwnd(), nullptr, FALSE);
+        ::InvalidateRect(window.grid.hwnd(), nullptr, FALSE);
         window.pump();
         costs[i] = window.source.asked();
     }
@@ -43,7 +43,7 @@ TEST(GridPaint, TheRowCountDoesNotMatter) {
 
 TEST(GridPaint, TellsHowManyRowsItShowed) {
     GridWindow window(0);
-    auto painted = [&] { return SendMessageW(window.grid.hwnd(), GM_GETPAINTEDROWS, 0, 0); };
+    auto painted = [&] { return ::SendMessageW(window.grid.hwnd(), GM_GETPAINTEDROWS, 0, 0); };
     EXPECT_EQ(painted(), 0);
     window.source.setRowCount(3);
     window.grid.rowCountChanged();
@@ -58,9 +58,10 @@ TEST(GridPaint, TellsHowManyRowsItShowed) {
 
 TEST(GridPaint, TheBackgroundIsNeverErased) {
     GridWindow window(10);
-    HDC dc = GetDC(window.grid.hwnd());
-    EXPECT_EQ(SendMessageW(window.grid.hwnd(), WM_ERASEBKGND, reinterpret_cast<WPARAM>(dc), 0), 1);
-    ReleaseDC(window.grid.hwnd(), dc);
+    HDC dc = ::GetDC(window.grid.hwnd());
+    EXPECT_EQ(::SendMessageW(window.grid.hwnd(), WM_ERASEBKGND, reinterpret_cast<WPARAM>(dc), 0),
+              1);
+    ::ReleaseDC(window.grid.hwnd(), dc);
 }
 
 TEST(GridPaint, AnArrowKeyPaintsTwoRows) {
@@ -109,7 +110,7 @@ TEST(GridPaint, TheScrollBarFollowsTheRowCount) {
     window.source.setRowCount(2);
     window.grid.rowCountChanged();
     EXPECT_TRUE(window.waitFor(
-        [&] { return (GetWindowLongPtrW(window.grid.hwnd(), GWL_STYLE) & WS_VSCROLL) == 0; }));
+        [&] { return (::GetWindowLongPtrW(window.grid.hwnd(), GWL_STYLE) & WS_VSCROLL) == 0; }));
     EXPECT_TRUE(window.looksAsPaintedAnew());
 }
 
@@ -144,13 +145,13 @@ TEST(GridPaint, TheCurrentRowIsSeenWithAndWithoutFocus) {
     window.click(window.middleOf({4, TraceSource::kTrace}));
     COLORREF focused = backgroundOf(window, 4);
     COLORREF other = backgroundOf(window, 5);
-    SetFocus(window.host.hwnd());
+    ::SetFocus(window.host.hwnd());
     window.pump();
     COLORREF unfocused = backgroundOf(window, 4);
     EXPECT_NE(focused, other);
     EXPECT_NE(unfocused, other);
     EXPECT_NE(unfocused, focused);
-    EXPECT_EQ(other, GetSysColor(COLOR_WINDOW));
+    EXPECT_EQ(other, ::GetSysColor(COLOR_WINDOW));
 }
 
 TEST(GridPaint, TheRecordSelectorMarksTheCurrentRowOnly) {
@@ -173,7 +174,8 @@ int ink(const GridWindow& window, Cell cell, bool lowerHalf) {
     int middle = (rect.top + rect.bottom) / 2;
     Rect half{rect.left + 2, lowerHalf ? middle : rect.top + 2, rect.right - 3,
               lowerHalf ? rect.bottom - 3 : middle};
-    int background = Snapshot::ofClient(window.grid.hwnd()).count(half, GetSysColor(COLOR_WINDOW));
+    int background =
+        Snapshot::ofClient(window.grid.hwnd()).count(half, ::GetSysColor(COLOR_WINDOW));
     return half.width() * half.height() - background;
 }
 
@@ -230,17 +232,17 @@ TEST(GridPaint, PrintsIntoAnotherContext) {
     GridWindow window(100);
     Snapshot screen = Snapshot::ofClient(window.grid.hwnd());
     std::int64_t painted = window.cellsPaintedBy([&] {
-        HDC dc = GetDC(window.grid.hwnd());
-        HDC memory = CreateCompatibleDC(dc);
-        HBITMAP bitmap = CreateCompatibleBitmap(dc, screen.width(), screen.height());
-        HGDIOBJ original = SelectObject(memory, bitmap);
-        SendMessageW(window.grid.hwnd(), WM_PRINTCLIENT, reinterpret_cast<WPARAM>(memory),
-                     PRF_CLIENT);
-        BitBlt(dc, 0, 0, screen.width(), screen.height(), memory, 0, 0, SRCCOPY);
-        SelectObject(memory, original);
-        DeleteObject(bitmap);
-        DeleteDC(memory);
-        ReleaseDC(window.grid.hwnd(), dc);
+        HDC dc = ::GetDC(window.grid.hwnd());
+        HDC memory = ::CreateCompatibleDC(dc);
+        HBITMAP bitmap = ::CreateCompatibleBitmap(dc, screen.width(), screen.height());
+        HGDIOBJ original = ::SelectObject(memory, bitmap);
+        ::SendMessageW(window.grid.hwnd(), WM_PRINTCLIENT, reinterpret_cast<WPARAM>(memory),
+                       PRF_CLIENT);
+        ::BitBlt(dc, 0, 0, screen.width(), screen.height(), memory, 0, 0, SRCCOPY);
+        ::SelectObject(memory, original);
+        ::DeleteObject(bitmap);
+        ::DeleteDC(memory);
+        ::ReleaseDC(window.grid.hwnd(), dc);
     });
     EXPECT_EQ(painted, rowsOnView(window) * kColumns);
     EXPECT_EQ(screen.differences(Snapshot::ofClient(window.grid.hwnd())), 0);
@@ -250,9 +252,7 @@ class FailingSource : public TraceSource {
 public:
     using TraceSource::TraceSource;
     void cellText(std::int64_t row, int column, std::wstring& text) const override {
-        if (fails) {
-            throw std::runtime_error("the file is gone");
-        }
+        if (fails) throw std::runtime_error("the file is gone");
         TraceSource::cellText(row, column, text);
     }
     bool fails = true;

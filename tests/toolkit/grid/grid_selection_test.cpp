@@ -156,9 +156,7 @@ TEST_F(GridSelection, TheWindowAnswersWhileRowsAreCopied) {
                                                60000, nullptr) != 0;
             });
         }
-        if (!meanwhile) {
-            Sleep(1);
-        }
+        if (!meanwhile) Sleep(1);
     };
     const std::wstring text = copied();
     window.source.onAsked = nullptr;

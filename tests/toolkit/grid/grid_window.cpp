@@ -65,9 +65,7 @@ bool GridWindow::waitFor(const std::function<bool()>& condition) {
     const DWORD start = GetTickCount();
     pump();
     while (!condition()) {
-        if (GetTickCount() - start > 60000) {
-            return false;
-        }
+        if (GetTickCount() - start > 60000) return false;
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
         pump();
     }

@@ -19,9 +19,9 @@ public:
 private:
     void set(BYTE value) const {
         BYTE keys[256] = {};
-        GetKeyboardState(keys);
+        ::GetKeyboardState(keys);
         keys[key_] = value;
-        SetKeyboardState(keys);
+        ::SetKeyboardState(keys);
     }
     int key_;
 };

@@ -66,9 +66,7 @@ int Snapshot::differences(const Snapshot& other) const {
 }
 
 int Snapshot::differences(const Snapshot& other, const Rect& part) const {
-    if (other.width_ != width_ || other.height_ != height_) {
-        return width_ * height_;
-    }
+    if (other.width_ != width_ || other.height_ != height_) return width_ * height_;
     int count = 0;
     for (int y = part.top; y < part.bottom; ++y) {
         const auto first = static_cast<std::size_t>(y * width_ + part.left);
@@ -106,9 +104,7 @@ bool Snapshot::save(const std::wstring& path) const {
     file.bfSize = file.bfOffBits + static_cast<DWORD>(pixels_.size() * sizeof pixels_[0]);
     BITMAPINFOHEADER header = headerOf(width_, height_);
     HANDLE out = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-    if (out == INVALID_HANDLE_VALUE) {
-        return false;
-    }
+    if (out == INVALID_HANDLE_VALUE) return false;
     DWORD written = 0;
     bool ok = WriteFile(out, &file, sizeof file, &written, nullptr) &&
               WriteFile(out, &header, sizeof header, &written, nullptr) &&

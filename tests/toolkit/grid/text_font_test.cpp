@@ -10,13 +10,13 @@ namespace {
 // What Windows itself says, for comparison with the remembered widths.
 class SystemMeasure {
 public:
-    explicit SystemMeasure(const TextFont& font) : dc_(CreateCompatibleDC(nullptr)) {
-        SelectObject(dc_, font.handle());
+    explicit SystemMeasure(const TextFont& font) : dc_(::CreateCompatibleDC(nullptr)) {
+        ::SelectObject(dc_, font.handle());
     }
-    ~SystemMeasure() { DeleteDC(dc_); }
+    ~SystemMeasure() { ::DeleteDC(dc_); }
     int width(const std::wstring& text) const {
         SIZE size{};
-        GetTextExtentPoint32W(dc_, text.data(), static_cast<int>(text.size()), &size);
+        ::GetTextExtentPoint32W(dc_, text.data(), static_cast<int>(text.size()), &size);
         return static_cast<int>(size.cx);
     }
 

@@ -32,14 +32,10 @@ public:
 
     void cellText(std::int64_t row, int column, std::wstring& text) const override {
         ++asked_;
-        if (onAsked) {
-            onAsked();
-        }
+        if (onAsked) onAsked();
         firstAsked_ = firstAsked_ < 0 ? row : std::min(firstAsked_, row);
         lastAsked_ = std::max(lastAsked_, row);
-        if (row >= rows_) {
-            return;
-        }
+        if (row >= rows_) return;
         for (const auto& [cell, special] : specials_) {
             if (cell == std::pair(row, column)) {
                 text = special;
@@ -51,9 +47,7 @@ public:
 
     std::int64_t currentRow() const override { return current_; }
     void setCurrentRow(std::int64_t row) override {
-        if (!refuses) {
-            current_ = row;
-        }
+        if (!refuses) current_ = row;
     }
 
     // What the owner of a source does.

@@ -32,9 +32,7 @@ int ColumnLayout::right(int column) const {
 
 int ColumnLayout::at(int x) const {
     for (int column = 0; column < count(); ++column) {
-        if (x >= left(column) && x < right(column)) {
-            return column;
-        }
+        if (x >= left(column) && x < right(column)) return column;
     }
     return kNoColumn;
 }
@@ -66,18 +64,14 @@ int ColumnLayout::place(int column) const {
 int ColumnLayout::placeAt(int x) const {
     for (int place = 0; place < count(); ++place) {
         int column = columnAtPlace(place);
-        if (visible(column) && x < (left(column) + right(column)) / 2) {
-            return place;
-        }
+        if (visible(column) && x < (left(column) + right(column)) / 2) return place;
     }
     return count();
 }
 
 int ColumnLayout::visibleFrom(int place, int step) const {
     for (; place >= 0 && place < count(); place += step) {
-        if (visible(columnAtPlace(place))) {
-            return columnAtPlace(place);
-        }
+        if (visible(columnAtPlace(place))) return columnAtPlace(place);
     }
     return kNoColumn;
 }

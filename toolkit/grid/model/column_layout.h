@@ -19,40 +19,40 @@ class ColumnLayout {
 public:
     int count() const { return static_cast<int>(columns_.size()); }
 
-    // Makes `count` visible columns of `width` pixels, forgetting the former ones.
+    /// Makes `count` visible columns of `width` pixels, forgetting the former ones.
     void resize(int count, int width);
 
-    // Requires: 0 <= column < count(). Negative widths count as 0.
+    /// Requires: 0 <= column < count(). Negative widths count as 0.
     void setWidth(int column, int width);
     void setVisible(int column, bool visible);
 
-    // Requires: 0 <= place < count(). The columns between close up.
+    /// Requires: 0 <= place < count(). The columns between close up.
     void move(int column, int place);
     int place(int column) const;
     int columnAtPlace(int place) const { return order_[index(place)]; }
 
-    // The width the column has while it is visible.
+    /// The width the column has while it is visible.
     int width(int column) const { return columns_[index(column)].width; }
     bool visible(int column) const { return columns_[index(column)].visible; }
 
-    // A hidden column has its left edge as its right edge.
+    /// A hidden column has its left edge as its right edge.
     int left(int column) const { return columns_[index(column)].left; }
     int right(int column) const;
     int totalWidth() const { return totalWidth_; }
 
-    // The visible column under `x`, or kNoColumn.
+    /// The visible column under `x`, or kNoColumn.
     int at(int x) const;
 
-    // The column whose right border lies within `reach` pixels of `x`, or kNoColumn. Of two such
-    // borders the nearer wins; of two at one place the rightmost column, so that a column pulled
-    // to width 0 can be opened again.
+    /// The column whose right border lies within `reach` pixels of `x`, or kNoColumn. Of two such
+    /// borders the nearer wins; of two at one place the rightmost column, so that a column pulled
+    /// to width 0 can be opened again.
     int borderAt(int x, int reach) const;
 
-    // The place that a column dropped at `x` takes, from 0 to count(), before it is taken out of
-    // its old one: in front of the first visible column whose middle lies beyond.
+    /// The place that a column dropped at `x` takes, from 0 to count(), before it is taken out of
+    /// its old one: in front of the first visible column whose middle lies beyond.
     int placeAt(int x) const;
 
-    // The next visible column in a direction (+1 or -1), not `from` itself; kNoColumn at the end.
+    /// The next visible column in a direction (+1 or -1), not `from` itself; kNoColumn at the end.
     int next(int from, int step) const { return visibleFrom(place(from) + step, step); }
     int firstVisible() const { return visibleFrom(0, 1); }
     int lastVisible() const { return visibleFrom(count() - 1, -1); }

@@ -17,14 +17,14 @@ namespace grid {
 
 class ContentWidth {
 public:
-    // `most` elements of a text are looked at: beyond them it is wider than any column.
+    /// `most` elements of a text are looked at: beyond them it is wider than any column.
     explicit ContentWidth(TextMeasure& measure, std::size_t most = 1024)
         : measure_(measure), most_(most) {}
 
-    // A cell's text as its source gives it. With kept line breaks the longest line counts.
+    /// A cell's text as its source gives it. With kept line breaks the longest line counts.
     void add(std::wstring_view text, LineBreaks breaks);
 
-    // Something else that must fit, such as a heading with its picture.
+    /// Something else that must fit, such as a heading with its picture.
     void addPixels(int width) { widest_ = std::max(widest_, width); }
 
     int widest() const { return widest_; }

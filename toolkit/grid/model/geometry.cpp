@@ -35,8 +35,8 @@ void Geometry::layOutGroupArea() {
 
 void Geometry::setRowCount(RowIndex count) {
     // Beyond this the position in pixels would not fit in 64 bits.
-    constexpr RowIndex kMostRows = RowIndex{1} << 46;
-    rowCount_ = std::clamp<RowIndex>(count, 0, kMostRows);
+    constexpr RowIndex kMaxRows = RowIndex{1} << 46;
+    rowCount_ = std::clamp<RowIndex>(count, 0, kMaxRows);
     clamp();
 }
 
@@ -109,9 +109,7 @@ Rect Geometry::selectorRect(RowIndex row) const {
 }
 
 Hit Geometry::hitTest(Point point) const {
-    if (point.x < 0 || point.y < 0 || point.x >= viewWidth_ || point.y >= viewHeight_) {
-        return {};
-    }
+    if (point.x < 0 || point.y < 0 || point.x >= viewWidth_ || point.y >= viewHeight_) return {};
     if (point.y < headingTop()) {
         const int level = groupArea_.levelAt(point);
         return {level == kNoLevel ? Area::groupArea : Area::groupChip, {}, level};
@@ -124,19 +122,13 @@ Hit Geometry::hitTest(Point point) const {
         if (border != kNoColumn && x >= scrollX_ - (inSelectors ? measures_.borderReach : 0)) {
             return {Area::headingBorder, {kNoRow, border}};
         }
-        if (inSelectors) {
-            return {Area::corner, {}};
-        }
+        if (inSelectors) return {Area::corner, {}};
         int column = columns_.at(x);
         return column == kNoColumn ? Hit{} : Hit{Area::heading, {kNoRow, column}};
     }
     RowIndex row = (scrollY_ + point.y - dataTop()) / measures_.rowHeight;
-    if (row >= rowCount_) {
-        return {};
-    }
-    if (inSelectors) {
-        return {Area::selector, {row, kNoColumn}};
-    }
+    if (row >= rowCount_) return {};
+    if (inSelectors) return {Area::selector, {row, kNoColumn}};
     int column = columns_.at(x);
     return column == kNoColumn ? Hit{} : Hit{Area::cell, {row, column}};
 }
@@ -170,17 +162,13 @@ bool Geometry::scrollToRow(RowIndex topRow) {
 }
 
 bool Geometry::scrollRowIntoView(RowIndex row) {
-    if (row < 0 || row >= rowCount_ || fullyVisible(row)) {
-        return false;
-    }
+    if (row < 0 || row >= rowCount_ || fullyVisible(row)) return false;
     bool above = row * measures_.rowHeight < scrollY_;
     return scrollToRow(above ? row : row - rowsOnAPage() + 1);
 }
 
 bool Geometry::scrollColumnIntoView(int column) {
-    if (column < 0 || column >= columns_.count() || !columns_.visible(column)) {
-        return false;
-    }
+    if (column < 0 || column >= columns_.count() || !columns_.visible(column)) return false;
     int left = columns_.left(column);
     int right = columns_.right(column);
     if (left < scrollX_ || right - left >= dataWidth()) {

@@ -18,14 +18,14 @@
 
 namespace grid {
 
-// The fixed measures, which follow font and DPI.
+/// The fixed measures, which follow font and DPI.
 struct Measures {
     int headingHeight = 0;
-    int selectorWidth = 0;    // The column of record selectors at the left; 0 for none.
-    int rowHeight = 1;        // At least 1.
-    int borderReach = 4;      // How far from a heading's border the mouse still takes hold of it.
-    int groupAreaHeight = 0;  // The strip above the headings; 0 for none.
-    int groupAreaGap = 0;     // Around the chips in it.
+    int selectorWidth = 0;    ///< The column of record selectors at the left; 0 for none.
+    int rowHeight = 1;        ///< At least 1.
+    int borderReach = 4;      ///< How far from a heading's border the mouse still takes hold of it.
+    int groupAreaHeight = 0;  ///< The strip above the headings; 0 for none.
+    int groupAreaGap = 0;     ///< Around the chips in it.
 
     friend bool operator==(const Measures&, const Measures&) = default;
 };
@@ -49,7 +49,7 @@ struct Hit {
 
 class Geometry {
 public:
-    // Setters keep the top row where they can and clamp the scroll position.
+    /// Setters keep the top row where they can and clamp the scroll position.
     void setView(int width, int height);
     void setMeasures(const Measures& measures);
     void setRowCount(RowIndex count);
@@ -57,7 +57,7 @@ public:
     void setColumnVisible(int column, bool visible);
     void resetColumns(int count, int width);
     void moveColumn(int column, int place) { columns_.move(column, place); }
-    // Widths of the chips in the group area, one for each level.
+    /// Widths of the chips in the group area, one for each level.
     void setGroupChips(std::vector<int> widths);
 
     const Measures& measures() const { return measures_; }
@@ -67,27 +67,27 @@ public:
     int viewWidth() const { return viewWidth_; }
     int viewHeight() const { return viewHeight_; }
 
-    // The area that the cells scroll in.
+    /// The area that the cells scroll in.
     Rect dataArea() const;
-    // The strip of the headings, right of the corner.
+    /// The strip of the headings, right of the corner.
     Rect headingArea() const;
 
-    // The rows that show at least one pixel are firstRow() to endRow(), the latter excluded.
+    /// The rows that show at least one pixel are firstRow() to endRow(), the latter excluded.
     RowIndex firstRow() const;
     RowIndex endRow() const;
-    // How many rows fit completely, at least 1.
+    /// How many rows fit completely, at least 1.
     RowIndex rowsOnAPage() const;
     bool fullyVisible(RowIndex row) const;
 
-    // May lie outside the view, and under the headings where a row or column is cut off.
-    // Requires for rows: a row within a few pages of the view.
+    /// May lie outside the view, and under the headings where a row or column is cut off.
+    /// Requires for rows: a row within a few pages of the view.
     Rect cellRect(Cell cell) const;
-    Rect rowRect(RowIndex row) const;  // From the selector to the view's right edge.
+    Rect rowRect(RowIndex row) const;  ///< From the selector to the view's right edge.
     Rect headingRect(int column) const;
     Rect selectorRect(RowIndex row) const;
 
     Hit hitTest(Point point) const;
-    // The place among the columns that a heading dropped at `x` takes.
+    /// The place among the columns that a heading dropped at `x` takes.
     int columnPlaceAt(int x) const;
 
     RowIndex scrollY() const { return scrollY_; }
@@ -95,7 +95,7 @@ public:
     RowIndex maximumScrollY() const;
     int maximumScrollX() const;
 
-    // Each returns whether the position changed; positions are clamped.
+    /// Each returns whether the position changed; positions are clamped.
     bool scrollToY(RowIndex pixels);
     bool scrollToX(int pixels);
     bool scrollToRow(RowIndex topRow);

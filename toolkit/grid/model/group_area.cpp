@@ -29,9 +29,7 @@ int GroupArea::insertionAt(int x) const {
 
 Rect GroupArea::insertionMark(int level, int thickness) const {
     int left = strip_.left;
-    if (level > 0 && level <= levelCount()) {
-        left = chip(level - 1).right;
-    }
+    if (level > 0 && level <= levelCount()) left = chip(level - 1).right;
     left += (gap_ - thickness) / 2;
     return {left, strip_.top + gap_ / 2, left + thickness, strip_.bottom - gap_ / 2};
 }

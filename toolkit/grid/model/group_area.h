@@ -18,18 +18,18 @@ inline constexpr int kNoLevel = -1;
 
 class GroupArea {
 public:
-    // One chip, a small heading, for each level, from left to right, `gap` around each.
+    /// One chip, a small heading, for each level, from left to right, `gap` around each.
     void layOut(const Rect& strip, const std::vector<int>& chipWidths, int gap);
 
     const Rect& strip() const { return strip_; }
     int levelCount() const { return static_cast<int>(chips_.size()); }
     const Rect& chip(int level) const { return chips_[static_cast<std::size_t>(level)]; }
 
-    // The level whose chip is under the point, or kNoLevel.
+    /// The level whose chip is under the point, or kNoLevel.
     int levelAt(Point point) const;
-    // The level that a heading dropped at `x` takes, from 0 to levelCount().
+    /// The level that a heading dropped at `x` takes, from 0 to levelCount().
     int insertionAt(int x) const;
-    // Where the mark stands that shows this.
+    /// Where the mark stands that shows this.
     Rect insertionMark(int level, int thickness) const;
 
 private:

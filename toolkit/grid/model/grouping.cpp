@@ -101,22 +101,16 @@ std::vector<Grouping::Visible>::const_iterator Grouping::visibleAt(RowIndex view
 }
 
 Grouping::Place Grouping::at(RowIndex view) const {
-    if (!active()) {
-        return {view, kNoGroup};
-    }
+    if (!active()) return {view, kNoGroup};
     const Visible& shown = *visibleAt(view);
-    if (shown.view == view) {
-        return {kNoRow, shown.group};
-    }
+    if (shown.view == view) return {kNoRow, shown.group};
     const auto place =
         group(shown.group).firstPlace + static_cast<std::size_t>(view - shown.view - 1);
     return {order_[place], kNoGroup};
 }
 
 int Grouping::groupOf(RowIndex row) const {
-    if (!active() || row < 0 || row >= rowCount()) {
-        return kNoGroup;
-    }
+    if (!active() || row < 0 || row >= rowCount()) return kNoGroup;
     const std::uint32_t place = placeOf_[static_cast<std::size_t>(row)];
     // Of all groups that begin at or before the place the last one holds rows, the row among them:
     // groups begin with their first rows, and parents come before their children.
@@ -127,20 +121,14 @@ int Grouping::groupOf(RowIndex row) const {
 }
 
 RowIndex Grouping::viewOf(RowIndex row) const {
-    if (!active()) {
-        return row;
-    }
+    if (!active()) return row;
     const int innermost = groupOf(row);
-    if (innermost == kNoGroup) {
-        return kNoRow;
-    }
+    if (innermost == kNoGroup) return kNoRow;
     int folded = kNoGroup;
     for (int around = innermost; around != kNoGroup; around = group(around).parent) {
         folded = group(around).unfolded ? folded : around;
     }
-    if (folded != kNoGroup) {
-        return viewOfGroup(folded);
-    }
+    if (folded != kNoGroup) return viewOfGroup(folded);
     return viewOfGroup(innermost) + 1 + placeOf_[static_cast<std::size_t>(row)] -
            group(innermost).firstPlace;
 }
@@ -173,9 +161,7 @@ bool Grouping::reveal(RowIndex row) {
         changed = changed || !unfolded;
         unfolded = true;
     }
-    if (changed) {
-        layOut();
-    }
+    if (changed) layOut();
     return changed;
 }
 

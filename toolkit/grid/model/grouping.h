@@ -22,35 +22,35 @@ inline constexpr int kNoGroup = -1;
 
 class Grouping {
 public:
-    // One column to group by.
+    /// One column to group by.
     struct Level {
-        // For each row a number; rows with equal ones form a group.
+        /// For each row a number; rows with equal ones form a group.
         std::vector<std::uint32_t> ranks;
-        // Whether the greatest rank comes first.
+        /// Whether the greatest rank comes first.
         bool descending = false;
     };
 
-    // Groups stand in the order of a walk through the tree, parents before children.
+    /// Groups stand in the order of a walk through the tree, parents before children.
     struct Group {
-        std::uint32_t firstPlace = 0;  // Of its rows in the order of all groups.
-        std::uint32_t rowCount = 0;    // Those of the groups within included.
-        int level = 0;                 // 0 for the outermost.
+        std::uint32_t firstPlace = 0;  ///< Of its rows in the order of all groups.
+        std::uint32_t rowCount = 0;    ///< Those of the groups within included.
+        int level = 0;                 ///< 0 for the outermost.
         int parent = kNoGroup;
-        int end = 0;  // The next group that is not within this one.
+        int end = 0;  ///< The next group that is not within this one.
         bool unfolded = false;
     };
 
-    // What stands in a row of the view: a row of the source, or a group's own row.
+    /// What stands in a row of the view: a row of the source, or a group's own row.
     struct Place {
         RowIndex row = kNoRow;
-        int group = kNoGroup;  // Of a group's own row.
+        int group = kNoGroup;  ///< Of a group's own row.
     };
 
-    // Without groups: every row in view as it is.
+    /// Without groups: every row in view as it is.
     Grouping() = default;
 
-    // All groups folded; within a group the rows keep their order. Every level must hold ranks for
-    // `rowCount` rows, which must be less than 2^32.
+    /// All groups folded; within a group the rows keep their order. Every level must hold ranks for
+    /// `rowCount` rows, which must be less than 2^32.
     Grouping(RowIndex rowCount, const std::vector<Level>& levels);
 
     bool active() const { return levelCount_ > 0; }
@@ -59,23 +59,23 @@ public:
 
     int groupCount() const { return static_cast<int>(groups_.size()); }
     const Group& group(int index) const { return groups_[static_cast<std::size_t>(index)]; }
-    // A row of the group.
+    /// A row of the group.
     RowIndex firstRowOf(int group) const;
 
-    // Without groups the two calls take and give the same number.
+    /// Without groups the two calls take and give the same number.
     RowIndex viewCount() const { return viewCount_; }
-    // Requires: 0 <= view < viewCount(), when there are groups.
+    /// Requires: 0 <= view < viewCount(), when there are groups.
     Place at(RowIndex view) const;
-    // The view row of a source's row; where that is folded away, of the innermost group on view
-    // that holds it. kNoRow for a row that is not grouped.
+    /// The view row of a source's row; where that is folded away, of the innermost group on view
+    /// that holds it. kNoRow for a row that is not grouped.
     RowIndex viewOf(RowIndex row) const;
     RowIndex viewOfGroup(int group) const;
-    // The innermost group that holds a row; kNoGroup for a row that is not grouped.
+    /// The innermost group that holds a row; kNoGroup for a row that is not grouped.
     int groupOf(RowIndex row) const;
 
     void setUnfolded(const std::vector<int>& groups, bool unfolded);
     void setAllUnfolded(bool unfolded);
-    // Unfolds all groups around a row. Returns whether one was folded.
+    /// Unfolds all groups around a row. Returns whether one was folded.
     bool reveal(RowIndex row);
 
 private:

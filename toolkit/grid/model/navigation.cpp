@@ -8,9 +8,7 @@ namespace {
 // The last row that is wholly on view, or the only one that fits at all.
 RowIndex lastFullRow(const Geometry& geometry) {
     RowIndex first = geometry.firstRow();
-    if (!geometry.fullyVisible(first)) {
-        ++first;
-    }
+    if (!geometry.fullyVisible(first)) ++first;
     return first + geometry.rowsOnAPage() - 1;
 }
 
@@ -24,9 +22,7 @@ RowIndex pageTarget(const Geometry& geometry, RowIndex row, bool down) {
         return above ? edge : row + page;
     }
     RowIndex edge = geometry.firstRow();
-    if (!geometry.fullyVisible(edge)) {
-        ++edge;
-    }
+    if (!geometry.fullyVisible(edge)) ++edge;
     bool below = row > edge && row <= lastFullRow(geometry);
     return below ? edge : row - page;
 }
@@ -75,16 +71,10 @@ int columnTarget(const ColumnLayout& columns, int column, Motion motion) {
 
 Cell navigate(const Geometry& geometry, Cell current, Motion motion) {
     Cell target = current;
-    if (target.column == kNoColumn) {
-        target.column = geometry.columns().firstVisible();
-    }
-    if (geometry.rowCount() == 0) {
-        return {kNoRow, target.column};
-    }
+    if (target.column == kNoColumn) target.column = geometry.columns().firstVisible();
+    if (geometry.rowCount() == 0) return {kNoRow, target.column};
     bool toAnEnd = motion == Motion::firstRow || motion == Motion::lastRow;
-    if (current.row == kNoRow && !toAnEnd) {
-        return {geometry.firstRow(), target.column};
-    }
+    if (current.row == kNoRow && !toAnEnd) return {geometry.firstRow(), target.column};
     RowIndex row = rowTarget(geometry, current.row, motion);
     target.row = std::clamp<RowIndex>(row, 0, geometry.rowCount() - 1);
     target.column = columnTarget(geometry.columns(), target.column, motion);

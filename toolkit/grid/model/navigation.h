@@ -11,9 +11,9 @@ namespace grid {
 
 enum class Motion { left, right, up, down, pageUp, pageDown, rowStart, rowEnd, firstRow, lastRow };
 
-// The cell that `motion` leads to; the current one when there is nowhere to go. Without a
-// current row every motion begins at a row in view. In a source without rows the answer has no
-// row.
+/// The cell that `motion` leads to; the current one when there is nowhere to go. Without a
+/// current row every motion begins at a row in view. In a source without rows the answer has no
+/// row.
 Cell navigate(const Geometry& geometry, Cell current, Motion motion);
 
 }  // namespace grid

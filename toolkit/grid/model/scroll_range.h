@@ -4,7 +4,7 @@
 //   bar.set(range.barMaximum(), range.barPage(), range.barPosition(topRow));
 //   topRow = range.row(bar.trackPosition());
 //
-// Any thread; a value. Up to kLargestBar rows a bar unit is a row. Beyond that a unit stands for
+// Any thread; a value. Up to kMaxBar rows a bar unit is a row. Beyond that a unit stands for
 // several rows; the first and the last position still reach the first and the last row exactly.
 #pragma once
 
@@ -14,21 +14,21 @@ namespace grid {
 
 class ScrollRange {
 public:
-    // Half of what a scroll bar takes, so that sums of two positions still fit in 32 bits.
-    static constexpr RowIndex kLargestBar = RowIndex{1} << 30;
+    /// Half of what a scroll bar takes, so that sums of two positions still fit in 32 bits.
+    static constexpr RowIndex kMaxBar = RowIndex{1} << 30;
 
     ScrollRange(RowIndex rowCount, RowIndex rowsOnAPage);
 
-    // The last row that can be the top one: the page below it is full.
+    /// The last row that can be the top one: the page below it is full.
     RowIndex lastTop() const { return lastTop_; }
 
-    // The bar's range is 0 to barMaximum(), both included; its largest position is
-    // barMaximum() - barPage() + 1.
+    /// The bar's range is 0 to barMaximum(), both included; its largest position is
+    /// barMaximum() - barPage() + 1.
     int barMaximum() const { return lastPosition_ + page_ - 1; }
     int barPage() const { return page_; }
     int barPosition(RowIndex topRow) const;
 
-    // The top row for a position, clamped to the range.
+    /// The top row for a position, clamped to the range.
     RowIndex row(int barPosition) const;
 
 private:

@@ -23,18 +23,18 @@ public:
         return row != kNoRow && row >= firstRow() && row <= lastRow();
     }
 
-    // Whether rows are selected as a whole: a range of them, or one by its record selector. If
-    // not, what is meant is the current cell.
+    /// Whether rows are selected as a whole: a range of them, or one by its record selector. If
+    /// not, what is meant is the current cell.
     bool wholeRows() const { return wholeRows_; }
 
-    // Makes a cell current and its row the only selected one.
+    /// Makes a cell current and its row the only selected one.
     void moveTo(Cell cell) {
         current_ = cell;
         anchor_ = cell.row;
         end_ = cell.row;
         wholeRows_ = false;
     }
-    // Makes a cell current; the selected rows reach from the anchor to it.
+    /// Makes a cell current; the selected rows reach from the anchor to it.
     void extendTo(Cell cell) {
         current_ = cell;
         anchor_ = anchor_ == kNoRow ? cell.row : anchor_;
@@ -45,7 +45,7 @@ public:
         moveTo(cell);
         wholeRows_ = true;
     }
-    // All rows from `first` to `last`, wherever the current one is.
+    /// All rows from `first` to `last`, wherever the current one is.
     void selectRows(RowIndex first, RowIndex last) {
         anchor_ = first;
         end_ = last;

@@ -10,10 +10,10 @@
 
 namespace grid {
 
-// Rows are counted in 64 bits everywhere: a data source may hold more than a scroll bar can.
+/// Rows are counted in 64 bits everywhere: a data source may hold more than a scroll bar can.
 using RowIndex = std::int64_t;
 
-// No row, no column.
+/// No row, no column.
 inline constexpr RowIndex kNoRow = -1;
 inline constexpr int kNoColumn = -1;
 
@@ -22,7 +22,7 @@ struct Point {
     int y = 0;
 };
 
-// A rectangle without its right and bottom edge.
+/// A rectangle without its right and bottom edge.
 struct Rect {
     int left = 0;
     int top = 0;
@@ -38,7 +38,7 @@ struct Rect {
     friend bool operator==(const Rect&, const Rect&) = default;
 };
 
-// The part that two rectangles share; empty() when there is none.
+/// The part that two rectangles share; empty() when there is none.
 Rect intersection(const Rect& a, const Rect& b);
 
 struct Cell {

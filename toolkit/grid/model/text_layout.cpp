@@ -26,9 +26,7 @@ public:
         std::size_t end = textEnd();
         do {
             std::size_t paragraph = std::min(text_.find(L'\n', position), end);
-            if (!addParagraph(position, paragraph, paragraph < end)) {
-                return false;
-            }
+            if (!addParagraph(position, paragraph, paragraph < end)) return false;
             position = paragraph + 1;
         } while (position <= end);
         return true;
@@ -96,9 +94,7 @@ private:
     // word alone is too long, and never before the first unit.
     static std::size_t breakBefore(std::wstring_view rest, std::size_t limit) {
         for (std::size_t at = limit; at > 0; --at) {
-            if (mayBreakAt(rest, at)) {
-                return at;
-            }
+            if (mayBreakAt(rest, at)) return at;
         }
         std::size_t cut = unitBorder(rest, 0, limit);
         return cut > 0 ? cut : unitEnd(rest, 0);
@@ -106,20 +102,12 @@ private:
 
     // Requires: 0 < at < rest.size().
     static bool mayBreakAt(std::wstring_view rest, std::size_t at) {
-        if (isBlank(rest[at]) || isBlank(rest[at - 1])) {
-            return !onlyBlanksBefore(rest, at);
-        }
-        if (rest[at] < 0x2E80 && rest[at - 1] < 0x2E80) {
-            return false;
-        }
-        if (unitBorder(rest, 0, at) != at) {
-            return false;
-        }
+        if (isBlank(rest[at]) || isBlank(rest[at - 1])) return !onlyBlanksBefore(rest, at);
+        if (rest[at] < 0x2E80 && rest[at - 1] < 0x2E80) return false;
+        if (unitBorder(rest, 0, at) != at) return false;
         char32_t after = codePointAt(rest, at);
         std::size_t last = at - 1;
-        if (last > 0 && codePointLength(rest, last - 1) == 2) {
-            --last;
-        }
+        if (last > 0 && codePointLength(rest, last - 1) == 2) --last;
         bool ideographic = isIdeographic(after) || isIdeographic(codePointAt(rest, last));
         return ideographic && !mayNotBeginLine(after);
     }

@@ -71,9 +71,7 @@ std::size_t unitEnd(std::wstring_view text, std::size_t position) {
     while (position < text.size()) {
         char32_t next = codePointAt(text, position);
         bool secondOfFlag = firstOfFlag && isRegionalIndicator(next);
-        if (!secondOfFlag && last != kJoiner && !within(kAttached, next)) {
-            break;
-        }
+        if (!secondOfFlag && last != kJoiner && !within(kAttached, next)) break;
         firstOfFlag = false;
         last = next;
         position += codePointLength(text, position);
@@ -82,9 +80,7 @@ std::size_t unitEnd(std::wstring_view text, std::size_t position) {
 }
 
 std::size_t unitBorder(std::wstring_view text, std::size_t begin, std::size_t position) {
-    if (position == text.size()) {
-        return position;
-    }
+    if (position == text.size()) return position;
     // Almost every border lies between two plain characters: the walk begins at the last such.
     std::size_t border = begin;
     for (std::size_t back = position; back > begin; --back) {
@@ -95,9 +91,7 @@ std::size_t unitBorder(std::wstring_view text, std::size_t begin, std::size_t po
     }
     while (border < position) {
         std::size_t end = unitEnd(text, border);
-        if (end > position) {
-            break;
-        }
+        if (end > position) break;
         border = end;
     }
     return border;

@@ -12,11 +12,11 @@ namespace grid {
 
 class Wheel {
 public:
-    // What a wheel message reports for one notch.
+    /// What a wheel message reports for one notch.
     static constexpr int kNotch = 120;
 
-    // Adds a movement and returns the pixels to scroll, with the sign of the movement.
-    // A turn in the other direction drops what was kept.
+    /// Adds a movement and returns the pixels to scroll, with the sign of the movement.
+    /// A turn in the other direction drops what was kept.
     std::int64_t turn(int delta, std::int64_t pixelsPerNotch);
 
     void reset() { kept_ = 0; }

@@ -197,7 +197,7 @@ TEST(CheckPages, KeepsSomeFindingsAndCountsAll) {
     const CheckReport report = checkBytes(sample.file);
     EXPECT_EQ(report.warnings, 512u - first);
     EXPECT_EQ(report.errors, 0u);
-    EXPECT_LE(report.findings.size(), 2 * CheckReport::kMostKept);
+    EXPECT_LE(report.findings.size(), 2 * CheckReport::kMaxKept);
 }
 
 }  // namespace

@@ -71,7 +71,9 @@ std::map<std::string, std::pair<Rule, std::size_t>> knownFaults() {
 
 TEST(CheckSound, SampleFiles) {
     const auto files = sample::databases();
-    if (files.empty()) GTEST_SKIP() << fixture::kNoTestData;
+    if (files.empty()) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     const auto known = knownFaults();
     for (const auto& path : files) {
         SCOPED_TRACE(path.filename().string());

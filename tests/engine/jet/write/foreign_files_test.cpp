@@ -209,7 +209,9 @@ INSTANTIATE_TEST_SUITE_P(Samples, ForeignFile, testing::ValuesIn(sample::databas
                          });
 
 TEST(ForeignFiles, AreThere) {
-    if (!fixture::testDataFolder()) GTEST_SKIP() << fixture::kNoTestData;
+    if (!fixture::testDataFolder()) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     EXPECT_GE(sample::databases().size(), 25u);
 }
 

@@ -17,7 +17,9 @@ TEST(NewDatabase, IsSoundAndHasNoTables) {
 // fields that mean nothing, and its dates.
 TEST(NewDatabase, IsTheOneThatTheOriginalEngineMakes) {
     const auto folder = fixture::testDataFolder();
-    if (!folder) GTEST_SKIP() << fixture::kNoTestData;
+    if (!folder) {
+        GTEST_SKIP() << fixture::kNoTestData;
+    }
     std::ifstream original{*folder / "access-made" / "adox_jet4.mdb", std::ios::binary};
     const std::vector<std::uint8_t> theirs{std::istreambuf_iterator<char>{original}, {}};
     const auto created = std::bit_cast<double>(std::uint64_t{0x40E4AB3E3BD3FB4E});

@@ -255,19 +255,19 @@ TEST(Pager, ReadersSeeWholeStatements) {
 }
 
 TEST(Pager, TheLargestFile) {
-    Pager pager{std::make_unique<fixture::SparseStorage>(kMostFilePages - 3)};
+    Pager pager{std::make_unique<fixture::SparseStorage>(kMaxFilePages - 3)};
     pager.begin();
-    EXPECT_EQ(raw(pager.append()), kMostFilePages - 3);
+    EXPECT_EQ(raw(pager.append()), kMaxFilePages - 3);
     pager.end();
     pager.begin();
     pager.edit(PageNumber{7})->fill(7);
-    EXPECT_EQ(raw(pager.append()), kMostFilePages - 2);
-    EXPECT_EQ(raw(pager.append()), kMostFilePages - 1);
+    EXPECT_EQ(raw(pager.append()), kMaxFilePages - 2);
+    EXPECT_EQ(raw(pager.append()), kMaxFilePages - 1);
     expectFault(Fault::FileFull, [&] { pager.append(); });
     pager.undo();
-    EXPECT_EQ(pager.pageCount(), kMostFilePages - 2);
+    EXPECT_EQ(pager.pageCount(), kMaxFilePages - 2);
     pager.commit();
-    EXPECT_EQ(pager.pageCount(), kMostFilePages - 2);
+    EXPECT_EQ(pager.pageCount(), kMaxFilePages - 2);
     EXPECT_EQ((*pager.page(PageNumber{7}))[0], 0);
 }
 

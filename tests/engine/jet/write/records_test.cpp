@@ -209,10 +209,10 @@ TEST(Records, AsLargeAsCanBe) {
     };
     // 2 + 4, seven of 510, offsets, count and mask.
     constexpr std::size_t kTaken = 2 + 4 + 7 * 510 + 2 * 9 + 2 + 2;
-    constexpr std::size_t kMost = kMostRecordBytes - kTaken;
-    for (std::size_t last = kMost - 3; last <= kMost; ++last) table.insert(u"T", {rowOf(last)});
+    constexpr std::size_t kMax = kMaxRecordBytes - kTaken;
+    for (std::size_t last = kMax - 3; last <= kMax; ++last) table.insert(u"T", {rowOf(last)});
     table.expectClean();
-    EXPECT_THROW(table.insert(u"T", {rowOf(kMost + 1)}), Error);
+    EXPECT_THROW(table.insert(u"T", {rowOf(kMax + 1)}), Error);
     EXPECT_EQ(table.rows(u"T").size(), 4u);
     // Grown to the limit where it stands among others.
     table.insert(u"T", {table.rowOf(2, 10), table.rowOf(3, 10), table.rowOf(4, 10)});
@@ -222,7 +222,7 @@ TEST(Records, AsLargeAsCanBe) {
             if (number < 2) continue;
             Assignments changes;
             for (std::size_t i = 1; i < 8; ++i) changes.push_back({i, Binary(510, 9)});
-            changes.push_back({8, Binary(kMost, 9)});
+            changes.push_back({8, Binary(kMax, 9)});
             writer.update(place, changes);
         }
         writer.finish();

@@ -104,7 +104,9 @@ TEST(FileLock, AReadOnlyFile) {
     std::filesystem::permissions(path, std::filesystem::perms::owner_read |
                                            std::filesystem::perms::group_read |
                                            std::filesystem::perms::others_read);
-    if (mayBeWrittenAllTheSame(path)) GTEST_SKIP() << kNothingForbidden;
+    if (mayBeWrittenAllTheSame(path)) {
+        GTEST_SKIP() << kNothingForbidden;
+    }
     {
         const auto database = Database::open(path);
         expectFault(Fault::ReadOnly, [&] { addTable(*database, u"T"); });
@@ -118,7 +120,9 @@ TEST(FileLock, AFolderThatTakesNoJournal) {
 #ifdef _WIN32
     GTEST_SKIP() << "the attribute of a folder forbids nothing here";
 #else
-    if (::geteuid() == 0) GTEST_SKIP() << kNothingForbidden;
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << kNothingForbidden;
+    }
     const TemporaryFolder folder;
     const auto path = folder.path() / "file.mdb";
     createDatabase(path, Date{42000});
@@ -208,7 +212,9 @@ TEST(FileLock, AFileThatWasReplacedIsNotWritten) {
     const auto storage = openFile(path);
     std::error_code failure;
     std::filesystem::rename(path, folder.path() / "moved.mdb", failure);
-    if (failure) GTEST_SKIP() << "a file that is open cannot be renamed here";
+    if (failure) {
+        GTEST_SKIP() << "a file that is open cannot be renamed here";
+    }
     folder.write("replaced.mdb", ByteVector(2 * kPageSize, 7));
     expectFault(Fault::WriteFailed, [&] { storage->lock(); });
     ByteVector page(kPageSize);

@@ -11,7 +11,7 @@
 namespace grid {
 namespace {
 
-constexpr std::size_t kMost = 10'000;
+constexpr std::size_t kMax = 10'000;
 
 struct Result {
     std::vector<std::wstring> lines;
@@ -23,7 +23,7 @@ Result wrap(const std::wstring& text, int characters, int lines,
             LineBreaks breaks = LineBreaks::keep) {
     FixedMeasure measure;
     std::wstring shown;
-    showable(text, breaks, kMost, shown);
+    showable(text, breaks, kMax, shown);
     std::vector<TextLine> layout;
     Result result;
     result.whole = layOutText(shown, {characters * FixedMeasure::kWidth, lines}, measure, layout);
@@ -132,7 +132,7 @@ TEST(TextLayout, RandomTextsKeepTheRules) {
             text += alphabet[random() % alphabet.size()];
         }
         std::wstring shown;
-        showable(text, LineBreaks::keep, kMost, shown);
+        showable(text, LineBreaks::keep, kMax, shown);
         int width = static_cast<int>(random() % 12) * 10;
         int most = 1 + static_cast<int>(random() % 4);
         std::vector<TextLine> lines;
