@@ -9,7 +9,7 @@
 #pragma once
 
 #include "engine/ado/stable_array.h"
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 
 #include <atomic>
 #include <cstdint>

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "engine/jet/error.h"
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 
 #include <bit>
 #include <cstring>

@@ -3,7 +3,7 @@
 // ignored. Two texts are equal exactly if their keys are.
 #pragma once
 
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 
 #include <compare>
 #include <string>

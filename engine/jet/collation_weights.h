@@ -5,7 +5,7 @@
 // The table is made at its first use and never changes; any thread may read it.
 #pragma once
 
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 
 #include <array>
 #include <vector>

@@ -4,7 +4,7 @@
 //   catch (const jet::Error& e) { report(e.fault(), e.what()); }
 #pragma once
 
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 
 #include <stdexcept>
 #include <string>

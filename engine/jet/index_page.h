@@ -19,7 +19,7 @@
 // bytes that they share with it. The child's page is no part of what is shared or compared.
 #pragma once
 
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 
 #include <compare>
 #include <cstddef>

@@ -8,7 +8,7 @@
 #pragma once
 
 #include "engine/jet/error.h"
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 
 #include <filesystem>
 #include <memory>

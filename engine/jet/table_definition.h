@@ -18,8 +18,8 @@
 //                 logical index names, maps of long-value columns
 #pragma once
 
+#include "engine/jet/format/types.h"
 #include "engine/jet/page_cache.h"
-#include "engine/jet/types.h"
 
 #include <optional>
 #include <string>

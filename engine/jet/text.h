@@ -2,7 +2,7 @@
 // stretches of two bytes between zero bytes.
 #pragma once
 
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 
 #include <string>
 #include <string_view>

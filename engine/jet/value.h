@@ -1,9 +1,9 @@
 // A field's value out of the file's own forms.
 #pragma once
 
+#include "engine/jet/format/types.h"
 #include "engine/jet/page_cache.h"
 #include "engine/jet/record.h"
-#include "engine/jet/types.h"
 
 #include <array>
 #include <string>

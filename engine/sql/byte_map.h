@@ -6,7 +6,7 @@
 // Bounded in memory: what comes when it is full is not remembered. Belongs to one thread.
 #pragma once
 
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 
 #include <vector>
 

@@ -7,7 +7,7 @@
 // Immutable; any thread may call it.
 #pragma once
 
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 
 #include <array>
 #include <string>

@@ -6,7 +6,7 @@
 // Belongs to one thread.
 #pragma once
 
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 #include "engine/sql/case_blind_search.h"
 #include "engine/sql/like.h"
 

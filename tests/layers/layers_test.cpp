@@ -50,7 +50,8 @@ INSTANTIATE_TEST_SUITE_P(Layers, Folder, testing::Values("engine", "toolkit", "s
 
 TEST(SourcesUnder, FindsTheFilesThatAreChecked) {
     const auto files = sourcesUnder(fs::path{VORELLE_SOURCE_DIR} / "engine");
-    EXPECT_THAT(files, testing::Contains(fs::path{VORELLE_SOURCE_DIR} / "engine/jet/types.h"));
+    EXPECT_THAT(files,
+                testing::Contains(fs::path{VORELLE_SOURCE_DIR} / "engine/jet/format/types.h"));
 }
 
 TEST(Crossings, NamesFileLineAndHeader) {

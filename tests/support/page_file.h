@@ -7,7 +7,7 @@
 // Belongs to one thread.
 #pragma once
 
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 #include "tests/support/byte_writer.h"
 
 #include <array>

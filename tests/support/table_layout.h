@@ -4,7 +4,7 @@
 //       fixture::textColumn(u"Name", 50), fixture::column(u"Count", jet::ColumnType::Long)};
 #pragma once
 
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 
 #include <optional>
 #include <string>

@@ -4,7 +4,7 @@
 //   if (const auto other = owners.claim(page, {OwnerKind::Rows, table})) report(*other);
 #pragma once
 
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
 // Bytes as upper-case hex digits, for what tests expect and what they print.
 #pragma once
 
-#include "engine/jet/types.h"
+#include "engine/jet/format/types.h"
 
 #include <string>
 #include <string_view>
