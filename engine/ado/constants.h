@@ -1,4 +1,8 @@
 // Names and values of the object model, as its users know them, and the numbers of its errors.
+//
+//   if (recordset.state() == ado::adStateOpen) recordset.close();
+//
+// Constants; any thread.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,7 @@
 // The distinct texts of a column, each with a small number.
 //
-//   const auto code = dictionary.code(field.bytes, rows, seen);
+//   ado::Dictionary dictionary;
+//   const std::uint32_t code = dictionary.code(field.bytes, rows, seen);
 //   if (code != ado::Dictionary::kNoCode) jet::appendUtf16(dictionary.stored(code), text);
 //
 // Texts are kept as they are stored in the file, so that a known one is recognised without being

@@ -1,7 +1,12 @@
 // The one exception type of this layer: the provider's number and a description for a person.
 //
-//   try { recordset.open(query, connection); }
-//   catch (const ado::Error& e) { if (e.number() == ado::kErrorNoSuchTable) upgrade(); }
+//   try {
+//       recordset.open(statement, connection);
+//   } catch (const ado::Error& error) {
+//       if (error.number() == ado::kErrorNoSuchTable) upgrade();
+//   }
+//
+// Any thread; an error is a plain value.
 #pragma once
 
 #include "engine/jet/error.h"

@@ -1,11 +1,11 @@
 // Fills a row store from a scan of the table, on a thread of its own or on the caller's.
 //
-//   ado::Fetch fetch{query, rows, {.scheduler = pump, .progress = ..., .complete = ...}};
-//   fetch.start();
-//   fetch.waitForFirstRows(100);      // the rest follows in the background
+//   ado::Fetch fetch{query, rows, {.scheduler = pump, .progress = show, .complete = sort}};
+//   fetch.start(100);
+//   fetch.waitForFirstRows();  // the rest follows in the background
 //
-// A Fetch belongs to the owner's thread. Its events arrive on that thread through the scheduler,
-// and never after cancel().
+// One thread: the owner's. Events arrive on that thread through the scheduler, and never after
+// cancel().
 #pragma once
 
 #include "engine/ado/scanned_rows.h"

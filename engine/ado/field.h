@@ -3,7 +3,7 @@
 //   recordset.fields()[u"Process"].value();
 //   recordset.properties()[u"Initial Fetch Size"].setValue(100);
 //
-// Belong to the owner's thread. A Field is a name for a column and follows the current record.
+// One thread: the owner's. A Field is a name for a column and follows the current record.
 #pragma once
 
 #include "engine/sql/query.h"

@@ -1,8 +1,8 @@
 // Fields of rows by their row ids, out of the file.
 //
-//   ado::FieldReader reader{*table, ado::FieldReader::Reading::InOrder};
+//   ado::FieldReader reader{table, ado::FieldReader::Reading::InOrder};
 //   jet::StoredField field;
-//   if (reader.read(rowId, column, field)) use(reader.text(field, column));
+//   if (reader.read(rowId, column, field)) use(reader.value(field, column));
 //
 // Belongs to one thread.
 #pragma once

@@ -1,7 +1,7 @@
 // What Recordset::find looks for: "Field op value".
 //
 //   ado::FindCriterion criterion{u"Trace Like '*timeout*'", query->columns()};
-//   while (!criterion.matches(rows, row)) ++row;
+//   while (!criterion.matches(*rows, row)) ++row;
 //
 // Belongs to one thread: it remembers what it found for texts that many rows share.
 #pragma once

@@ -1,6 +1,9 @@
 // Values turned into whole numbers that order as they do.
 //
-//   ado::ranksOf(count, [&](std::uint32_t i, sql::OrderKey& key) { ...; return notNull; });
+//   const auto ranks = ado::ranksOf(count, [&](std::uint32_t i, sql::OrderKey& key) {
+//       sql::appendOrderKey(values[i], jet::ColumnType::Text, true, key);
+//       return !jet::isNull(values[i]);
+//   });
 //
 // Pure functions; any thread may call them.
 #pragma once

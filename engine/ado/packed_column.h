@@ -1,9 +1,9 @@
 // A stretch of one column in as few bytes as its values need: the difference to the smallest value
 // in 0, 1, 2 or 4 bytes, or the whole value in 8.
 //
-//   auto packing = ado::Packing::of(ado::Scale::Date, values, nulls);
+//   const auto packing = ado::Packing::of(ado::Scale::Date, values, nulls);
 //   packing.write(values, nulls, buffer);             // packing.byteCount() bytes
-//   ado::PackedColumn column{packing, buffer};
+//   const ado::PackedColumn column{packing, buffer};
 //   if (!column.isNull(7)) use(column.whole(7));
 //
 // A packed column is immutable; any thread may read it.

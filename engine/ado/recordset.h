@@ -3,9 +3,9 @@
 //
 //   ado::Recordset rows{scheduler};
 //   rows.fetchComplete = [&](const ado::Error*, int) { rows.setSort(u"Date ASC"); };
-//   rows.open(query, connection, adOpenForwardOnly, adLockReadOnly, adAsyncFetch);
+//   rows.open(statement, connection, adOpenForwardOnly, adLockReadOnly, adAsyncFetch);
 //
-// Belongs to one thread, the owner's, with its clones and its connection; events arrive there.
+// One thread: the owner's, with its clones and its connection; events arrive there.
 // A position is 0 for the first row shown; absolutePosition counts from 1 as ever. Every cursor
 // moves freely in both directions.
 #pragma once

@@ -1,13 +1,15 @@
 // The rows of a client cursor: where each row stands in the file, and the columns that take little
 // room. Long texts and rare types stay in the file.
 //
-//   store.append(scan.rowId(), scan.record());    // one thread writes
+//   store.append(scan.rowId(), scan.record());
 //   store.publish();
-//   for (std::uint32_t row = 0; row < store.count(); ++row) use(store.rowId(row));   // any reads
+//   for (std::uint32_t row = 0; row < store.count(); ++row) use(store.rowId(row));
 //
-// Rows are collected in groups of 1,024. A group is packed when it is full, or before, when its
-// first rows are wanted already; a packed group never changes, a fuller one takes its place. So
-// readers need no locks: whoever has seen count() may read the rows below it.
+// One thread writes; any thread may read the rows below count().
+//
+// Rows are collected in groups of 1,024. A group is packed when it is full, or earlier if its first
+// rows are wanted already; a packed group never changes, a fuller one replaces it. So readers need
+// no locks.
 #pragma once
 
 #include "engine/ado/dictionary.h"

@@ -1,8 +1,8 @@
 // The rows of a recordset, shared by its clones: in the order of the fetch, reached by number.
 //
-//   for (std::uint32_t row = 0; row < rows.count(); ++row) rows.value(row, 0);
+//   for (std::uint32_t row = 0; row < rows->count(); ++row) use(rows->value(row, 0));
 //
-// Belongs to the owner's thread; count() may grow meanwhile, rows below it stay.
+// One thread: the owner's. count() may grow meanwhile, rows below it stay.
 #pragma once
 
 #include "engine/ado/value_formatter.h"

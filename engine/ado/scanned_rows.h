@@ -1,5 +1,12 @@
 // Rows of one table, found by a scan: what takes little room is kept, the rest is read from the
 // file when it is asked for.
+//
+//   auto rows = std::make_shared<ado::ScannedRows>(query);
+//   rows->store().append(scan.rowId(), scan.record());  // the fetch
+//   rows->store().publish();
+//   use(rows->value(0, 0));
+//
+// One thread: the owner's. Only the store may be written by another thread meanwhile.
 #pragma once
 
 #include "engine/ado/field_reader.h"

@@ -4,6 +4,8 @@
 //   ado::Recordset recordset{pump};
 //   pump->runUntil([&] { return done; }, std::chrono::seconds{10});
 //
+// Any thread may post.
+//
 // A program with windows posts a message to itself; a program without them turns the pump by hand.
 #pragma once
 

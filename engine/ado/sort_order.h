@@ -1,10 +1,10 @@
 // The order that rows are shown in: sort strings, and permutations of rows.
 //
-//   const auto columns = ado::parseSort(u"Date ASC, [Process] DESC", query->columns());
-//   const ado::RowOrder order = ado::RowOrder::sorted(rows, columns);
-//   rows.value(order.rowAt(position), 0);
+//   ado::OrderCache orders;
+//   const ado::RowOrder order = orders.order(*rows, ado::parseSort(u"Date ASC", query->columns()));
+//   use(rows->value(order.rowAt(0), 0));
 //
-// Orders are immutable; any thread may read them.
+// Orders are immutable; any thread may read them. A cache belongs to one thread.
 #pragma once
 
 #include "engine/ado/rows.h"

@@ -1,11 +1,12 @@
 // A growing array whose elements never move, so that readers may look at the elements they know of
 // while one writer adds others.
 //
-//   array.reserve(i);       // the writer, before it first touches element i
-//   array[i] = value;
+//   ado::StableArray<int> array;
+//   array.reserve(i);  // before element i is first touched
+//   array[i] = 7;
 //
-// The writer tells readers of an element by other means (an atomic count); that also makes the
-// element's memory visible to them.
+// One thread writes. It tells readers of an element by other means (an atomic count), which also
+// makes the element's memory visible to them.
 #pragma once
 
 #include <array>

@@ -1,11 +1,10 @@
 // Which rows have a text that is like a pattern: found out in large stretches of the file, and
 // remembered with one bit a row, so that the next search for the same text is a walk over bits.
 //
-//   ado::TextMatches matches{rows, column, pattern};
-//   const std::int64_t found = matches.find(order, position, count, adSearchForward);
+//   ado::TextMatches matches{rows, 0, u"*timeout*"};
+//   const auto found = matches.find(order, position, count, ado::adSearchForward, stop);
 //
-// For one thread at a time, which need not be the rows' owner: it reads the file with hands of its
-// own.
+// One thread at a time, which need not be the rows' owner: it reads the file on its own.
 #pragma once
 
 #include "engine/ado/scanned_rows.h"

@@ -1,8 +1,14 @@
 // Little-endian reads out of byte views.
 //
+//   const auto length = jet::load<std::uint16_t>(page, 12);
+//
+//   jet::Reader reader{bytes, number};
+//   reader.seek(63);
+//   const auto id = reader.next<std::uint16_t>();
+//
 // The load functions trust their offset: check the length once at the border (a page, a record,
 // a table definition) and read freely inside. `Reader` is the checked cursor for what has no
-// fixed shape.
+// fixed shape. Any thread may call the functions; a Reader belongs to one thread.
 #pragma once
 
 #include "engine/jet/error.h"

@@ -1,6 +1,11 @@
 // The "General" text order of this format (LCID 0x0409, version 0), the one that index keys are
 // made of: letters without case, accents second, hyphens and apostrophes last, trailing blanks
 // ignored. Two texts are equal exactly if their keys are.
+//
+//   if (jet::compareText(u"Notifier", u"NOTIFIER") == std::strong_ordering::equal) use(text);
+//   names.emplace(jet::textKey(text), table);
+//
+// Pure functions; any thread may call them.
 #pragma once
 
 #include "engine/jet/format/types.h"

@@ -4,8 +4,8 @@
 //   auto table = database->table(u"tblTraces");
 //
 // Opening reads the header and nothing else; the catalog is read when first asked for. A change
-// that a crash cut short is taken back first. Any thread may read an open database; changes are for
-// one.
+// that a crash cut short is taken back first. Any thread may read an open database; one thread at a
+// time changes it.
 #pragma once
 
 #include "engine/jet/page_cache.h"

@@ -1,7 +1,12 @@
 // The one exception type of this layer.
 //
-//   try { auto database = jet::Database::open(path); }
-//   catch (const jet::Error& e) { report(e.fault(), e.what()); }
+//   try {
+//       auto database = jet::Database::open(path);
+//   } catch (const jet::Error& error) {
+//       report(error.fault(), error.what());
+//   }
+//
+// Any thread; an error is a plain value.
 #pragma once
 
 #include "engine/jet/format/types.h"

@@ -1,4 +1,10 @@
 // Pages read lately, shared by all readers of one database, bounded in memory.
+//
+//   jet::PageCache cache{storage};
+//   jet::PageReader pages{storage, cache};
+//   const jet::Bytes header = pages.page(jet::PageNumber{0});
+//
+// Any thread may use the cache; a PageReader belongs to one thread.
 #pragma once
 
 #include "engine/jet/storage.h"

@@ -1,13 +1,19 @@
-// The one who writes a database file: changed pages are held back until they are complete, and the
+// Writes a database file: changed pages are held back until they are complete, and the
 // journal has them as they were before the first of them is overwritten.
 //
 //   pager.begin();                              // a statement
-//   try { (*pager.edit(page))[2] = 7; pager.end(); }
-//   catch (...) { pager.undo(); throw; }        // the file is as before the statement
+//   try {
+//       (*pager.edit(page))[2] = 7;
+//       pager.end();
+//   } catch (...) {
+//       pager.undo();                           // the file is as before the statement
+//       throw;
+//   }
 //   pager.commit();                             // all statements become durable together
 //
 // To readers it is a storage like any other, which shows the changes. Any thread may read; while a
-// statement runs, all but the thread that runs it wait. Everything else is for one thread.
+// statement runs, all but the thread that runs it wait. Everything else is for
+// one thread at a time.
 #pragma once
 
 #include "engine/jet/journal.h"

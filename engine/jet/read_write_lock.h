@@ -1,11 +1,14 @@
 // A lock that many threads may share for reading or one may hold alone for writing.
 //
-//   ReadWriteLock gate;
-//   std::shared_lock reading{gate};
+//   jet::ReadWriteLock gate;
+//   {
+//       std::shared_lock reading{gate};
+//       show(text);
+//   }
 //   std::unique_lock writing{gate};
 //
-// Who waits to write goes before those who want to read after him, so a thread must not share it
-// twice.
+// Any thread may call. A waiting writer goes before readers that come after it, so a thread must
+// not share the lock twice.
 #pragma once
 
 #include <condition_variable>

@@ -3,8 +3,8 @@
 //   std::unique_ptr<jet::Storage> storage = jet::openFile(path);
 //   storage->readPages(jet::PageNumber{0}, buffer);
 //
-// Reading is safe from several threads at once; whoever writes must be alone (jet::Pager sees to
-// it).
+// Any thread may read, several at once; one thread at a time writes, and nobody reads meanwhile
+// (jet::Pager sees to it).
 #pragma once
 
 #include "engine/jet/error.h"

@@ -1,5 +1,11 @@
 // Stored text: UTF-16LE, or, when it begins with FF FE, "compressed": one byte a character with
 // stretches of two bytes between zero bytes.
+//
+//   std::u16string name;
+//   jet::appendUtf16(field.bytes, name);
+//   print(jet::toUtf8(name));
+//
+// Pure functions; any thread may call them.
 #pragma once
 
 #include "engine/jet/format/types.h"

@@ -1,7 +1,13 @@
 // Usage maps: sets of page numbers, stored as rows.
 //
-//   inline     byte 0 = 0, u32 first page of the window, then one bit a page
-//   reference  byte 0 = 1, then u32 numbers of bitmap pages (type 5), each for 32,736 pages
+//   offset  size  meaning of an inline map
+//   0       1     0
+//   1       4     first page of the window
+//   5             one bit a page
+//
+//   offset  size  meaning of a map by reference
+//   0       1     1
+//   1       4 x n numbers of bitmap pages (type 5), each for 32,736 pages
 #pragma once
 
 #include "engine/jet/page_cache.h"

@@ -1,4 +1,9 @@
 // A field's value out of the file's own forms.
+//
+//   const jet::Value value = jet::decodeField(pages, column, record.field(column), record.page());
+//   if (const auto* name = std::get_if<std::u16string>(&value)) use(*name);
+//
+// Plain values and pure functions; any thread.
 #pragma once
 
 #include "engine/jet/format/types.h"

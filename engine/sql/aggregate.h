@@ -1,8 +1,10 @@
 // COUNT, MIN, MAX, SUM and AVG.
 //
 //   sql::Accumulator sum{aggregate};
-//   for (auto& value : values) sum.add(value);
+//   for (const jet::Value& value : values) sum.add(value);
 //   use(sum.result());
+//
+// An accumulator belongs to one thread.
 #pragma once
 
 #include "engine/sql/expression.h"

@@ -1,8 +1,8 @@
 // Sets of constants that a column may equal: what long lists of OR and IN turn into.
 //
-//   ExpressionPtr known = makeAlternatives(makeColumn(name), {u"A", u"B"});
+//   sql::ExpressionPtr known = sql::makeAlternatives(sql::makeColumn(column), values);
 //
-// The expressions are immutable and may be shared between threads.
+// Pure functions; any thread may call them.
 #pragma once
 
 #include "engine/sql/expression.h"

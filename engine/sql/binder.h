@@ -1,7 +1,7 @@
 // Looks up the names of expressions and makes them ready to be evaluated.
 //
-//   sql::Binder binder{table, u"t"};
-//   ExpressionPtr condition = binder.bind(*select.where);
+//   sql::Binder binder{*table, u"t"};
+//   sql::ExpressionPtr condition = binder.bind(*select.where);
 //
 // Belongs to one thread.
 #pragma once

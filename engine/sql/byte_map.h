@@ -1,7 +1,7 @@
 // Remembers a number for each of the first some ten thousand byte strings that it is told.
 //
-//   if (const std::uint32_t* verdict = map.find(bytes)) use(*verdict);
-//   else map.insert(bytes, decide(bytes));
+//   const std::uint32_t* known = map.find(bytes);
+//   if (known == nullptr) map.insert(bytes, decide(bytes));
 //
 // Bounded in memory: what comes when it is full is not remembered. Belongs to one thread.
 #pragma once

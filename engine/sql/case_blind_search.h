@@ -1,8 +1,8 @@
 // Whether a text contains another one, the case of letters ignored as LIKE ignores it. Works on the
 // bytes that stand in the file, sixteen at a time where the processor can.
 //
-//   const sql::CaseBlindSearch search{pattern.literal()};
-//   if (search.inNarrow(bytes)) ...
+//   const sql::CaseBlindSearch search{u"timeout"};
+//   if (search.inWide(bytes)) use(bytes);
 //
 // Immutable; any thread may call it.
 #pragma once

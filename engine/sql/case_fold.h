@@ -1,7 +1,7 @@
-// Which characters LIKE takes for one: those that the file's collation does not tell apart, and every
-// pair of small and capital letter that Unicode knows, whether the collation has heard of it or not.
+// Which characters are the same to LIKE: those that the file's collation does not tell apart, and
+// every pair of small and capital letter of Unicode, whether the collation knows it or not.
 //
-//   if (sql::foldCase(a) == sql::foldCase(b)) ...
+//   if (sql::foldCase(text[0]) == sql::foldCase(u'X')) use(text);
 //
 // Any thread may call it.
 #pragma once

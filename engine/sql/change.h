@@ -1,6 +1,8 @@
 // How UPDATE and INSERT change the rows of a table.
 //
-//   database.write([&](jet::WriteContext& context) { sql::updateRows(context, update); });
+//   database->write([&](jet::WriteContext& context) { sql::updateRows(context, update); });
+//
+// One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/table.h"

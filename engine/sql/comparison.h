@@ -1,6 +1,6 @@
 // How values compare: texts by the collation, numbers of all types and dates by value.
 //
-//   if (sql::compareValues(left, right) < 0) ...
+//   if (sql::compareValues(left, right) < 0) use(left);
 //
 // Pure functions; any thread may call them.
 #pragma once

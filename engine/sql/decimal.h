@@ -1,6 +1,6 @@
 // Decimal numbers of any length, for the types that are exact.
 //
-//   if (auto number = sql::parseDecimal("-12.345")) use(sql::roundedDigits(*number, 2));  // "1234"
+//   if (auto number = sql::parseDecimal(u"-12.345")) use(roundedDigits(*number, 2));  // "1234"
 //
 // Pure functions; any thread may call them.
 #pragma once

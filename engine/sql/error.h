@@ -1,4 +1,12 @@
 // Failures of a statement, beside those of the file (jet::Error).
+//
+//   try {
+//       sql::execute(*database, text);
+//   } catch (const sql::Error& error) {
+//       report(error.fault(), error.what());
+//   }
+//
+// Any thread; an error is a plain value.
 #pragma once
 
 #include <stdexcept>

@@ -3,8 +3,8 @@
 //   sql::execute(*database, u"UPDATE People SET Age = Age + 1 WHERE Name = 'Ada'");
 //   database->commit();
 //
-// A statement is done as a whole or not at all, and what it did can be read at once; durable it is
-// with the commit. For the one thread that writes.
+// A statement is atomic, and what it did can be read at once; the commit makes it durable.
+// One thread at a time, the one that writes.
 #pragma once
 
 #include "engine/jet/database.h"

@@ -1,9 +1,10 @@
 // Expressions bound to the columns of a table: each yields a value for a row.
 //
-//   ExpressionPtr condition = makeComparison({Operator::Equal}, {makeColumn(c), makeConstant(7)});
-//   jet::Value verdict = condition->evaluate(row);
+//   const Expressions sides{makeColumn(column), makeConstant(std::int32_t{7})};
+//   const ExpressionPtr condition = makeChain({Operator::Equal}, sides);
+//   const jet::Value verdict = condition->evaluate(row);
 //
-// Expressions are immutable and may be shared between threads; a Row belongs to one thread. The
+// Expressions are immutable, any thread may evaluate them; a Row belongs to one thread. The
 // functions that make them check the types of their operands (Error{TypeMismatch}) and give a
 // constant where all operands are constant.
 #pragma once

@@ -2,6 +2,8 @@
 //
 //   auto filter = sql::makeRowFilter(condition, table);
 //   if (filter->matches(record, pages)) use(record);
+//
+// A filter belongs to one thread.
 #pragma once
 
 #include "engine/jet/table.h"

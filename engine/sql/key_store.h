@@ -1,8 +1,11 @@
 // Sorting by byte keys that stand one behind the other in one piece of memory.
 //
 //   sql::KeyStore keys;
-//   keys.finishKey() after appending to keys.bytes(), once a row
-//   for (std::size_t row : keys.sorted(top)) ...
+//   sql::appendOrderKey(left, jet::ColumnType::Text, true, keys.bytes());  // once a row
+//   keys.finishKey();
+//   for (const std::size_t place : keys.sorted(std::nullopt)) use(keys.key(place));
+//
+// One thread at a time.
 #pragma once
 
 #include "engine/sql/comparison.h"

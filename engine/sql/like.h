@@ -2,9 +2,9 @@
 // [!a-z] none of these; the case of letters is ignored.
 //
 //   sql::LikePattern pattern{u"[a-c]*#"};
-//   if (pattern.matches(u"Beta 7")) ...
+//   if (pattern.matches(u"Beta 7")) use(text);
 //
-// A pattern is immutable and may be shared between threads.
+// A pattern is immutable; any thread may use it.
 #pragma once
 
 #include <string>

@@ -1,8 +1,8 @@
 // A SELECT bound to its table: what the cursors run.
 //
-//   sql::Plan plan = sql::bind(std::get<sql::SelectStatement>(statement), database);
+//   const sql::Plan plan = sql::bind(select, *database);
 //
-// Immutable once bound; may be shared between threads.
+// Immutable once bound; any thread may read it.
 #pragma once
 
 #include "engine/sql/aggregate.h"

@@ -3,7 +3,7 @@
 //   auto query = sql::Query::prepare(database, u"SELECT Name FROM People WHERE Age > 30");
 //   for (auto cursor = query->execute(); cursor->next();) use(cursor->row());
 //
-// A Query is immutable and may be shared between threads; a Cursor or RowFilter belongs to one
+// A Query is immutable, any thread may use it; a Cursor or RowFilter belongs to one
 // thread.
 #pragma once
 

@@ -1,9 +1,9 @@
 // The parsers of the kinds of statements. Each begins behind the word that says which kind it is,
 // and stops where its statement ends.
 //
-//   if (tokens.takeWord(u"SELECT")) return sql::parseSelect(tokens);
+//   if (tokens.takeWord(u"SELECT")) use(sql::parseSelect(tokens));
 //
-// All throw Error{Syntax}, naming the place.
+// All throw Error{Syntax}, naming the place. One thread, that of the token stream.
 #pragma once
 
 #include "engine/sql/token_stream.h"

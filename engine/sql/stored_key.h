@@ -1,9 +1,8 @@
 // The stored bytes of some fields of a record as one key: rows stored alike have the same.
 //
-//   if (sql::haveStoredKeys(columns)) {
-//       sql::makeStoredKey(record, columns, key);
-//       if (const std::uint32_t* known = map.find(key)) ...
-//   }
+//   const sql::Columns columns{&column};
+//   sql::OrderKey key;
+//   if (sql::haveStoredKeys(columns)) sql::makeStoredKey(record, columns, key);
 //
 // Pure functions; any thread may call them.
 #pragma once

@@ -1,7 +1,7 @@
 // LIKE over texts as they stand in the file: most are decided without being unpacked.
 //
 //   sql::StoredLike like{sql::LikePattern{u"*timeout*"}};
-//   if (like.matches(field.bytes)) ...
+//   if (like.matches(field.bytes)) use(field);
 //
 // Belongs to one thread.
 #pragma once

@@ -1,4 +1,8 @@
 // The text that a value turns into where an operator joins texts.
+//
+//   sql::appendText(left, text);
+//
+// A pure function; any thread may call it.
 #pragma once
 
 #include "engine/jet/value.h"

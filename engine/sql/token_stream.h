@@ -1,7 +1,8 @@
 // A statement's tokens, read from front to back by its parsers.
 //
 //   sql::TokenStream tokens{u"SELECT 1"};
-//   if (tokens.takeWord(u"SELECT")) ...
+//   tokens.expectWord(u"SELECT");
+//   const sql::Token one = tokens.take();
 //
 // Belongs to one thread.
 #pragma once

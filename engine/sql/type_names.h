@@ -1,7 +1,9 @@
 // The types of columns as statements write them.
 //
-//   jet::NewColumn column{.name = u"Notes"};
-//   sql::parseType(tokens, column);  // TEXT(255)
+//   jet::NewColumn notes{.name = u"Notes"};
+//   sql::parseType(tokens, notes);  // TEXT(255)
+//
+// One thread, that of the token stream.
 #pragma once
 
 #include "engine/sql/token_stream.h"

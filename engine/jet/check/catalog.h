@@ -1,4 +1,10 @@
 // Checks of the catalog, and through it of all tables.
+//
+//   Context context{storage};
+//   checkHeaderPage(context);
+//   checkCatalog(context);
+//
+// One thread, that of the check.
 #pragma once
 
 #include "engine/jet/check/context.h"

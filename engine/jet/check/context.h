@@ -1,4 +1,10 @@
 // What all parts of a check share.
+//
+//   Context context{storage};
+//   PageReader pages = context.reader();
+//   if (!context.inFile(number)) context.report.error(Rule::PageReference, first, "no such page");
+//
+// One thread, that of the check.
 #pragma once
 
 #include "engine/jet/check/ownership.h"

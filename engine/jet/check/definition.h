@@ -1,4 +1,9 @@
 // Checks of a table's definition: its pages as bytes, its columns, its indexes.
+//
+//   const auto definition = checkDefinition(context, first, u"tblTraces");
+//   if (definition) use(definition->columns.size());
+//
+// One thread, that of the check.
 #pragma once
 
 #include "engine/jet/check/context.h"

@@ -1,4 +1,9 @@
 // Checks of the meaning of a table's definition, once it is read.
+//
+//   checkColumns(context, definition);
+//   checkIndexes(context, definition);
+//
+// One thread, that of the check.
 #pragma once
 
 #include "engine/jet/check/context.h"

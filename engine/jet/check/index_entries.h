@@ -3,6 +3,8 @@
 //   EntryCheck entries{context, definition, index, rows, name};
 //   entries.add(key, row, leaf);    // in the order of the index
 //   entries.finish();
+//
+// One thread, that of the check.
 #pragma once
 
 #include "engine/jet/check/index_keys.h"

@@ -1,7 +1,9 @@
 // The keys that the rows of a table must have in one of its indexes, eight bytes a row.
 //
-//   const RowKeys keys{context, definition, index, rows};
-//   if (!keys.matches(place, key)) report();
+//   const checking::RowKeys keys{context, definition, index, rows, name};
+//   if (!keys.matches(place, key)) report(row);
+//
+// One thread, that of the check.
 #pragma once
 
 #include "engine/jet/check/rows.h"

@@ -1,7 +1,9 @@
 // Checks of an index as a tree: each page, and how the pages stand to each other.
 //
-//   IndexTreeCheck tree{context, definition, number, entries};
+//   IndexTreeCheck tree{context, definition, number, entries, name};
 //   if (tree.run()) entries.finish();
+//
+// One thread, that of the check.
 #pragma once
 
 #include "engine/jet/check/index_entries.h"

@@ -1,8 +1,10 @@
 // Checks of the long values of one column that stand outside of their records.
 //
-//   LongValueCheck values{context, table, place, column};
-//   values.check(field.bytes, row);     // for each row
+//   LongValueCheck values{context, definition, place};
+//   values.check(field.bytes, row);  // for each row
 //   values.finish();
+//
+// One thread, that of the check.
 #pragma once
 
 #include "engine/jet/check/context.h"

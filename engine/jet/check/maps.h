@@ -1,5 +1,11 @@
 // Checks of usage maps: the sets of pages that tables, columns and indexes own, and the free pages
 // of the file.
+//
+//   const auto owned = readMap(context, definition.ownedMap, definition.page, "its pages");
+//   const auto free = readMap(context, definition.freeMap, definition.page, "its pages with room");
+//   if (owned && free) checkFreeMap(context, *owned, *free, "its pages with room");
+//
+// One thread, that of the check.
 #pragma once
 
 #include "engine/jet/check/context.h"

@@ -2,6 +2,8 @@
 //
 //   PageOwners owners{pageCount};
 //   if (const auto other = owners.claim(page, {OwnerKind::Rows, table})) report(*other);
+//
+// One thread, that of the check.
 #pragma once
 
 #include "engine/jet/format/types.h"

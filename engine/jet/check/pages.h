@@ -1,7 +1,9 @@
 // Checks of single pages, whatever stands on them.
 //
-//   if (const auto page = takePage(context, pages, number, {OwnerKind::Rows, table}, {kDataPageType}))
-//       checkDataPage(context, *page, number);
+//   const auto page = takePage(context, pages, number, {OwnerKind::Rows, table}, {kDataPageType});
+//   if (page) checkDataPage(context, *page, number);
+//
+// One thread, that of the check.
 #pragma once
 
 #include "engine/jet/check/context.h"

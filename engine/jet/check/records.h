@@ -1,7 +1,9 @@
 // Checks of one record: its parts, and the sizes of its values.
 //
 //   RecordCheck records{context, definition};
-//   if (records.check(bytes, row)) useFields(jet::Record{bytes, row.page()});
+//   if (records.check(bytes, row)) use(Record{bytes, row.page()});
+//
+// One thread, that of the check.
 #pragma once
 
 #include "engine/jet/check/context.h"

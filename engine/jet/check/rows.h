@@ -1,7 +1,10 @@
-// The rows of a table that is being checked: where they are, and a walk over those that can be read.
+// The rows of a table that is being checked: where they are, and a walk over those that can be
+// read.
 //
 //   const LiveRows rows = collectRows(context, definition, pages);
 //   forEachRow(context, definition, rows, [&](std::size_t place, RowId row, Bytes record) { ... });
+//
+// One thread, that of the check.
 #pragma once
 
 #include "engine/jet/bytes.h"

@@ -1,4 +1,8 @@
 // The check of one table with all that belongs to it.
+//
+//   if (const auto table = checkTable(context, first, u"tblTraces")) use(table->rows.ids.size());
+//
+// One thread, that of the check.
 #pragma once
 
 #include "engine/jet/check/rows.h"

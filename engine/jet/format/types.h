@@ -1,5 +1,9 @@
 // The small vocabulary of the file format: page numbers, row identities, column types.
-// Everything here is a plain value; any thread may use it.
+//
+//   const jet::RowId row{jet::PageNumber{17}, 3};
+//   use(row.page(), row.slot());
+//
+// Plain values; any thread.
 #pragma once
 
 #include <compare>

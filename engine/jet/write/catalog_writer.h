@@ -2,7 +2,9 @@
 //
 //   jet::CatalogWriter catalog{context};
 //   catalog.requireFree(u"People");
-//   catalog.addTable(definitionPage, u"People");
+//   catalog.addTable(page, u"People");
+//
+// One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/write/write_context.h"

@@ -1,10 +1,12 @@
 // Data pages being changed: rows added at the end of a page, or a whole page laid out anew.
 //
-//   const auto slot = jet::appendRow(*page, record, 0);     // nothing if it does not fit
+//   const auto slot = jet::appendRow(*page, bytes, 0);  // nothing if it does not fit
 //
 //   jet::PageLayout layout{*page, number};
 //   layout.rows[3].bytes = longerRecord;
 //   if (layout.fits()) layout.writeTo(*page);
+//
+// One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/data_page.h"

@@ -1,4 +1,8 @@
 // The blocks that a table definition consists of, as they are stored.
+//
+//   definition.addColumn(jet::encodeColumn({.type = jet::ColumnType::Long, .size = 4}), u"Age");
+//
+// Pure functions; any thread may call them.
 #pragma once
 
 #include "engine/jet/write/definition_editor.h"

@@ -4,6 +4,8 @@
 //   jet::DefinitionEditor definition{context, page};
 //   definition.addColumn(descriptor, name);
 //   definition.write();
+//
+// One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/bytes.h"

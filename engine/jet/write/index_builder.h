@@ -4,6 +4,8 @@
 //   jet::IndexBuilder builder{pager, allocator, owner, root, map};
 //   builder.add(key, row);                       // ascending
 //   builder.finish();
+//
+// One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/write/index_node.h"

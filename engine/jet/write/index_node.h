@@ -3,6 +3,8 @@
 //   jet::IndexNode node{*pager.page(number), number, owner};
 //   node.entries.insert(node.entries.begin() + at, {entry, kNoPage});
 //   if (node.fits()) node.writeTo(*pager.edit(number), owner);
+//
+// One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/index_page.h"

@@ -1,8 +1,10 @@
 // Entries of one index tree added and removed one by one, and a whole tree built anew.
 //
-//   jet::IndexWriter index{context, definition, 0};
+//   jet::IndexWriter index{pager, allocator, definition, 0};
 //   index.insert(key, row);
 //   index.finish();
+//
+// One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/table_definition.h"

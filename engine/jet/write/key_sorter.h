@@ -1,9 +1,11 @@
-// Sorts the keys of an index in bounded memory. Equal keys are kept once; a row costs 8 bytes as
-// long as its key has come before. What does not fit goes to a temporary file in sorted runs.
+// Sorts the keys of an index in bounded memory. Equal keys are kept once; a row takes 8 bytes if
+// its key has come before. What does not fit goes to a temporary file in sorted runs.
 //
 //   jet::KeySorter keys;
 //   keys.add(keys.code(key), row);
-//   keys.forEach([&](const Key& key, RowId row) {...});   // ascending by key, then by row
+//   keys.forEach([&](const jet::Key& key, jet::RowId row) { use(key, row); });  // by key, by row
+//
+// One thread at a time.
 #pragma once
 
 #include "engine/jet/index_page.h"

@@ -4,6 +4,8 @@
 //   jet::LongValueWriter memos{pager, allocator, column};
 //   memos.store(content, true, field);
 //   memos.finish();
+//
+// One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/table_definition.h"

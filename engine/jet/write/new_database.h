@@ -1,7 +1,9 @@
 // A new, empty database: 16 pages with the four system tables, as the original engine makes them.
 //
-//   jet::createDatabase("traces.mdb");
+//   jet::createDatabase("traces.mdb", now);
 //   auto database = jet::Database::open("traces.mdb");
+//
+// Any thread may call.
 #pragma once
 
 #include "engine/jet/value.h"

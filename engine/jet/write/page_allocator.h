@@ -1,8 +1,14 @@
 // Hands out pages and keeps the map of free pages (page 1, row 0), in which a set bit is a free
 // page and pages behind the map's end are free too.
 //
+//   const jet::PageNumber number = allocator.allocate();
+//   (*pager.edit(number))[0] = 1;
+//   allocator.release(number);
+//
 // New pages come from the end of the file, or are pages that the same statement gave back: a map
 // found in the wild may call a page free that is not.
+//
+// One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/pager.h"

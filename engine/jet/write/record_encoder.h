@@ -2,6 +2,8 @@
 //
 //   jet::RecordEncoder encoder{definition};
 //   encoder.encode(fields, bytes);
+//
+// Immutable; any thread may call it.
 #pragma once
 
 #include "engine/jet/record.h"

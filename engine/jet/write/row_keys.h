@@ -1,7 +1,9 @@
 // The keys of one index, made of rows.
 //
 //   jet::RowKeys keys{definition, index};
-//   if (keys.make(fields, page, reader, key)) writer.insert(key, row);
+//   if (keys.make(fields, page, pages, key)) writer.insert(key, row);
+//
+// One thread at a time.
 #pragma once
 
 #include "engine/jet/index_key.h"

@@ -1,9 +1,11 @@
 // Making and changing tables: their columns, their indexes, their rows of the catalog.
 //
-//   jet::createTable(context, u"People", {{.name = u"Name", .type = ColumnType::Text, .size = 100}});
+//   jet::createTable(context, u"People", {{.name = u"Name", .size = 100}});
 //   jet::createIndex(context, u"People", {.name = u"ByName", .columns = {{u"Name"}}});
 //
 // A table's definition that was read before one of these is out of date after it.
+//
+// One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/table_definition.h"

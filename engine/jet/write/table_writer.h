@@ -2,11 +2,14 @@
 //
 //   jet::TableWriter traces{context, table->definition()};
 //   traces.insert(values);
-//   traces.updateRows([&](const Record& record, PageReader& pages, Assignments& changes) {...});
+//   traces.updateRows([&](const jet::Record&, jet::PageReader&, jet::Assignments& changes) {
+//       changes.push_back({.column = 0, .value = values[0]});
+//       return true;
+//   });
 //   traces.finish();
 //
-// Within a statement, one writer a table at a time. What was written can be read once finish() has
-// been called. A failure leaves the statement to be undone.
+// One thread, that of the statement; one writer a table at a time. What was written can be read
+// once finish() has been called. A failure leaves the statement to be undone.
 #pragma once
 
 #include "engine/jet/table.h"

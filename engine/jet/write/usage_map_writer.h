@@ -3,6 +3,8 @@
 //   jet::UsageMapWriter owned{pager, definition.ownedMap};
 //   owned.insert(page);
 //   owned.save(allocator);
+//
+// One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/usage_map.h"

@@ -2,6 +2,8 @@
 //
 //   jet::Binary stored;
 //   jet::encodeValue(std::u16string{u"Notifier"}, column, stored);
+//
+// Pure functions; any thread may call them.
 #pragma once
 
 #include "engine/jet/table_definition.h"

@@ -2,11 +2,11 @@
 //
 //   database->write([&](jet::WriteContext& context) {
 //       jet::TableWriter people{context, database->table(u"People")->definition()};
-//       people.insert({std::u16string{u"Ada"}});
+//       people.insert(values);
 //       people.finish();
 //   });
 //
-// Lives as long as the statement, on its thread.
+// One thread: that of the statement, with which it ends.
 #pragma once
 
 #include "engine/jet/pager.h"

@@ -1,7 +1,7 @@
 // Finds the width that shows the texts of a column whole.
 //
 //   ContentWidth content(measure);
-//   for (row on view) content.add(text, LineBreaks::blank);
+//   for (const std::wstring& text : textsOnView) content.add(text, LineBreaks::blank);
 //   int width = content.bounded(padding, smallest, largest);
 //
 // One thread (the measure's).

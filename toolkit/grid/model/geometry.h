@@ -1,7 +1,7 @@
 // Where everything is: group area, headings, record selectors, cells; what is scrolled into view; what lies
 // under a point.
 //
-//   geometry.setView(client.width, client.height);
+//   geometry.setView(client.cx, client.cy);
 //   for (RowIndex row = geometry.firstRow(); row < geometry.endRow(); ++row) ...
 //   Hit hit = geometry.hitTest(mouse);
 //

@@ -1,7 +1,7 @@
 // The strip above the headings that shows by which columns the rows are grouped.
 //
 //   GroupArea area;
-//   area.layOut({0, 0, width, height}, {chipWidthOfComponent, chipWidthOfLevel}, gap);
+//   area.layOut({0, 0, width, height}, {componentWidth, levelWidth}, gap);
 //   int level = area.levelAt(mouse);
 //
 // One thread. Distances are device pixels. The strip is as high as the rectangle given; an empty

@@ -1,8 +1,8 @@
 // Maps rows to the 32-bit positions of a scroll bar and back.
 //
 //   ScrollRange range(rowCount, rowsOnAPage);
-//   bar.set(range.barMaximum(), range.barPage(), range.barPosition(topRow));
-//   topRow = range.row(bar.trackPosition());
+//   setBar(range.barMaximum(), range.barPage(), range.barPosition(topRow));
+//   topRow = range.row(trackPosition);
 //
 // Any thread; a value. Up to kMaxBar rows a bar unit is a row. Beyond that a unit stands for
 // several rows; the first and the last position still reach the first and the last row exactly.

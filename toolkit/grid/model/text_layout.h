@@ -2,7 +2,7 @@
 //
 //   std::wstring shown;
 //   std::vector<TextLine> lines;
-//   showable(cellText, LineBreaks::keep, kMax, shown);
+//   showable(text, LineBreaks::keep, maxCharacters, shown);
 //   bool whole = layOutText(shown, {width, 2}, measure, lines);
 //
 // One thread (the measure's). Lines are broken at blanks and between ideographs; a word longer

@@ -1,7 +1,7 @@
 // Captions may carry blanks that keep them off their neighbours; where they are read out or stand in
 // a sentence these are not wanted.
 //
-//   text = trimmed(column.caption()) + L": " + value;
+//   text = trimmed(caption) + L": " + value;
 //
 // A plain function; any thread.
 #pragma once
