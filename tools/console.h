@@ -1,4 +1,11 @@
 // What a command line program asks of its system.
+//
+//   int main(int count, char** values) {
+//       const std::vector<std::string> arguments = plain::arguments(count, values);
+//       plain::makeOutputBinary();
+//   }
+//
+// The thread of main(), before there are others: one thread.
 #pragma once
 
 #include <string>

@@ -1,6 +1,8 @@
 // What a database holds, as text: its tables, their columns and indexes.
 //
 //   plain::listTables(*database, stdout);
+//
+// Any thread may call.
 #pragma once
 
 #include "engine/jet/database.h"

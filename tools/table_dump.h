@@ -1,6 +1,8 @@
 // Whole tables in the plain form, by several threads, in storage order.
 //
-//   jet::Skipped skipped = plain::dump(*query, threads, stdout);
+//   const jet::Skipped skipped = plain::dumpRows(*query, threads, stdout);
+//
+// Any thread may call, one at a time for a file.
 #pragma once
 
 #include "engine/sql/query.h"

@@ -4,7 +4,7 @@
 //   Instance instance;
 //   if (instance.isSecond() && instance.raiseFirst(L"VorelleDiagnosticViewer.frmMain")) end();
 //
-// Keep the object as long as the program runs. The viewer's own thread.
+// Keep the object as long as the program runs. The user-interface thread.
 #pragma once
 
 #include <windows.h>

@@ -3,7 +3,7 @@
 //   ProgramStartUp startUp;
 //   modMain::Main(startUp);
 //
-// The viewer's own thread.
+// The user-interface thread.
 #pragma once
 
 #include "src/app/command_line.h"

@@ -1,6 +1,6 @@
 // Start-up of the real program: the system's command line, the main window, the dialogs.
 //
-// The viewer's own thread.
+// The user-interface thread.
 #pragma once
 
 #include "src/app/instance.h"

@@ -4,7 +4,7 @@
 //   background.rsGen().open(query, connection, ado::adOpenStatic, ado::adLockReadOnly,
 //                           ado::adAsyncFetch);
 //
-// The viewer's own thread; the recordset's events arrive on it.
+// The user-interface thread; the recordset's events arrive on it.
 #pragma once
 
 #include "engine/ado/recordset.h"

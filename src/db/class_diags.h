@@ -1,7 +1,7 @@
 // The owner of the trace recordset, and what happens while its rows arrive: the status bar counts
 // them, and when all are there the grid is sorted by date.
 //
-// The viewer's own thread; the recordset's events arrive on it.
+// The user-interface thread; the recordset's events arrive on it.
 #pragma once
 
 #include "engine/ado/recordset.h"

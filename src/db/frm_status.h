@@ -1,10 +1,10 @@
 // The small window that long operations show while they run.
 //
-//   status.displayStatus(u"Sorting data please wait...", false);
+//   status.displayStatus(u"Sorting data please wait...", false, this);
 //   sort();
 //   status.hideStatus();
 //
-// The viewer's own thread.
+// The user-interface thread.
 #pragma once
 
 #include "src/i18n/localized_form.h"

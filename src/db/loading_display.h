@@ -1,7 +1,7 @@
 // What loading a database shows to the user, as the data side sees it: the main window stands
 // behind it, and in tests a record of calls.
 //
-// The viewer's own thread.
+// The user-interface thread.
 #pragma once
 
 #include <cstdint>

@@ -3,7 +3,7 @@
 //   modDatabase::connectToDB(path);
 //   modDatabase::openRecordsets();
 //
-// The viewer's own thread. No procedure here throws: errors are reported as log/procedure.h says.
+// The user-interface thread. No procedure here throws: errors are reported as log/procedure.h says.
 #pragma once
 
 #include "src/db/loading_display.h"

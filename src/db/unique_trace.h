@@ -1,5 +1,9 @@
 // The distinct combinations of component, trace level, process and source in the open database.
-// The viewer's own thread.
+//
+//   UniqueTraces traces;
+//   traces.push_back({.component = u"Notifier", .traceLevel = std::int32_t{3}});
+//
+// Plain values; any thread.
 #pragma once
 
 #include "engine/ado/recordset.h"

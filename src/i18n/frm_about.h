@@ -1,11 +1,11 @@
 // The about box: which program this is, who made it, and in which language it speaks.
 //
 //   frmAbout about;
-//   about.layOutMainWindow = [this] { ... };
+//   about.layOutMainWindow = [this] { layOut(); };
 //   about.showModal();
 //
-// A language chosen from its menu takes effect at once in every form that is loaded. The viewer's
-// own thread.
+// A language chosen from its menu takes effect at once in every form that is loaded. The
+// user-interface thread.
 #pragma once
 
 #include "src/i18n/localized_form.h"

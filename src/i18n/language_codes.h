@@ -1,5 +1,9 @@
 // The languages that the program may have texts for: the system's identifiers and the codes of
-// three letters that stand in names of files. Any thread.
+// three letters that stand in names of files.
+//
+//   const std::u16string code = modLocalize::codeOfLanguage(0x0407);  // "DEU"
+//
+// Pure functions; any thread may call them.
 #pragma once
 
 #include <cstdint>

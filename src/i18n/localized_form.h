@@ -8,7 +8,7 @@
 //       void Auto_Init() override { frmStatus_Auto_Init(); }
 //   };
 //
-// The viewer's own thread.
+// The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/form.h"

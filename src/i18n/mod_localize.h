@@ -1,7 +1,7 @@
 // The texts that users see, by number, in the language in use: those of a resource library beside
 // the program, and where it has none the program's own, which are English.
 //
-// The viewer's own thread.
+// The user-interface thread.
 #pragma once
 
 #include <cstdint>

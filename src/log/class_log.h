@@ -8,7 +8,7 @@
 // begins or ends, with every warning and error, and when the program ends. Nothing here throws: a
 // failure is logged itself if possible, and the line is lost.
 //
-// The viewer's own thread, but for lastWords.
+// The user-interface thread, but for lastWords.
 #pragma once
 
 #include "src/log/command_object.h"

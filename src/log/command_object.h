@@ -1,4 +1,8 @@
 // A statement with its parameters, as the log shows it.
+//
+//   const CommandObject command{.text = u"SELECT * FROM tblTraces", .parameters = {}};
+//
+// A plain value; any thread.
 #pragma once
 
 #include <string>

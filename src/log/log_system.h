@@ -5,7 +5,7 @@
 //   LogSystem system = fake.system();                 // in a test
 //   classLog log{std::move(system)};
 //
-// The viewer's own thread.
+// The user-interface thread.
 #pragma once
 
 #include <cstdint>

@@ -9,7 +9,7 @@
 //       });
 //   }
 //
-// The viewer's own thread.
+// The user-interface thread.
 #pragma once
 
 #include <cstdint>

@@ -2,7 +2,7 @@
 //
 //   setLogSystem(windowsLogSystem);
 //
-// The viewer's own thread.
+// The user-interface thread.
 #pragma once
 
 #include "src/log/log_system.h"

@@ -4,7 +4,7 @@
 //   frmMacroTraces dialog{tvUniqueTraces};
 //   dialog.showModal();
 //
-// The filter itself is not applied here. The viewer's own thread.
+// The filter itself is not applied here. The user-interface thread.
 #pragma once
 
 #include "src/i18n/localized_form.h"

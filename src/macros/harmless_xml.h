@@ -1,8 +1,8 @@
 // A look at an XML text before a parser gets it: a trace database comes from elsewhere, and a parser
 // may be led to read other files, to swell a text a millionfold or to run out of stack.
 //
-//   macros::requireHarmlessXml(data);
-//   scratch.load(data);
+//   macros::requireHarmlessXml(text);
+//   scratch.load(toWide(text));
 //
 // A plain function of its argument; any thread.
 #pragma once

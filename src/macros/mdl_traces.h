@@ -1,14 +1,12 @@
 // Macro traces: named groups of trace settings that the database brings along. Its rows are merged
-// into one document:
-//
-//   HYBRIDTRACES
-//     GA NAME [DONTSHOW]          a group, by its first row; DESCRIPTION if it has one
-//       TRACE NAME                a macro trace; DESCRIPTION
-//         DIAG GROUP              a component to switch on
-//           FLAG ID               one of its levels
+// into one document.
 //
 //   modDatabase::setMacroTraceReader(mdlTraces::initMacroTraces);   // once, at start-up
 //   const xml::Node trace = mdlTraces::findTrace(L"Calls", L"Incoming calls");
+//
+// Below the root HYBRIDTRACES stand the groups (GA with NAME and DESCRIPTION, and DONTSHOW if it is
+// hidden), in them the macro traces (TRACE with NAME and DESCRIPTION), in them the components to
+// switch on (DIAG with GROUP), and in them their levels (FLAG with ID).
 //
 // The user-interface thread.
 #pragma once

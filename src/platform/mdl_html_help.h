@@ -2,7 +2,7 @@
 //
 //   mdlHTMLHelp::showCHMHelp(hwnd(), mdlHTMLHelp::getHelpFileName());
 //
-// The viewer's own thread. Nothing here throws.
+// The user-interface thread. Nothing here throws.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,8 @@
-// mdlPriority: the priority of the viewer's own process. The viewer's own thread.
+// mdlPriority: the priority of the viewer's own process.
+//
+//   mdlPriority::ChangePriority(mdlPriority::kBelowNormal);
+//
+// The user-interface thread.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,8 @@
-// The running program: where it lies and which version it is. Any thread.
+// The running program: where it lies and which version it is.
+//
+//   const std::u16string logs = program::folder() + u"\\LOGS";
+//
+// Any thread.
 #pragma once
 
 #include <string>

@@ -1,9 +1,9 @@
 // RegistryAPI: the few reads of the registry that the viewer needs, and where they come from.
 //
-//   if (RegistryAPI::registry().keyExists(u"Software\\Pellamar")) ...
+//   if (!RegistryAPI::registry().keyExists(u"Software\\Pellamar")) return;
 //   const std::u16string version = RegistryAPI::readText(u"Software\\...", u"Version");
 //
-// Everything lies under HKEY_LOCAL_MACHINE. The viewer's own thread.
+// Everything lies under HKEY_LOCAL_MACHINE. The user-interface thread.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,8 @@
-// The system's error codes as run-time failures. Any thread.
+// The system's error codes as run-time failures.
+//
+//   if (::CreateDirectoryW(folder.c_str(), nullptr) == 0) throwFileError(::GetLastError());
+//
+// Any thread.
 #pragma once
 
 #include <cstdint>

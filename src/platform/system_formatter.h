@@ -1,4 +1,8 @@
-// Values as text in the form that the user's system settings give them. Any thread.
+// Values as text in the form that the user's system settings give them.
+//
+//   recordset.setFormatter(std::make_shared<SystemFormatter>());
+//
+// Any thread.
 #pragma once
 
 #include "engine/ado/value_formatter.h"

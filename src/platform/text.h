@@ -1,5 +1,8 @@
 // Texts on their way between the engine's UTF-16 and the window system's wide characters.
-// Any thread.
+//
+//   const std::u16string position = u"Line " + toText(12);
+//
+// Pure functions; any thread may call them.
 #pragma once
 
 #include <cstdint>

@@ -4,7 +4,7 @@
 //   const VersionRecord server = Utilities::getVersion();
 //   if (server.major > 0) ...
 //
-// The viewer's own thread. Nothing here throws.
+// The user-interface thread. Nothing here throws.
 #pragma once
 
 #include <cstdint>

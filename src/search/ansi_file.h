@@ -5,7 +5,7 @@
 //
 // Characters that the code page lacks become the ones that look most like them, else "?". Other
 // programs may read the file meanwhile. Errors are RuntimeError with the numbers customary for
-// files. The viewer's own thread.
+// files. The user-interface thread.
 #pragma once
 
 #include "src/search/export.h"

@@ -5,7 +5,7 @@
 //   findDialog.show();
 //
 // Loaded when it is first shown and only hidden afterwards, so that history and direction stay.
-// The viewer's own thread.
+// The user-interface thread.
 #pragma once
 
 #include "src/search/find_history.h"

@@ -1,10 +1,10 @@
 // Trace records as tab-separated text, in blocks, so that the caller can let events run between.
 //
-//   TraceExport output{*view, file};
+//   TraceExport output{view, file};
 //   while (output.writeBlock()) showProgress(output.position());
 //
 // The text: a line with the names of the fields, then blocks of 100 rows, each block followed by an
-// empty line. Lines end with CR LF; Null is an empty field. The viewer's own thread.
+// empty line. Lines end with CR LF; Null is an empty field. The user-interface thread.
 #pragma once
 
 #include "engine/ado/recordset.h"

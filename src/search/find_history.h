@@ -4,7 +4,7 @@
 //   if (use.added) comboFindWhat.addItem(toWide(text), use.index);
 //   comboFindWhat.setListIndex(use.index);
 //
-// The viewer's own thread.
+// The user-interface thread.
 #pragma once
 
 #include <string>

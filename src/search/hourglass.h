@@ -3,7 +3,7 @@
 //
 //   const Hourglass hourglass{*this};
 //
-// The viewer's own thread.
+// The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/form.h"

@@ -3,7 +3,7 @@
 //   searchTraces(u"[frmMain]myfindText", diags()->rsDiags(),
 //                {.text = lastFindText(), .stepFirst = true}, setNotice);
 //
-// The viewer's own thread.
+// The user-interface thread.
 #pragma once
 
 #include "engine/ado/recordset.h"

@@ -43,7 +43,7 @@ function withoutEllipsis(code) {
 }
 
 function declares() {
-    return code[1] ~ /^(class|struct|template|void|bool|int|std::[a-z0-9_]+) / && code[codeLines] ~ /^};?$/
+    return code[1] !~ /^(if|for|while|switch|try|do|\{)/ && code[1] ~ /\{$/ && code[codeLines] ~ /^};?$/
 }
 
 function printExample(header, line) {

@@ -14,8 +14,10 @@ struct src {
     void use(const Values&...);
 
     HWND hwnd() const;
-    std::u16string path;
     std::u16string text;
+    std::u16string path;
+    ado::Recordset& recordset;
+    grid::Grid& tdbgridData;
     std::function<void(const std::u16string&)> setNotice;
 };
 
@@ -29,9 +31,13 @@ struct src_db_class_adors_h : src {
     ado::Connection& connection;
 };
 
-struct src_db_frm_status_h : src {
+struct src_db_frm_status_h : forms::Form {
     frmStatus& status;
     void sort();
+};
+
+struct src_i18n_frm_about_h : src {
+    void layOut();
 };
 
 struct src_log : src {
@@ -55,13 +61,20 @@ struct src_macros_frm_macro_traces_h : src {
 };
 
 struct src_macros_harmless_xml_h : src {
-    std::string data;
     xml::Document scratch;
 };
 
 struct src_macros_macro_level_h : src {
     std::u16string qrxIndex;
     void tick();
+};
+
+struct src_platform_system_error_h : src {
+    std::wstring folder;
+};
+
+struct src_search_ansi_file_h : src {
+    std::wstring path;
 };
 
 struct src_search_export_h : src {
@@ -78,7 +91,6 @@ struct src_search_find_history_h : src {
 struct src_search_hourglass_h : forms::Form {};
 
 struct src_ui_main_grid_arrangement_h : src {
-    grid::Grid& tdbgridData;
     grid::DataSource& other;
 };
 

@@ -10,7 +10,7 @@ namespace examples {
 
 struct toolkit {
     HWND hwnd() const;
-    unsigned dpi;
+    forms::Dpi dpi;
     std::wstring text;
 };
 
@@ -20,13 +20,30 @@ struct toolkit_forms : toolkit {
     forms::Form& form;
 };
 
-struct toolkit_forms_accessible_object_h : toolkit_forms {
-    WPARAM wParam;
-    LPARAM lParam;
+struct toolkit_forms_accessible_object_h : forms::Window {
+    struct Gauge;
+};
+
+struct toolkit_forms_accessible_object_h::Gauge : forms::AccessibleObject {
+    std::wstring name(LONG child) override;
+    long role(LONG child) override;
+    long state(LONG child) override;
+    RECT location(LONG child) override;
+    long childCount() override;
+    IDispatch* child(LONG child) override;
+    IDispatch* parent() override;
+    void focus(VARIANT& answer) override;
+    void selection(VARIANT& answer) override;
+    void hitTest(POINT screen, VARIANT& answer) override;
+    void navigate(long direction, LONG child, VARIANT& answer) override;
+    bool select(long flags, LONG child) override;
+    bool doAction(LONG child) override;
 };
 
 struct toolkit_forms_application_h : toolkit_forms {
-    using frmMain = forms::Form;
+    struct frmMain : forms::Form {
+        frmMain();
+    };
 };
 
 struct toolkit_forms_buttons_h : toolkit_forms {
@@ -86,11 +103,12 @@ struct toolkit_forms_tree_view_h : toolkit_forms {
 struct toolkit_grid : toolkit {
     grid::DataSource& source;
     grid::Grid& dataGrid;
+    grid::Grid& tdbgridData;
     HDC dc;
     HDC screenDc;
     HDC canvas;
-    RECT rect;
-    RECT dirty;
+    grid::Rect rect;
+    grid::Rect dirty;
     grid::Style style;
     grid::RowIndex row;
 };
@@ -113,8 +131,11 @@ struct toolkit_grid_cell_text_h : toolkit_grid {
 
 struct toolkit_grid_cell_tip_h : toolkit_grid {
     grid::CellTip tip;
-    RECT cellOnScreen;
+    grid::Rect cellOnScreen;
+    HFONT font;
 };
+
+struct toolkit_grid_data_source_h : grid::DataSource {};
 
 struct toolkit_grid_drawing_h : toolkit_grid {
     int x;
@@ -124,6 +145,10 @@ struct toolkit_grid_drawing_h : toolkit_grid {
 
 struct toolkit_grid_grid_h : toolkit_grid {
     void sortBy(int column);
+};
+
+struct toolkit_grid_grid_accessible_h : toolkit_grid {
+    int column;
 };
 
 struct toolkit_grid_heading_theme_h : toolkit_grid {
@@ -148,6 +173,8 @@ struct toolkit_grid_model : toolkit {
     grid::RowIndex row;
     grid::RowIndex rowCount;
     int column;
+    void draw(grid::RowIndex row);
+    void select(grid::RowIndex row);
     grid::Geometry geometry;
     grid::Selection selection;
     grid::Point mouse;

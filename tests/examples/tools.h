@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace examples {
 
@@ -20,6 +21,7 @@ struct tools {
     const jet::Column& column;
     std::FILE* out;
     unsigned threads;
+    std::vector<traces::TraceOrigin> origins;
 };
 
 struct tools_plain_form_h : tools {

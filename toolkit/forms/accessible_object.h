@@ -1,15 +1,15 @@
 // AccessibleObject: the base of what screen readers are told of a window.
 //
-//   class Gauge : public forms::AccessibleObject {
-//       std::wstring name(LONG child) override { return L"Oil pressure"; }
-//       ...
-//   };
-//   case WM_GETOBJECT: return forms::answerObject(wParam, lParam, [] { return new Gauge; });
+//   LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override {
+//       if (message != WM_GETOBJECT) return Window::handleMessage(message, wParam, lParam);
+//       return forms::answerObject(wParam, lParam, [] { return new Gauge; });
+//   }
+//
+// The user-interface thread, through whose message pump the calls of screen readers come in.
 //
 // Reference counted; made with one reference, for its maker. Screen readers live in other processes
-// and may keep an object for longer than its window: derived classes must answer then, too. Calls
-// come in through the message pump of the window's thread. Child 0 (CHILDID_SELF) is the object
-// itself. No exception leaves a call.
+// and may keep an object for longer than its window: derived classes must answer then, too. Child 0
+// (CHILDID_SELF) is the object itself. No exception leaves a call.
 #pragma once
 
 #include <windows.h>

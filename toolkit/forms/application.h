@@ -1,8 +1,8 @@
 // Application: what a program needs before its first window, and the message pump.
 //
 //   forms::Application application;      // first thing in wWinMain
-//   frmMain form;
-//   form.show();
+//   frmMain mainWindow;
+//   mainWindow.show();
 //   return forms::run();
 //
 // The thread that makes the Application is the user-interface thread; every form and control

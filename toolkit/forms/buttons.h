@@ -4,7 +4,7 @@
 //   cmdFind.onClick = [this] { cmdFind_Click(); };
 //   optionDown.setValue(true);
 //
-// The form's own thread.
+// The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/control.h"

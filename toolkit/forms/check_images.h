@@ -1,4 +1,8 @@
 // The pictures of check boxes in a tree or list, drawn for a given number of dots per inch.
+//
+//   const HIMAGELIST images = forms::makeCheckImages(window.hwnd(), window.dpi());
+//
+// The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/units.h"

@@ -4,7 +4,7 @@
 //   comboFindWhat.addItem(text, 0);
 //   comboFindWhat.onChange = [this] { comboFindWhat_Change(); };
 //
-// Items are counted from 0. The form's own thread.
+// Items are counted from 0. The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/control.h"

@@ -14,7 +14,7 @@
 // of them alike.
 //
 // A new kind of control derives from Control, says in kind() what window it needs, and handles its
-// messages as any Window does. The form's own thread.
+// messages as any Window does. The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/font.h"

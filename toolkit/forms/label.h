@@ -4,7 +4,7 @@
 //   lblStatus.setText(path);
 //   lblStatus.refresh();
 //
-// The form's own thread.
+// The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/control.h"

@@ -13,7 +13,7 @@
 // accelerator keys and are written behind the captions. An invisible entry is not in the menu at
 // all and its shortcut is dead; an invisible submenu can still pop up under the mouse.
 //
-// The form's own thread.
+// The user-interface thread.
 #pragma once
 
 #include <windows.h>

@@ -3,7 +3,7 @@
 //   forms::Picture pictureProgram;
 //   pictureProgram.setIcon(IDI_VIEWER);
 //
-// The form's own thread.
+// The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/control.h"

@@ -4,7 +4,7 @@
 //   pbarStatus.setMax(recordCount);
 //   pbarStatus.setValue(position);
 //
-// The form's own thread.
+// The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/control.h"

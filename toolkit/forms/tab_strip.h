@@ -6,7 +6,7 @@
 //   sstabMain.setTab(0);
 //
 // Tabs are counted from 0. Ctrl+Tab, Ctrl+Shift+Tab, Ctrl+PageDown and Ctrl+PageUp switch from
-// anywhere on the form, the arrow keys while the strip has the focus. The form's own thread.
+// anywhere on the form, the arrow keys while the strip has the focus. The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/control.h"

@@ -1,10 +1,10 @@
 // TextBox: text to read and to edit, in one line or several.
 //
 //   forms::TextBox txtTrace{{.multiLine = true, .readOnly = true, .verticalScroll = true}};
-//   txtTrace.setText(trace);
+//   txtTrace.setText(text);
 //   txtName.onChange = [this] { txtName_Change(); };
 //
-// Lines of a text end with "\r\n". The form's own thread.
+// Lines of a text end with "\r\n". The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/control.h"

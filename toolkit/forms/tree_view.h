@@ -9,7 +9,7 @@
 // between a TreeUpdate's beginning and end, which draws the tree once.
 //
 // onNodeCheck tells of the user's ticks, by mouse or keyboard, once for each, after the control is
-// through with it; ticks set by the program raise no event. The form's own thread.
+// through with it; ticks set by the program raise no event. The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/control.h"

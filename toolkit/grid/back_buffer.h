@@ -1,10 +1,10 @@
 // BackBuffer: a bitmap to paint into, so that the screen only ever sees finished pictures.
 //
-//   HDC canvas = buffer.open(screenDc, clientWidth, clientHeight);
-//   ... paint ...
+//   const HDC canvas = buffer.open(screenDc, client.cx, client.cy);
+//   paint(canvas);
 //   buffer.copyTo(screenDc, dirty, {dirty.left, dirty.top});
 //
-// The grid's thread. The bitmap is kept between paints and grows with the window.
+// The user-interface thread. The bitmap is kept between paints and grows with the window.
 #pragma once
 
 #include "toolkit/grid/model/shapes.h"

@@ -1,10 +1,10 @@
 // CellText: a cell's text, laid out as it is drawn.
 //
-//   cell.fetch(source, {row, column}, wrap, {innerWidth, lines}, font);
+//   cell.fetch(source, {row, column}, wrap, {width, lines}, font);
 //   if (!cell.whole) offerTip(cell.text);
 //
-// The grid's thread. The buffers are kept from cell to cell, so that painting a page allocates
-// nothing.
+// The user-interface thread. The buffers are kept from cell to cell, so that painting a page
+// allocates nothing.
 #pragma once
 
 #include "toolkit/grid/data_source.h"

@@ -1,9 +1,9 @@
 // CellTip: the window that shows a cell's whole text while the mouse rests on it.
 //
-//   tip.show(hwnd, cellOnScreen, text, true, dpi);
+//   tip.show(hwnd(), cellOnScreen, text, true, font, dpi);
 //   tip.hide();
 //
-// The grid's thread. The tooltip window is made when it is first needed.
+// The user-interface thread. The tooltip window is made when it is first needed.
 #pragma once
 
 #include "toolkit/forms/units.h"

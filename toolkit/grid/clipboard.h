@@ -1,8 +1,8 @@
 // Text for the clipboard.
 //
-//   if (!putOnClipboard(hwnd(), text)) MessageBeep(MB_ICONWARNING);
+//   if (!putOnClipboard(hwnd(), text)) ::MessageBeep(MB_ICONWARNING);
 //
-// The thread of the window.
+// The user-interface thread.
 #pragma once
 
 #include <windows.h>

@@ -5,7 +5,7 @@
 //   date.autoSize();
 //
 // The grid makes one column for every field of its data source and destroys them all when another
-// source is set. The grid's thread.
+// source is set. The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/font.h"

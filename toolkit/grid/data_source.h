@@ -1,11 +1,12 @@
 // DataSource: where a grid gets its rows from.
 //
-//   class Numbers : public grid::DataSource { ... };
-//   dataGrid.setDataSource(&numbers);
-//   numbers.append(1000); dataGrid.rowCountChanged();
+//   void cellText(std::int64_t row, int column, std::wstring& text) const override {
+//       text = column == 0 ? std::to_wstring(row + 1) : L"";
+//   }
 //
-// Every member is called on the grid's thread, most of them while it paints. The source tells the
-// grid of its changes through the grid's notifications (grid.h); it must outlive its being set.
+// The user-interface thread, on which the grid calls every member, most of them while it paints. The
+// source tells the grid of its changes through the grid's notifications (grid.h); it must outlive
+// its being set.
 #pragma once
 
 #include <cstdint>

@@ -1,9 +1,9 @@
 // The few shapes that a grid is drawn with, on pixel borders so that they are crisp at any size.
 //
-//   fill(dc, rect, GetSysColor(COLOR_WINDOW));
+//   fill(dc, rect, ::GetSysColor(COLOR_WINDOW));
 //   drawTriangle(dc, Direction::up, {x, y}, 4, color);
 //
-// The thread that owns the device context.
+// The user-interface thread.
 #pragma once
 
 #include "toolkit/grid/model/shapes.h"

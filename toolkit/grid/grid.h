@@ -12,7 +12,7 @@
 // knows nothing of it: the grid then shows other rows below each other than the source has, called
 // view rows here, among them one for every group.
 //
-// The thread that made the window. Lengths are twips unless they say pixels; rows and columns are
+// The user-interface thread. Lengths are twips unless they say pixels; rows and columns are
 // counted from 0.
 #pragma once
 

@@ -1,12 +1,15 @@
 // What screen readers are told of a grid: a table of rows of cells.
 //
-//   the table                 child 1: the row of headings, child n + 2: view row n
-//   a row                     child k: the cell of the k-th column on view; a group's row has none
+//   const LONG child = GridAccessible::childOf(dataGrid, {row, column});
+//   ::NotifyWinEvent(EVENT_OBJECT_FOCUS, hwnd(), OBJID_CLIENT, child);
+//
+// Child 1 of the table is the row of headings, child n + 2 is view row n. Child k of a row is the
+// cell of the k-th column on view; a group's row has none.
 //
 // Every part is an object of its own, made when it is asked for. So that an event can name a cell,
 // the table also answers for negative children: -1 - (view row * columns + column).
 //
-// The grid's thread; objects may outlive the grid and then say that they are gone.
+// The user-interface thread; objects may outlive the grid and then say that they are gone.
 #pragma once
 
 #include "toolkit/forms/accessible_object.h"

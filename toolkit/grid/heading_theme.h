@@ -1,10 +1,10 @@
 // HeadingTheme: draws the body of column headings in the user's visual style, or plainly where
 // there is none.
 //
-//   theme.open(hwnd);
+//   theme.open(hwnd());
 //   theme.draw(dc, rect, HeadingState::hot, style.back.resolve(false));
 //
-// The grid's thread.
+// The user-interface thread.
 #pragma once
 
 #include "toolkit/grid/back_buffer.h"

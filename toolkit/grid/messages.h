@@ -1,7 +1,9 @@
 // Messages that a grid's window answers, for tests and tools that look at it from another process.
 // They carry no pointers.
 //
-//   LRESULT rows = SendMessageW(gridWindow, grid::GM_GETPAINTEDROWS, 0, 0);
+//   const LRESULT rows = ::SendMessageW(gridWindow, grid::GM_GETPAINTEDROWS, 0, 0);
+//
+// Any thread may send them, of any process.
 #pragma once
 
 #include <windows.h>

@@ -4,8 +4,8 @@
 //   painter.paint(dirty);
 //   count += painter.paintedCells();
 //
-// The grid's thread. A Painter lives for one paint. It decides nothing: the scene says what is
-// where and in which state.
+// The user-interface thread. A Painter lives for one paint. It decides nothing: the scene says what
+// is where and in which state.
 #pragma once
 
 #include "toolkit/forms/units.h"

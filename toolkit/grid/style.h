@@ -1,10 +1,10 @@
 // How cells and headings look: named styles, with colours that follow the system's.
 //
-//   Style warning = grid.style(L"Normal");
+//   Style warning = dataGrid.style(L"Normal");
 //   warning.text = Color::rgb(192, 0, 0);
-//   grid.setStyle(L"Warning", warning);
+//   dataGrid.setStyle(L"Warning", warning);
 //
-// Values; the grid's thread, since resolving asks the system for its colours.
+// Values. The user-interface thread, since resolving asks the system for its colours.
 #pragma once
 
 #include "toolkit/grid/data_source.h"

@@ -2,11 +2,11 @@
 // were asked for.
 //
 //   TextFont& font = fonts.get(column.font(), style.bold);
-//   SelectObject(dc, font.handle());
+//   ::SelectObject(dc, font.handle());
 //   int width = font.width(L"text");
 //
-// The grid's thread. Widths of the common letters are remembered, so that measuring a line of
-// trace text is a few additions; other scripts are measured by Windows, which knows where their
+// The user-interface thread. Widths of the common letters are remembered, so that measuring a line
+// of trace text is a few additions; other scripts are measured by Windows, which knows where their
 // glyphs come from.
 #pragma once
 

@@ -1,4 +1,8 @@
-// The timers of a grid's window. The grid's thread.
+// The timers of a grid's window.
+//
+//   ::KillTimer(hwnd(), kRegroupTimer);
+//
+// The user-interface thread.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,8 @@
 // Macro traces for made-up databases: a dozen groups over the components that the lines have.
+//
+//   for (const std::u16string& row : traces::macroDefinitions(origins)) use(row);
+//
+// A pure function; any thread may call it.
 #pragma once
 
 #include "tools/traces/trace_generator.h"

@@ -1,4 +1,9 @@
 // Random numbers that are the same on every machine and with every standard library.
+//
+//   traces::Random random{42};
+//   const std::uint32_t dice = random.between(1, 6);
+//
+// One thread at a time.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,11 @@
 // The main window: a tab with the trace grid and the full text of the current trace, a tab for the
 // filters, a menu and a status bar.
 //
-// The viewer's own thread.
+//   frmMain mainWindow;
+//   mainWindow.show();
+//   mainWindow.reloadDBGrid(recordset);
+//
+// The user-interface thread.
 #pragma once
 
 #include "engine/ado/recordset.h"

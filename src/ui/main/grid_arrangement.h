@@ -5,7 +5,7 @@
 //   tdbgridData.setDataSource(&other);
 //   arrangement.applyTo(tdbgridData);
 //
-// The viewer's own thread.
+// The user-interface thread.
 #pragma once
 
 #include "toolkit/grid/grid.h"

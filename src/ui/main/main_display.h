@@ -1,4 +1,4 @@
-// Shows the loading of a database in the main window. The viewer's own thread.
+// Shows the loading of a database in the main window. The user-interface thread.
 #pragma once
 
 #include "src/db/loading_display.h"

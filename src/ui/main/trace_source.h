@@ -1,4 +1,9 @@
-// The trace recordset as the grid wants to see it. The viewer's own thread.
+// The trace recordset as the grid wants to see it.
+//
+//   TraceSource source{recordset};
+//   tdbgridData.setDataSource(&source);
+//
+// The user-interface thread.
 #pragma once
 
 #include "engine/ado/recordset.h"

@@ -1,8 +1,8 @@
-// Where everything is: group area, headings, record selectors, cells; what is scrolled into view; what lies
-// under a point.
+// Where everything is: group area, headings, record selectors, cells; what is scrolled into view;
+// what lies under a point.
 //
 //   geometry.setView(client.cx, client.cy);
-//   for (RowIndex row = geometry.firstRow(); row < geometry.endRow(); ++row) ...
+//   for (RowIndex row = geometry.firstRow(); row < geometry.endRow(); ++row) draw(row);
 //   Hit hit = geometry.hitTest(mouse);
 //
 // One thread. All distances are device pixels. The vertical scroll position is a 64-bit pixel

@@ -2,10 +2,11 @@
 //
 //   Selection before = selection;
 //   selection.extendTo({row, column});
-//   if (selection.contains(row)) ...
+//   if (selection.contains(row)) select(row);
 //
-// A value. The selected rows are those from the anchor to the end of the range: just the current
-// row, unless more were selected with Shift. Rows are counted as they stand on view.
+// A plain value; any thread. The selected rows are those from the anchor to the end of the
+// range: just the current row, unless more were selected with Shift. Rows are counted as they stand
+// on view.
 #pragma once
 
 #include "toolkit/grid/model/shapes.h"

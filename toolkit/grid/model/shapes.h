@@ -1,7 +1,7 @@
 // Points, rectangles and cells, so that the grid's arithmetic needs no window system.
 //
 //   Rect cell = geometry.cellRect({row, column});
-//   if (cell.contains(mouse)) ...
+//   if (cell.contains(mouse)) select(row);
 //
 // Plain values; any thread. Distances are device pixels, x to the right and y downwards.
 #pragma once
