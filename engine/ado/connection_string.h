@@ -15,10 +15,10 @@ namespace ado {
 
 class ConnectionString {
 public:
-    /// Names ignore case; blanks around names and values do not count. A value may stand in single
-    /// or double quotes, which are doubled inside it. A piece without a name belongs to the value
-    /// before it, since file names may hold a semicolon. Throws Error{3001} for an open quote or a
-    /// string that begins with a piece without a name.
+    /// Names are not case-sensitive; blanks around names and values are ignored. A value may be in
+    /// single or double quotes, which are doubled inside it. A piece without a name belongs to the
+    /// value before it, since file names may contain a semicolon. Throws Error{3001} for an open
+    /// quote and if the first piece has no name.
     explicit ConnectionString(std::u16string_view text);
 
     /// The last value of that name; empty if there is none.

@@ -28,8 +28,8 @@ struct FetchOutcome {
 struct FetchEvents {
     std::shared_ptr<Scheduler> scheduler;
 
-    /// Rows so far, a multiple of 1,000. At most one is under way: an owner that is behind hears
-    /// the latest number only.
+    /// Rows so far, a multiple of 1,000. At most one event is pending: an owner that falls behind
+    /// gets only the latest number.
     std::function<void(std::uint32_t rows)> progress;
 
     std::function<void()> complete;
@@ -45,18 +45,18 @@ public:
     Fetch(const Fetch&) = delete;
     Fetch& operator=(const Fetch&) = delete;
 
-    /// Begins on a new thread. `firstRows` are published as soon as they are there.
+    /// Starts on a new thread. `firstRows` rows are published as soon as they have been read.
     void start(std::uint32_t firstRows);
 
     /// Fetches all rows on the calling thread, without events.
     void runHere();
 
-    /// Waits until the first rows are there, or the end, or until so many rows of the table have
-    /// been tried that waiting longer would be felt.
+    /// Waits for the first rows or the end of the fetch, or until so many rows have been scanned
+    /// that a longer wait would be noticeable.
     void waitForFirstRows();
 
-    /// Ends the fetch and its events. Returns within 50 ms: should the storage not answer by then,
-    /// the thread is left to itself and ends when it does.
+    /// Cancels the fetch and its events. Returns within 50 ms: if the storage has not answered by
+    /// then, the thread is detached and ends when it does.
     void cancel();
 
     FetchOutcome outcome() const;

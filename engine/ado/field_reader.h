@@ -27,15 +27,15 @@ public:
     FieldReader(const FieldReader&) = delete;
     FieldReader& operator=(const FieldReader&) = delete;
 
-    /// False if the row is gone or damaged. The field's bytes hold until the next read().
+    /// False if the row is deleted or damaged. The field's bytes are valid until the next read().
     /// Throws jet::Error for failures of the storage.
     bool read(jet::RowId row, const jet::Column& column, jet::StoredField& field);
 
     /// The value of a field just read; Null if it is damaged. Throws as read().
     jet::Value value(const jet::StoredField& field, const jet::Column& column);
 
-    /// The stored bytes of a text, wherever they stand; nothing if it is Null, gone or damaged.
-    /// They hold until the next use of the reader. Throws as read().
+    /// The stored bytes of a text, inline or not; nothing if it is Null, deleted or damaged.
+    /// Valid until the next use of the reader. Throws as read().
     std::optional<jet::Bytes> storedText(jet::RowId row, const jet::Column& column);
 
     /// Appends the characters of a text; false if it is damaged. Throws as read().
@@ -50,20 +50,20 @@ private:
     std::shared_ptr<const jet::Table> table_;
     Reading reading_;
 
-    // The record read last stays valid while its long values are read by other hands. These mostly
-    // find them in the block that was loaded for the records.
+    // The record read last stays valid while its long values are read by a reader of their own,
+    // which mostly finds them in the block that was loaded for the records.
     jet::PageReader records_;
     jet::PageReader longValuePages_;
     jet::LongValueReader longValues_;
     jet::Record record_;
     jet::Binary scratch_;
 
-    // When reading in order: the page of the rows read last, for as long as its block is loaded,
-    // and other hands for records that moved away from it.
+    // When reading in order: the page of the rows read last, while its block is loaded, and another
+    // reader for records that moved away from it.
     std::optional<jet::DataPage> page_;
     jet::PageReader moved_;
 
-    // The block of pages that records_ holds, when reading in order.
+    // The block of pages in records_ when reading in order.
     std::uint32_t blockFirst_ = 0;
     std::uint32_t blockCount_ = 0;
     std::uint32_t lastPage_ = 0;

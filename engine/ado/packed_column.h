@@ -1,4 +1,4 @@
-// A stretch of one column in as few bytes as its values need: the difference to the smallest value
+// A range of one column in as few bytes as its values need: the difference from the smallest value
 // in 0, 1, 2 or 4 bytes, or the whole value in 8.
 //
 //   const auto packing = ado::Packing::of(ado::Scale::Date, values, nulls);
@@ -36,7 +36,7 @@ enum class Unit : std::uint8_t {
 /// ways: a tick is 4 n + 1, and one less or more for the neighbouring doubles.
 double fromTicks(std::int64_t ticks, Unit unit);
 
-/// How a stretch of values is packed.
+/// How a range of values is packed.
 struct Packing {
     Unit unit = Unit::None;
     std::uint8_t width = 0;
@@ -44,8 +44,8 @@ struct Packing {
     std::int64_t base = 0;
     std::size_t rows = 0;
 
-    /// Chooses the narrowest form that gives every value back bit for bit and brings `values` into
-    /// its unit. `nulls` holds 1 for a row without a value.
+    /// Chooses the narrowest lossless form and converts `values` to its unit. `nulls` is 1 for a
+    /// row without a value.
     static Packing of(Scale scale, std::span<std::int64_t> values,
                       std::span<const std::uint8_t> nulls);
 

@@ -1,5 +1,5 @@
-// The connections of this process whose changes are not durable yet. Nobody else can open their
-// files, so whoever opens one in this process asks for the changes to be made durable first.
+// The connections of this process with uncommitted changes. Their files cannot be opened by others,
+// so code that opens a file in this process commits such changes first.
 //
 //   ado::PendingChanges::add(connection);
 //   ado::PendingChanges::commit(path);  // before a file is opened
@@ -15,12 +15,12 @@ class Connection;
 
 class PendingChanges {
 public:
-    /// Enters the connection, which belongs to the calling thread, once.
+    /// Registers the connection, which belongs to the calling thread; a second time has no effect.
     static void add(Connection& connection);
     static void remove(const Connection& connection);
 
-    /// Has the connections to the file at `path` make their changes durable. They keep a failure to
-    /// themselves.
+    /// Commits on the calling thread's connections to the file at `path`. Each connection stores a
+    /// failure and reports it later.
     static void commit(const std::filesystem::path& path);
 };
 

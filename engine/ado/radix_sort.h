@@ -10,8 +10,8 @@
 
 namespace ado {
 
-/// Reorders `rows`, which holds each number below keys.size() once, by their keys; rows with equal
-/// keys keep their order. Temporary memory: up to 32 bytes a row.
+/// Reorders `rows`, a permutation of 0 to keys.size() - 1, by their keys; the sort is stable.
+/// Temporary memory: up to 32 bytes a row.
 void sortByKey(const std::vector<std::uint64_t>& keys, std::vector<std::uint32_t>& rows);
 
 }  // namespace ado

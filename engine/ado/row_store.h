@@ -1,5 +1,5 @@
-// The rows of a client cursor: where each row stands in the file, and the columns that take little
-// room. Long texts and rare types stay in the file.
+// The rows of a client cursor: the location of each row in the file, and its small columns. Long
+// texts and rare types stay in the file.
 //
 //   store.append(scan.rowId(), scan.record());
 //   store.publish();
@@ -8,8 +8,8 @@
 // One thread writes; any thread may read the rows below count().
 //
 // Rows are collected in groups of 1,024. A group is packed when it is full, or earlier if its first
-// rows are wanted already; a packed group never changes, a fuller one replaces it. So readers need
-// no locks.
+// rows are published before; a packed group never changes, but is replaced by a fuller one. So
+// readers need no locks.
 #pragma once
 
 #include "engine/ado/dictionary.h"
@@ -27,24 +27,23 @@ class RowStore {
 public:
     static constexpr std::uint32_t kGroupRows = 1024;
 
-    /// `expectedRows` may be wrong; it decides how large dictionaries may become.
+    /// `expectedRows` may be wrong; it limits the size of the dictionaries.
     RowStore(std::vector<const jet::Column*> columns, std::uint64_t expectedRows);
     ~RowStore();
 
     // ---- The writing thread ----
 
-    /// Adds a row; readers see it after publish() or when its group is full. A row that is damaged
-    /// in a kept column is not added: throws jet::Error{Damaged}.
+    /// Adds a row; readers see it after publish() or when its group is full. Throws
+    /// jet::Error{Damaged} for a row that is damaged in a column of the store, and does not add it.
     void append(jet::RowId id, const jet::Record& record);
 
-    /// Lets readers see every row added.
+    /// Makes every row added visible to readers.
     void publish();
 
-    /// Lets readers see the rows added if there are as many new ones in the group as old ones; so
-    /// that publishing often costs little.
+    /// Publishes once the rows in the group have doubled, so that publishing often is cheap.
     void publishIfDoubled();
 
-    /// Publishes the last rows and lets go of what only writing needs.
+    /// Publishes the last rows and frees what only writing needs.
     void finish();
 
     std::uint32_t appended() const { return groupStart_ + staged_; }
@@ -61,11 +60,11 @@ public:
             static_cast<std::uint32_t>(group.columns[0].whole(row % kGroupRows)));
     }
 
-    /// The packed row ids of the stretch that holds the row at place row % kGroupRows.
+    /// The packed row ids of the row's group; the row is at index row % kGroupRows.
     const PackedColumn& packedIds(std::uint32_t row) const { return groupOf(row).columns[0]; }
 
-    /// The stretch that holds the row at place row % kGroupRows. Unit None if the values of these
-    /// rows stay in the file.
+    /// The packed column of the row's group; the row is at index row % kGroupRows. Unit None if the
+    /// values of these rows stay in the file.
     const PackedColumn& packed(std::uint32_t row, std::size_t column) const {
         return groupOf(row).columns[column + 1];
     }
@@ -78,11 +77,11 @@ public:
     const jet::Column& stored(std::size_t column) const { return *columns_[column].stored; }
     std::size_t columnCount() const { return columns_.size(); }
 
-    /// Memory held; when writing has ended.
+    /// Memory in use. Requires: writing has ended.
     std::size_t byteCount() const;
 
 private:
-    /// Column 0 holds the row ids, column n + 1 the store's column n.
+    /// Column 0 is the row ids, column n + 1 the store's column n.
     struct RowGroup {
         std::vector<PackedColumn> columns;
         std::unique_ptr<std::uint8_t[]> bytes;

@@ -1,5 +1,5 @@
-// Rows of one table, found by a scan: what takes little room is kept, the rest is read from the
-// file when it is asked for.
+// Rows of one table, found by a scan: small columns are kept in memory, the others are read from
+// the file on demand.
 //
 //   auto rows = std::make_shared<ado::ScannedRows>(query);
 //   rows->store().append(scan.rowId(), scan.record());  // the fetch

@@ -6,7 +6,7 @@
 //
 // Any thread may post.
 //
-// A program with windows posts a message to itself; a program without them turns the pump by hand.
+// A program with windows posts a message to itself; a program without windows runs the pump.
 #pragma once
 
 #include <chrono>
@@ -21,23 +21,23 @@ class Scheduler {
 public:
     virtual ~Scheduler() = default;
 
-    /// Has `task` run on the owner's thread, later and in the order of the posts. Any thread may
-    /// call it; it returns at once.
+    /// Queues `task` to run on the owner's thread, in the order of the posts, and returns at once.
+    /// Any thread may call.
     virtual void post(std::function<void()> task) = 0;
 };
 
-/// Runs the tasks when its owner asks for it.
+/// Runs the tasks when its owner calls run() or runUntil().
 class HandPump : public Scheduler {
 public:
     void post(std::function<void()> task) override;
 
-    /// Runs what has been posted until now; returns how many tasks that were.
+    /// Runs all tasks posted so far and returns their number.
     std::size_t run();
 
-    /// Runs tasks as they come until `done` says so or the time is over; returns done().
+    /// Runs tasks as they arrive until `done` returns true or the time is up; returns done().
     bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout);
 
-    /// Tasks that wait to be run.
+    /// Tasks in the queue.
     std::size_t pending() const;
 
 private:

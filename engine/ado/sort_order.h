@@ -27,7 +27,7 @@ struct SortColumn {
 std::vector<SortColumn> parseSort(std::u16string_view text,
                                   const std::vector<sql::OutputColumn>& columns);
 
-/// The rows in ascending order of some columns, as they were when it was made.
+/// The rows that existed when it was made, in ascending order of some columns.
 class Permutation {
 public:
     /// Throws as Rows::value.
@@ -53,8 +53,8 @@ private:
 /// column, from 0. Throws as Rows::value.
 std::vector<std::uint32_t> denseRanks(Rows& rows, std::size_t column, std::uint32_t count);
 
-/// Positions to rows and back. Rows that came after the sort stand behind the sorted ones.
-/// Descending is ascending backwards, rows that are equal among them included.
+/// Maps positions to rows and back. Rows that arrived after the sort follow the sorted ones.
+/// Descending is the exact reverse of ascending, also for equal rows.
 class RowOrder {
 public:
     /// The order of the fetch.
@@ -68,10 +68,10 @@ public:
         return permutation_->rowAt(reversed_ ? permutation_->count() - 1 - position : position);
     }
 
-    /// Looks through the order: costs a pass over the rows.
+    /// Takes a pass over the rows.
     std::uint32_t positionOf(std::uint32_t row) const;
 
-    /// Whether positions count the rows as they came, or backwards if reversed.
+    /// Whether this is the order of the fetch, or its reverse.
     bool isOfFetch() const { return !permutation_ || permutation_->isOfFetch(); }
     bool isReversed() const { return permutation_ && reversed_; }
 
@@ -82,7 +82,7 @@ private:
     bool reversed_ = false;
 };
 
-/// Makes orders of one set of rows and lets those that want the same share it.
+/// Makes orders of one set of rows; equal ones are shared.
 class OrderCache {
 public:
     /// Throws as Rows::value.

@@ -34,7 +34,7 @@ public:
         return segments_[segment][index - startOf(segment)];
     }
 
-    /// Bytes of all elements there is room for.
+    /// Memory in use, in bytes.
     std::size_t byteCount() const {
         std::size_t bytes = 0;
         for (std::size_t segment = 0; segment < segments_.size(); ++segment) {

@@ -1,5 +1,5 @@
-// Which rows have a text that is like a pattern: found out in large stretches of the file, and
-// remembered with one bit a row, so that the next search for the same text is a walk over bits.
+// Which rows have a text that matches a LIKE pattern. The file is searched in large ranges and the
+// result cached with one bit a row, so that the next search for the same text only looks at bits.
 //
 //   ado::TextMatches matches{rows, 0, u"*timeout*"};
 //   const auto found = matches.find(order, position, count, ado::adSearchForward, stop);
@@ -20,7 +20,7 @@ namespace ado {
 
 class TextMatches {
 public:
-    /// `pattern` is one of LIKE, `column` holds texts. Throws sql::Error for a wrong pattern.
+    /// `pattern` is a LIKE pattern, `column` a text column. Throws sql::Error for a bad pattern.
     TextMatches(std::shared_ptr<const ScannedRows> rows, std::size_t column,
                 std::u16string pattern);
     ~TextMatches();
@@ -32,9 +32,9 @@ public:
     }
 
     /// The first position from `position` on, upwards or downwards, whose row matches; -1 or
-    /// `count` if there is none. The row is looked at again before it is given: another program may
-    /// have taken it away. Once `stop` is set, by any thread, it returns soon, with a position that
-    /// says nothing. Throws jet::Error for failures of the storage.
+    /// `count` if there is none. The row is read again before it is returned: another program may
+    /// have deleted it. Once any thread sets `stop`, it returns soon, with an undefined position.
+    /// Throws jet::Error for failures of the storage.
     std::int64_t find(const RowOrder& order, std::int64_t position, std::uint32_t count,
                       int direction, const std::atomic<bool>& stop);
 
@@ -42,7 +42,7 @@ private:
     class Searcher;
     class Team;
 
-    /// Rows that are searched together, and the words of bits that they have.
+    /// Rows that are searched together, and the number of words for their bits.
     static constexpr std::uint32_t kGroupRows = RowStore::kGroupRows;
     static constexpr std::size_t kGroupWords = kGroupRows / 64;
 
@@ -59,9 +59,9 @@ private:
     const std::size_t column_;
     const std::u16string pattern_;
 
-    std::uint32_t count_ = 0;              ///< rows of the search that runs
+    std::uint32_t count_ = 0;              ///< rows of the current search
     std::vector<std::uint64_t> bits_;      ///< set: the row matches
-    std::vector<std::uint16_t> searched_;  ///< rows of each group whose bits are right
+    std::vector<std::uint16_t> searched_;  ///< rows of each group whose bits are valid
     std::vector<std::unique_ptr<Searcher>> searchers_;
     std::unique_ptr<Searcher> single_;  ///< looks at rows one by one
 };

@@ -3,8 +3,8 @@
 //   std::u16string text;
 //   ado::ValueFormatter{}.append(value, text);
 //
-// A formatter is immutable; any thread may call it. The default writes one fixed form; a program
-// that follows the system's settings derives its own.
+// A formatter is immutable; any thread may call it. The default has one fixed form; a program that
+// follows the system's settings derives its own.
 #pragma once
 
 #include "engine/jet/value.h"
@@ -21,8 +21,8 @@ public:
     void append(const jet::Value& value, std::u16string& out) const;
 
 protected:
-    /// "yyyy-mm-dd hh:mm:ss", the fraction rounded to the second; the number of days for what is
-    /// no date of the calendar.
+    /// "yyyy-mm-dd hh:mm:ss", rounded to the second; the number of days if it is outside the
+    /// calendar.
     virtual void appendDate(jet::Date date, std::u16string& out) const;
 
     /// A number that may have decimals: Currency, Single, Double or Numeric. With a point.
