@@ -20,14 +20,14 @@ namespace jet {
 enum class Fault {
     FileNotFound,       ///< no such file or folder
     AccessDenied,       ///< the system refuses to open it
-    InUse,              ///< another program holds it so that it cannot be shared
+    InUse,              ///< another program has it open without sharing
     ReadFailed,         ///< the storage failed: a vanished share, a bad disk
     NotADatabase,       ///< the file's first bytes are something else
     OlderFormat,        ///< Jet 3 (Access 97)
     NewerFormat,        ///< ACE (Access 2007 and later)
     Encrypted,          ///< pages are encrypted with a database key
     PasswordProtected,  ///< a database password is set
-    Truncated,          ///< the file ends in the middle of what it promises
+    Truncated,          ///< the file is shorter than it says
     Damaged,            ///< a structure in the file contradicts the format
     NoSuchTable,
     ReadOnly,         ///< the file or its folder may not be written
@@ -37,16 +37,16 @@ enum class Fault {
     TableExists,      ///< an object of that name is in the catalog
     AlreadyExists,    ///< the table has a column or an index of that name
     NoSuchColumn,     ///< the table has no such column
-    TooMany,          ///< the format has no room for more columns or indexes, or for a longer name
+    TooMany,          ///< more columns or indexes, or a longer name, than the format allows
     ValueTooLarge,    ///< a value or a record is longer than its column or a page
-    WrongType,        ///< a value is not of its column's type, or the type cannot be used so
-    DuplicateKey,     ///< a unique index holds the key already
-    NullKey,          ///< an index that requires values was given Null
-    IndexNotWritable  ///< an index in a text order that is not this project's
+    WrongType,        ///< a value is not of its column's type, or the type is not allowed there
+    DuplicateKey,     ///< a unique index contains the key already
+    NullKey,          ///< Null in an index that forbids it
+    IndexNotWritable  ///< an index with an unsupported collation
 };
 
-/// A failure to read or write the file. what() is one UTF-8 sentence for a person: it says what is
-/// wrong and, for damage, in which table and on which page.
+/// A failure to read or write the file. what() is one readable UTF-8 sentence: what is wrong and,
+/// for damage, in which table and on which page.
 class Error : public std::runtime_error {
 public:
     Error(Fault fault, const std::string& message, PageNumber page = kNoPage)
@@ -54,7 +54,7 @@ public:
 
     Fault fault() const { return fault_; }
 
-    /// The page on which damage was found; kNoPage where that has no meaning.
+    /// The damaged page; kNoPage if it does not apply.
     PageNumber page() const { return page_; }
 
 private:

@@ -11,8 +11,8 @@
 
 namespace jet::checking {
 
-/// Checks the catalog's own table, then each table that it lists, and that users have rights to
-/// theirs.
+/// Checks the catalog's own table, then each table that it lists, and the access rights of user
+/// tables.
 void checkCatalog(Context& context);
 
 }  // namespace jet::checking

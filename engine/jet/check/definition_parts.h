@@ -1,4 +1,4 @@
-// Checks of the meaning of a table's definition, once it is read.
+// Semantic checks of a table's definition.
 //
 //   checkColumns(context, definition);
 //   checkIndexes(context, definition);

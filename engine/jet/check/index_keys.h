@@ -18,15 +18,15 @@ public:
     RowKeys(Context& context, const TableDefinition& definition, const PhysicalIndex& index,
             const LiveRows& rows, const std::string& name);
 
-    /// Whether the index must have an entry for the row at that place of the rows.
+    /// Whether the index must have an entry for the row at that index of `rows`.
     bool hasEntry(std::size_t place) const { return hashes_[place] != kNoEntry; }
 
-    /// Whether `key` is the key of that row. True if that cannot be known: the row is damaged, or
-    /// its texts are in an order that is not known here.
+    /// Whether `key` is the key of that row. True if that is unknown: the row is damaged, or its
+    /// texts have an unknown collation.
     bool matches(std::size_t place, Bytes key) const;
 
 private:
-    // Keys themselves would take more memory than the table has on disk.
+    // The keys themselves would take more memory than the table on disk.
     static constexpr std::uint64_t kNoEntry = 0;
     static constexpr std::uint64_t kUnknown = 1;
 

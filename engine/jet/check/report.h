@@ -1,4 +1,4 @@
-// Collects what a check finds.
+// Collects the findings of a check.
 //
 //   reporter.setTable(u"tblTraces");
 //   reporter.error(Rule::Record, row, "a record is cut short");
@@ -10,7 +10,7 @@
 
 namespace jet::checking {
 
-/// Where something was found: a page, or a row on it.
+/// The place of a finding: a page, or a row on it.
 struct Place {
     Place(PageNumber pageNumber) : page{pageNumber} {}
     Place(RowId id) : page{id.page()}, row{id.slot()} {}
@@ -28,7 +28,7 @@ public:
         add(Finding::Severity::Warning, rule, place, std::move(message));
     }
 
-    /// The table that further findings concern; empty for none.
+    /// Sets the table of further findings; empty for none.
     void setTable(std::u16string_view name);
 
     CheckReport& report() { return report_; }

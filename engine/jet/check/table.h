@@ -1,4 +1,4 @@
-// The check of one table with all that belongs to it.
+// The check of one table with its records, long values and indexes.
 //
 //   if (const auto table = checkTable(context, first, u"tblTraces")) use(table->rows.ids.size());
 //

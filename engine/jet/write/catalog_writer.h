@@ -1,4 +1,4 @@
-// The rows that the system tables keep about a table: its object, and who may do what with it.
+// The rows of the system tables about a table: its object and its access rights.
 //
 //   jet::CatalogWriter catalog{context};
 //   catalog.requireFree(u"People");
@@ -20,10 +20,11 @@ public:
     /// Throws Error{TableExists} if a table or a query has the name.
     void requireFree(std::u16string_view name);
 
-    /// Throws Error: Damaged if the system tables lack what they must have; as TableWriter::insert.
+    /// Throws Error: Damaged if required columns of the system tables are missing; as
+    /// TableWriter::insert.
     void addTable(PageNumber definition, std::u16string_view name);
 
-    /// Notes that a table's definition has changed now.
+    /// Updates the date of the last change of a table's definition.
     void touch(PageNumber definition);
 
     /// Throws Error{ReadOnly} for a system table.

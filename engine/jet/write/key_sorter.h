@@ -1,5 +1,5 @@
-// Sorts the keys of an index in bounded memory. Equal keys are kept once; a row takes 8 bytes if
-// its key has come before. What does not fit goes to a temporary file in sorted runs.
+// Sorts the keys of an index in bounded memory. Equal keys are stored once, so that a row with a
+// known key takes 8 bytes. What does not fit is written to a temporary file in sorted runs.
 //
 //   jet::KeySorter keys;
 //   keys.add(keys.code(key), row);
@@ -31,10 +31,10 @@ public:
     KeySorter(const KeySorter&) = delete;
     KeySorter& operator=(const KeySorter&) = delete;
 
-    /// The number that stands for a key in the current run.
+    /// The code of a key in the current run.
     std::uint32_t code(const Key& key);
 
-    /// Codes of one run mean nothing in the next. Counts the runs that have been written.
+    /// The number of runs written so far; codes are valid for one run only.
     std::size_t run() const { return runs_.size(); }
 
     /// Requires: `code` is of the current run. May end the run. Throws Error{DiskFull} if the
@@ -42,7 +42,8 @@ public:
     void add(std::uint32_t code, RowId row);
 
     using Use = std::function<void(const Key& key, RowId row)>;
-    /// Hands out everything; once. Throws what `use` throws, Error: DiskFull, ReadFailed.
+    /// Calls `use` for everything; can be called once. Throws what `use` throws, Error: DiskFull,
+    /// ReadFailed.
     void forEach(const Use& use);
 
 private:

@@ -13,10 +13,10 @@
 
 namespace jet {
 
-/// The file's bytes. `now` is what the catalog says of its objects' creation.
+/// The file's bytes. `now` is the creation date of the objects in the catalog.
 std::vector<std::uint8_t> emptyDatabase(Date now);
 
-/// Makes the file. Throws Error: AccessDenied if it exists or cannot be made; WriteFailed,
+/// Creates the file. Throws Error: AccessDenied if it exists or cannot be created; WriteFailed,
 /// DiskFull.
 void createDatabase(const std::filesystem::path& path, Date now);
 

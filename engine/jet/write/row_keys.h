@@ -1,4 +1,4 @@
-// The keys of one index, made of rows.
+// Makes the keys of one index from rows.
 //
 //   jet::RowKeys keys{definition, index};
 //   if (keys.make(fields, page, pages, key)) writer.insert(key, row);
@@ -20,12 +20,12 @@ public:
     /// be made here.
     RowKeys(const TableDefinition& definition, const PhysicalIndex& index);
 
-    /// Replaces `key` by the row's key; false if the row has no entry. `fields` are in the order of
-    /// the definition's columns. Throws Error: NullKey, Damaged.
+    /// Sets `key` to the row's key; false if the row has no entry. `fields` are in the order of the
+    /// definition's columns. Throws Error: NullKey, Damaged.
     bool make(std::span<const StoredField> fields, PageNumber page, PageReader& pages, Key& key);
 
     /// Collects the keys of all rows of a scan. Throws as make; Error{Damaged} if a row or a page
-    /// had to be skipped, as an index must hold every row.
+    /// was skipped, since an index must contain every row.
     void collect(TableScan& scan, KeySorter& keys);
 
     /// Whether the index has a column whose place is `column` in the definition.

@@ -1,9 +1,9 @@
-// Making and changing tables: their columns, their indexes, their rows of the catalog.
+// Creates, changes and drops tables: their columns, their indexes and their rows in the catalog.
 //
 //   jet::createTable(context, u"People", {{.name = u"Name", .size = 100}});
 //   jet::createIndex(context, u"People", {.name = u"ByName", .columns = {{u"Name"}}});
 //
-// A table's definition that was read before one of these is out of date after it.
+// Each of these functions makes a definition read earlier out of date.
 //
 // One thread, that of the statement.
 #pragma once
@@ -38,11 +38,11 @@ struct NewIndex {
 };
 
 /// Throws Error: TableExists for the name of any table or query; AlreadyExists for two columns of
-/// one name; TooMany, WrongType; IndexNotWritable if the catalog is kept in another text order.
+/// one name; TooMany, WrongType; IndexNotWritable if the catalog has another collation.
 void createTable(WriteContext& context, std::u16string_view name,
                  const std::vector<NewColumn>& columns);
 
-/// Old rows have Null in the column, or False. They are not touched.
+/// Existing rows have Null, or False, in the column and are not rewritten.
 /// Throws Error: NoSuchTable, AlreadyExists, TooMany, WrongType.
 void addColumn(WriteContext& context, std::u16string_view table, const NewColumn& column);
 
@@ -50,7 +50,7 @@ void addColumn(WriteContext& context, std::u16string_view table, const NewColumn
 /// NullKey, IndexNotWritable.
 void createIndex(WriteContext& context, std::u16string_view table, const NewIndex& index);
 
-/// Gives back all pages of the table. Throws Error: NoSuchTable; ReadOnly for a system table.
+/// Frees all pages of the table. Throws Error: NoSuchTable; ReadOnly for a system table.
 void dropTable(WriteContext& context, std::u16string_view name);
 
 }  // namespace jet

@@ -1,4 +1,4 @@
-// Values in the file's own forms: the other way round of decodeField.
+// Encodes values for storage: the inverse of decodeField.
 //
 //   jet::Binary stored;
 //   jet::encodeValue(std::u16string{u"Notifier"}, column, stored);
@@ -12,13 +12,13 @@
 namespace jet {
 
 /// Appends the stored form of text: compressed if `compress` is set and that is shorter, else
-/// UTF-16. The original engine compresses as this does.
+/// UTF-16. The result is the same as the original engine's.
 void encodeText(std::u16string_view text, bool compress, Binary& out);
 
 /// Appends the bytes of a value that is not null; of a Memo or Ole the content, without its header;
 /// of a Boolean nothing.
-/// Throws Error: WrongType if it is not of the column's type, ValueTooLarge if it is longer than
-/// the column takes.
+/// Throws Error: WrongType if it is not of the column's type, ValueTooLarge if it is too long for
+/// the column.
 void encodeValue(const Value& value, const Column& column, Binary& out);
 
 }  // namespace jet

@@ -1,4 +1,4 @@
-// What every part of a statement that writes works with.
+// The context that all parts of a writing statement share.
 //
 //   database->write([&](jet::WriteContext& context) {
 //       jet::TableWriter people{context, database->table(u"People")->definition()};
