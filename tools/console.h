@@ -1,4 +1,4 @@
-// What a command line program asks of its system.
+// What command line programs need from the system.
 //
 //   int main(int count, char** values) {
 //       const std::vector<std::string> arguments = plain::arguments(count, values);
@@ -16,7 +16,7 @@ namespace plain {
 /// The arguments in UTF-8, without the program's name.
 std::vector<std::string> arguments(int count, char** values);
 
-/// Standard output passes on bytes as they are.
+/// Switches standard output to binary mode.
 void makeOutputBinary();
 
 }  // namespace plain

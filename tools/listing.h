@@ -1,4 +1,4 @@
-// What a database holds, as text: its tables, their columns and indexes.
+// The contents of a database as text: its tables, their columns and indexes.
 //
 //   plain::listTables(*database, stdout);
 //
@@ -11,7 +11,7 @@
 
 namespace plain {
 
-/// One line a user table: its name, a tab and the rows that it holds, counted.
+/// One line for each user table: its name, a tab and the number of rows, counted.
 jet::Skipped listTables(jet::Database& database, std::FILE* out);
 
 /// Each user table with its columns, their types and sizes, and its indexes.

@@ -21,7 +21,7 @@ public:
 
     void value(const jet::Value& value);
 
-    /// The same for a field as it is stored, without making a value of what is frequent.
+    /// The same for a stored field, without decoding common types to a Value.
     /// Throws jet::Error{Damaged}, with nothing written.
     void field(jet::PageReader& pages, const jet::Column& column, const jet::StoredField& field,
                jet::PageNumber page);
@@ -38,7 +38,7 @@ private:
     std::string& out_;
     std::string unescaped_;
     jet::Binary longValue_;
-    double lastDay_ = 0;  ///< whose text is in dayText_, empty if none is
+    double lastDay_ = 0;  ///< the day in dayText_, which is empty if there is none
     std::string dayText_;
 };
 

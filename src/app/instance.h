@@ -1,5 +1,5 @@
-// One viewer at a time: a named lock tells a second one that there is a first, and a hidden window
-// of the first tells which process that is.
+// One viewer at a time: a named lock shows a second instance that there is a first one, and a
+// hidden window identifies its process.
 //
 //   Instance instance;
 //   if (instance.isSecond() && instance.raiseFirst(L"VorelleDiagnosticViewer.frmMain")) end();
@@ -11,7 +11,7 @@
 
 class Instance {
 public:
-    /// Takes the lock, if it is free, and puts up the hidden window.
+    /// Takes the lock, if it is free, and creates the hidden window.
     Instance();
     ~Instance();
     Instance(const Instance&) = delete;
@@ -20,9 +20,9 @@ public:
     /// Whether another process of this user's session held the lock already.
     bool isSecond() const { return isSecond_; }
 
-    /// Restores the first instance's window of that class, if it is minimised, and brings it or the
-    /// dialog in front of it to the foreground. False if there is no first instance to be found or
-    /// it is just ending; true also if it has no such window yet, as it is about to show one.
+    /// Restores the first instance's window of that class, if it is minimised, and brings it or its
+    /// modal dialog to the foreground. False if no first instance is found or it is shutting down;
+    /// also true if it has no such window yet, since it is about to show one.
     bool raiseFirst(const wchar_t* mainWindowClass);
 
 private:

@@ -1,4 +1,4 @@
-// Owner of a recordset that nobody waits for: the end of its fetch is a line in the log.
+// Owner of a recordset that is fetched in the background; the end of the fetch is logged.
 //
 //   classADORS background{scheduler};
 //   background.rsGen().open(query, connection, ado::adOpenStatic, ado::adLockReadOnly,

@@ -1,5 +1,5 @@
-// The languages that the program may have texts for: the system's identifiers and the codes of
-// three letters that stand in names of files.
+// The languages that the program may have texts for: the system's identifiers and the three-letter
+// codes that are used in file names.
 //
 //   const std::u16string code = modLocalize::codeOfLanguage(0x0407);  // "DEU"
 //
@@ -12,10 +12,10 @@
 
 namespace modLocalize {
 
-/// "ERROR" for an identifier that is none of these.
+/// "ERROR" for any other identifier.
 std::u16string codeOfLanguage(std::uint16_t id);
 
-/// Whatever the case of its letters; 0 for a code that is none of these.
+/// Not case-sensitive; 0 for any other code.
 std::uint16_t languageOfCode(std::u16string_view code);
 
 /// The font that a language needs for its characters.
@@ -24,7 +24,7 @@ struct LanguageFont {
     std::uint8_t characterSet = 0;
 };
 
-/// Null for the languages that are drawn with the fonts as designed.
+/// Null for languages that use the fonts as designed.
 const LanguageFont* fontOfLanguage(std::uint16_t id);
 
 }  // namespace modLocalize

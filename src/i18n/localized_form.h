@@ -19,7 +19,7 @@ class LocalizedForm : public forms::Form {
 public:
     using Form::Form;
 
-    /// Sets every caption anew. Requires: the form is loaded.
+    /// Sets all captions. Requires: the form is loaded.
     virtual void Auto_Init() = 0;
 };
 

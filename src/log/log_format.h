@@ -13,7 +13,7 @@
 
 namespace logformat {
 
-/// What stands in the place of a procedure's label that was not given.
+/// The placeholder for a missing procedure label.
 inline constexpr std::u16string_view kNoLabel = u"                    ";
 
 struct Line {
@@ -24,10 +24,10 @@ struct Line {
     std::u16string_view message = {};
 };
 
-/// A line without its end. Throws RuntimeError{9} for a level that there is not.
+/// A line without its line end. Throws RuntimeError{9} for an invalid level.
 std::u16string line(const Line& parts);
 
-/// The lines at the head of a file, with their ends.
+/// The first lines of a file, with line ends.
 std::u16string header(const LogProgram& program, std::u16string_view started);
 
 /// "VorelleDiagnosticViewer_20050314_093012.LOG".
@@ -39,13 +39,13 @@ std::u16string isoDate(LocalSeconds time);
 /// Seconds with one decimal at least and six at most, the last one rounded.
 std::u16string elapsed(double seconds, char16_t decimalPoint);
 
-/// Millions of bytes with one decimal; the point stands there even if nothing follows it.
+/// Millions of bytes with one decimal; with a point even if nothing follows it.
 std::u16string millionsWithTenths(std::uint64_t bytes, char16_t decimalPoint);
 
-/// Millions of bytes, rounded, digits in groups of three; nothing at all for zero.
+/// Millions of bytes, rounded, digits in groups of three; empty for zero.
 std::u16string millions(std::uint64_t bytes, char16_t groupSeparator);
 
-/// The text with blanks before or behind it; longer ones stay whole.
+/// The text padded with blanks; longer ones are not truncated.
 std::u16string alignedRight(std::u16string_view text, std::size_t width);
 std::u16string alignedLeft(std::u16string_view text, std::size_t width);
 

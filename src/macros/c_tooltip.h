@@ -4,9 +4,9 @@
 //   tooltip.Create(*this);
 //   tooltip.AddTool(treeviewMacroTrace, L"");   // says "Tool1" until it is told otherwise
 //
-// The window sees the mouse messages of the tools by itself. Texts pass through the system's ANSI
-// code page. Until Create succeeded every other member does nothing and answers 0, false or an empty
-// text. The user-interface thread.
+// The window intercepts the mouse messages of the tools itself. Texts are converted to the system's
+// ANSI code page. Before Create has succeeded, all other members do nothing and return 0, false or
+// an empty text. The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/control.h"
@@ -20,7 +20,7 @@
 
 class cTooltip {
 public:
-    /// Numbers of the delays. Only the two lowest bits of a number count.
+    /// Numbers of the delays. Only the two lowest bits of a number are used.
     enum Delay { kAutomatic = 0, kReshow = 1, kAutoPop = 2, kInitial = 3 };
     enum Side { kLeft = 0, kTop = 1, kRight = 2, kBottom = 3 };
 
@@ -29,7 +29,7 @@ public:
     cTooltip(const cTooltip&) = delete;
     cTooltip& operator=(const cTooltip&) = delete;
 
-    /// Makes the window, owned by the form's. True if there is one, also from an earlier call.
+    /// Creates the window, owned by the form's. True if it exists, also from an earlier call.
     bool Create(const forms::Window& form);
 
     /// False for a control that is a tool already or has no window. An empty text becomes "Tool" and
@@ -44,24 +44,24 @@ public:
     int DelayTime(int delay) const;
     void setDelayTime(int delay, int milliseconds);
 
-    /// Asking for the colour makes the text black and answers 0.
+    /// Reading the colour sets the text to black and returns 0.
     COLORREF ForeColor();
     void setForeColor(COLORREF color);
 
     HWND hWnd() const { return window_; }
 
-    /// Pixels; 0 for a side that there is not.
+    /// Pixels; 0 for an invalid side.
     int Margin(int side) const;
     void setMargin(int side, int pixels);
 
-    /// Pixels. Below 1 there is no limit, which reads as -1; lines then break at no place.
+    /// Pixels. Below 1 means no limit, returned as -1; lines are then not broken.
     std::int16_t MaxTipWidth() const;
     void setMaxTipWidth(std::int16_t width);
 
     std::int16_t ToolCount() const;
 
-    /// Empty for a control that is no tool. Of a long text, some versions of the control hand out no
-    /// more than the first 79 characters.
+    /// Empty for a control that is not a tool. Some versions of the control return only the first
+    /// 79 characters of a long text.
     std::wstring ToolText(const forms::Control& control) const;
     void setToolText(const forms::Control& control, const std::wstring& text);
 

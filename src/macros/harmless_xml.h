@@ -1,5 +1,5 @@
-// A look at an XML text before a parser gets it: a trace database comes from elsewhere, and a parser
-// may be led to read other files, to swell a text a millionfold or to run out of stack.
+// Checks an XML text before it is parsed: a trace database is untrusted, and a parser can be made
+// to read other files, to expand a text a millionfold or to overflow the stack.
 //
 //   macros::requireHarmlessXml(text);
 //   scratch.load(toWide(text));
@@ -11,12 +11,11 @@
 
 namespace macros {
 
-/// Elements within elements that a text may have. Macro traces have four.
+/// The maximum depth of nested elements. Macro traces have four.
 inline constexpr int kDeepestElement = 256;
 
 /// Throws RuntimeError{5} for a text with a document type declaration or with elements nested
-/// deeper than kDeepestElement. Whether the text is well-formed is left to the parser. Takes time
-/// in proportion to the text.
+/// deeper than kDeepestElement. Whether the text is well-formed is left to the parser. Linear time.
 void requireHarmlessXml(std::u16string_view text);
 
 }  // namespace macros

@@ -12,12 +12,12 @@
 
 namespace macros {
 
-/// The number at the beginning of a text, rounded to the nearest whole one, halves to the even one.
-/// Blanks in front are passed over; what follows the number is ignored; no number at all is 0.
-/// Throws RuntimeError{6} for a number that 16 bits with a sign do not hold.
+/// The number at the start of a text, rounded to the nearest whole number, halves to even. Leading
+/// blanks and anything after the number are ignored; no number at all is 0.
+/// Throws RuntimeError{6} for a number that does not fit in 16 bits with a sign.
 std::int16_t toLevel(std::u16string_view text);
 
-/// Whether the key holds the digits of the level anywhere, so level 1 is found in "..._11_..." too.
+/// Whether the key contains the digits of the level anywhere, so level 1 also matches "..._11_...".
 bool keyNamesLevel(std::u16string_view key, std::int16_t level);
 
 }  // namespace macros

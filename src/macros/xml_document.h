@@ -4,9 +4,9 @@
 //   document.load(L"<GA NAME='Calls'><TRACE NAME='Incoming'/></GA>");
 //   for (const xml::Node& group : document.elements(L"GA")) use(group.attribute(L"NAME"));
 //
-// Nodes keep their document alive. What is not there is reported as RuntimeError{91}, what the
-// parser refuses as RuntimeError with the parser's own number. The user-interface thread, after COM
-// was initialised.
+// Nodes keep their document alive. A missing node is reported as RuntimeError{91}, an error of the
+// parser as RuntimeError with the parser's number. The user-interface thread, after COM has been
+// initialised.
 #pragma once
 
 #include <windows.h>
@@ -30,17 +30,18 @@ public:
     /// Throws if the element has no such attribute.
     std::wstring attribute(const wchar_t* name) const;
 
-    /// All text within the node, that of nodes below it too.
+    /// The text of the node and all nodes below it.
     std::wstring text() const;
 
-    /// Elements below this one that a path leads to, in their order.
+    /// Elements below this one that match a path, in document order.
     std::vector<Node> select(const std::wstring& path) const;
     /// The first of them. Throws if there is none.
     Node first(const std::wstring& path) const;
-    /// As first, but a node that does not exist if there is none.
+    /// As first, but a non-existent node if there is none.
     Node find(const std::wstring& path) const;
 
-    /// Puts a node behind the last child. It leaves the place where it was, in another document too.
+    /// Appends a node as the last child, moving it from its old position, even from another
+    /// document.
     void append(const Node& child) const;
 
 private:
@@ -57,11 +58,11 @@ public:
     /// An empty document.
     Document();
 
-    /// Replaces the content. A text that is no XML leaves an empty document.
-    /// Throws RuntimeError for a text that could do harm; the content stays as it was.
+    /// Replaces the content. The document is empty if the text is not XML.
+    /// Throws RuntimeError for a harmful text; the content is then unchanged.
     void load(const std::wstring& text);
 
-    /// Makes an element and appends it to the document.
+    /// Creates an element and appends it to the document.
     Node addRoot(const wchar_t* name);
 
     /// The document itself as a node, for paths that begin with the root element.

@@ -12,7 +12,7 @@ namespace mdlPriority {
 /// As the system numbers them: below normal.
 inline constexpr std::uint32_t kBelowNormal = 16384;
 
-/// False if the system refused; why is logged.
+/// False if the system refused; the reason is logged.
 bool ChangePriority(std::uint32_t priorityClass);
 
 }  // namespace mdlPriority

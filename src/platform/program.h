@@ -1,4 +1,4 @@
-// The running program: where it lies and which version it is.
+// The running program: its path and version.
 //
 //   const std::u16string logs = program::folder() + u"\\LOGS";
 //
@@ -18,7 +18,7 @@ struct Version {
 /// The executable's full path.
 std::u16string path();
 
-/// Its folder, without a separator at the end but for the root of a drive.
+/// Its folder, without a trailing separator except for the root of a drive.
 std::u16string folder();
 
 /// Zeros for an executable without a version.

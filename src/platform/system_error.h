@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <string>
 
-/// Throws RuntimeError with the number customary for a failure with a file.
+/// Throws RuntimeError with the customary number for a file error.
 [[noreturn]] void throwFileError(std::uint32_t code);
 
-/// The system's own sentence for a code, without a line end; empty if it has none.
+/// The system's message for a code, without a line end; empty if there is none.
 std::u16string systemMessage(std::uint32_t code);

@@ -1,4 +1,4 @@
-// Values as text in the form that the user's system settings give them.
+// Formats values according to the user's system settings.
 //
 //   recordset.setFormatter(std::make_shared<SystemFormatter>());
 //

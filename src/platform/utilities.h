@@ -1,5 +1,5 @@
-// Utilities: the version of the message server that is installed here, and opening things with the
-// programs that the user has for them.
+// Utilities: the version of the installed message server, and opening files and web addresses in
+// the user's programs.
 //
 //   const VersionRecord server = Utilities::getVersion();
 //   if (server.major > 0) ...
@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <string>
 
-/// The version of an installed server; zeros where nothing could be read.
+/// The version of an installed server; zeros if nothing can be read.
 struct VersionRecord {
     std::int16_t major = 0;
     std::int16_t minor = 0;
@@ -27,10 +27,10 @@ bool isConnection();
 /// The version of the installed server, of whatever generation.
 VersionRecord getVersion();
 
-/// Opens a file with the program that the user has for its kind.
+/// Opens a file with the program associated with its type.
 void LaunchApplication(const std::u16string& path);
 
-/// Opens an address of the web in the user's browser.
+/// Opens a web address in the user's browser.
 void LaunchInternetExplorer(const std::u16string& address);
 
 }  // namespace Utilities

@@ -3,8 +3,8 @@
 //   AnsiFile file{path};
 //   file.write(u"one\r\n");
 //
-// Characters that the code page lacks become the ones that look most like them, else "?". Other
-// programs may read the file meanwhile. Errors are RuntimeError with the numbers customary for
+// Characters that are not in the code page are replaced by similar ones, else by "?". Other
+// programs may read the file meanwhile. Errors are RuntimeError with the customary numbers for
 // files. The user-interface thread.
 #pragma once
 
@@ -16,7 +16,7 @@
 
 class AnsiFile : public ExportTarget {
 public:
-    /// Creates the file or empties the one that is there.
+    /// Creates the file or truncates an existing one.
     explicit AnsiFile(const std::wstring& path);
     ~AnsiFile() override;
     AnsiFile(const AnsiFile&) = delete;
@@ -27,5 +27,5 @@ public:
 
 private:
     HANDLE file_;
-    std::string bytes_;  ///< kept so that writing a block takes no new memory
+    std::string bytes_;  ///< reused, so that writing a block does not allocate
 };

@@ -1,10 +1,10 @@
-// The find dialog: a text to search for, the texts before it, and a direction.
+// The find dialog: a text to search for, earlier texts, and a direction.
 //
 //   dlgFind findDialog;
 //   findDialog.setNotice = [this](const std::u16string& text) { ... };
 //   findDialog.show();
 //
-// Loaded when it is first shown and only hidden afterwards, so that history and direction stay.
+// Loaded when it is first shown and then only hidden, so that history and direction are kept.
 // The user-interface thread.
 #pragma once
 
@@ -22,12 +22,12 @@ public:
     dlgFind();
     ~dlgFind() override { destroy(); }
 
-    /// Puts the course of a search into the status bar. Set by the main window.
+    /// Shows the progress of a search in the status bar. Set by the main window.
     std::function<void(const std::u16string& text)> setNotice;
 
-    /// Searches the trace records for the text in the box, until Escape is pressed; an empty text
-    /// does nothing. A reference, because the update of the history within may clear the flag that
-    /// is passed.
+    /// Searches the trace records for the text in the box; Escape cancels. Does nothing for an
+    /// empty text. Takes a reference because updating the history may clear the flag that is
+    /// passed.
     void myfindText(const bool& findNext);
 
     forms::Label lblFindWhat;
@@ -48,5 +48,5 @@ private:
     void addFindHistory(const std::u16string& text);
 
     FindHistory history_;
-    bool findNext_ = false;  ///< the next search begins behind the current record
+    bool findNext_ = false;  ///< the next search starts after the current record
 };

@@ -1,4 +1,4 @@
-// Trace records as tab-separated text, in blocks, so that the caller can let events run between.
+// Trace records as tab-separated text, in blocks, so that the caller can process events in between.
 //
 //   TraceExport output{view, file};
 //   while (output.writeBlock()) showProgress(output.position());
@@ -11,14 +11,14 @@
 
 #include <string_view>
 
-/// Where the text goes. Both throw when it cannot be written.
+/// Where the text is written. Both members throw on failure.
 class ExportTarget {
 public:
     virtual ~ExportTarget() = default;
 
     virtual void write(std::u16string_view text) = 0;
 
-    /// Forgets all that was written.
+    /// Discards everything written.
     virtual void restart() = 0;
 };
 
@@ -31,11 +31,11 @@ public:
     TraceExport(const TraceExport&) = delete;
     TraceExport& operator=(const TraceExport&) = delete;
 
-    /// Writes the next rows, at first the heading too. False when no more are left: all rows there
-    /// are by now have been written. Throws ado::Error, and what the target throws.
+    /// Writes the next rows, preceded by the heading the first time. False if all rows so far have
+    /// been written. Throws ado::Error, and what the target throws.
     bool writeBlock();
 
-    /// The row, from 1, that comes next; below 1 when there is none.
+    /// The next row, from 1; below 1 if there is none.
     int position() const { return rows_.absolutePosition(); }
 
 private:
@@ -45,5 +45,5 @@ private:
     ado::Recordset& rows_;
     ExportTarget& target_;
     bool started_ = false;
-    bool reordered_ = false;  ///< rows that were still loading have been sorted in among the others
+    bool reordered_ = false;  ///< rows that were still loading have been sorted in
 };

@@ -1,4 +1,4 @@
-// The texts searched for, the newest first, as the find dialog lists them.
+// The texts searched for, newest first, as listed in the find dialog.
 //
 //   const FindHistory::Use use = history.use(text);
 //   if (use.added) comboFindWhat.addItem(toWide(text), use.index);
@@ -13,11 +13,11 @@
 class FindHistory {
 public:
     struct Use {
-        int index = 0;       ///< the text's place in the list
-        bool added = false;  ///< it is new, and stands first
+        int index = 0;       ///< the text's position in the list
+        bool added = false;  ///< it is new, and the first
     };
 
-    /// Called for every search. A known text keeps its place; upper and lower case differ.
+    /// Called for every search. A known text keeps its position; case-sensitive.
     Use use(const std::u16string& text);
 
     const std::vector<std::u16string>& texts() const { return texts_; }

@@ -1,5 +1,5 @@
-// The hourglass over a form until the end of the block, then the usual pointer again, whatever was
-// there before: what showed another one may have ended meanwhile.
+// Shows the hourglass over a form until the end of the block, then the default pointer, whatever it
+// was before: the operation that set another one may have ended meanwhile.
 //
 //   const Hourglass hourglass{*this};
 //

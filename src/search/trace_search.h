@@ -15,17 +15,17 @@
 struct TraceSearch {
     std::u16string text;
     bool backward = false;
-    bool stepFirst = false;  ///< leaves out the current record
+    bool stepFirst = false;  ///< starts after the current record
 };
 
-/// Makes the nearest record current whose Trace contains the text in upper or lower case; there is
-/// no wrap-around. `* ? # [` in the text are a pattern's signs, and one apostrophe makes a criterion
-/// that cannot be understood. That and every other failure is reported under `label`; the record
-/// where the search began is current then, which is the neighbour with `stepFirst`. Only a search
-/// that was cancelled leaves the current record. `setNotice` gets what the user is to read: that the
-/// search runs, then nothing, or that the text was not found.
+/// Moves to the nearest record whose Trace contains the text, ignoring case, without wrapping
+/// around. `* ? # [` in the text are wildcards; a single apostrophe makes an invalid criterion.
+/// That and any other failure is reported under `label`, and the record where the search started
+/// becomes current, with `stepFirst` the neighbour. Only a cancelled search leaves the current
+/// record unchanged. `setNotice` gets the text for the user: that the search is running, then
+/// nothing, or that the text was not found.
 void searchTraces(std::u16string_view label, ado::Recordset& traces, const TraceSearch& search,
                   const std::function<void(const std::u16string&)>& setNotice);
 
-/// The text of the find dialog as it was last typed or chosen; the whole program shares it.
+/// The last text typed or chosen in the find dialog; shared by the whole program.
 std::u16string& lastFindText();

@@ -1,4 +1,4 @@
-// Macro traces for made-up databases: a dozen groups over the components that the lines have.
+// Macro traces for generated databases: a dozen groups of the components in the lines.
 //
 //   for (const std::u16string& row : traces::macroDefinitions(origins)) use(row);
 //
@@ -12,8 +12,8 @@
 
 namespace traces {
 
-/// One XML fragment a row. Groups of several traces take several rows; one group is hidden, and one
-/// trace comes twice.
+/// One XML fragment for each row. Groups of several traces have several rows; one group is hidden,
+/// and one trace is defined twice.
 std::vector<std::u16string> macroDefinitions(const std::vector<TraceOrigin>& origins);
 
 }  // namespace traces

@@ -1,12 +1,12 @@
-// Made-up lines of a diagnostic log, the same for the same seed.
+// Generated lines of a diagnostic log, the same for the same seed.
 //
 //   traces::TraceGenerator generator{{.rows = 1000, .seed = 7}};
 //   traces::Trace trace;
 //   while (generator.next(trace)) use(trace);
 //
-// About 100 combinations of component, process, level and source, some of them frequent and most
-// rare; times with many ties and some disorder; texts of one line or several, a few very long, some
-// in other scripts. Belongs to one thread.
+// About 100 combinations of component, process, level and source, some frequent and most rare;
+// times with many ties and some disorder; texts of one or several lines, a few very long, some in
+// other scripts. Belongs to one thread.
 #pragma once
 
 #include "engine/jet/value.h"
@@ -44,15 +44,14 @@ struct Trace {
 struct TraceOptions {
     std::uint64_t rows = 0;
     std::uint64_t seed = 1;
-    std::size_t textLength =
-        0;  ///< cuts every text to so many characters; 0 leaves them as they are
+    std::size_t textLength = 0;  ///< truncates every text to so many characters; 0 means no limit
 };
 
 class TraceGenerator {
 public:
     explicit TraceGenerator(const TraceOptions& options);
 
-    /// False after the last one. Reuses the memory that `trace` has.
+    /// False after the last one. Reuses the memory of `trace`.
     bool next(Trace& trace);
 
     const std::vector<TraceOrigin>& origins() const { return origins_; }

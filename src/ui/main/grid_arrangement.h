@@ -1,5 +1,5 @@
-// How the user arranged the columns of a grid: their places, and by which the rows are grouped. It
-// outlives the grid's columns, which are made anew with every source.
+// How the user arranged the columns of a grid: their order, and those by which the rows are
+// grouped. It outlives the grid's columns, which are recreated with every source.
 //
 //   const GridArrangement arrangement{tdbgridData};
 //   tdbgridData.setDataSource(&other);
@@ -17,8 +17,8 @@ class GridArrangement {
 public:
     explicit GridArrangement(grid::Grid& grid);
 
-    /// Fields that the grid has no more are left out; a new one stands behind the field that comes
-    /// before it in the source, wherever that is.
+    /// Fields that the grid no longer has are ignored; a new one is placed after the field that
+    /// precedes it in the source, wherever that is.
     void applyTo(grid::Grid& grid) const;
 
 private:
