@@ -2,7 +2,7 @@
 
 #include "engine/jet/bytes.h"
 #include "engine/jet/text.h"
-#include "engine/sql/calendar.h"
+#include "engine/sql/values/calendar.h"
 
 #include <charconv>
 #include <cmath>

@@ -5,7 +5,7 @@
 // Any thread may call, one at a time for a file.
 #pragma once
 
-#include "engine/sql/query.h"
+#include "engine/sql/run/query.h"
 
 #include <cstdio>
 

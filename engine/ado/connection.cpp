@@ -3,7 +3,7 @@
 #include "engine/ado/connection_string.h"
 #include "engine/ado/pending_changes.h"
 #include "engine/ado/recordset.h"
-#include "engine/sql/execute.h"
+#include "engine/sql/run/execute.h"
 
 #include <utility>
 

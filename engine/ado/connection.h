@@ -16,7 +16,7 @@
 #include "engine/ado/error.h"
 #include "engine/ado/scheduler.h"
 #include "engine/jet/database.h"
-#include "engine/sql/ast.h"
+#include "engine/sql/parse/ast.h"
 
 #include <atomic>
 #include <functional>

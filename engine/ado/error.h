@@ -10,7 +10,7 @@
 #pragma once
 
 #include "engine/jet/error.h"
-#include "engine/sql/error.h"
+#include "engine/sql/values/error.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -6,7 +6,7 @@
 // One thread: the owner's. A Field is a name for a column and follows the current record.
 #pragma once
 
-#include "engine/sql/query.h"
+#include "engine/sql/run/query.h"
 
 #include <cstdint>
 #include <string>

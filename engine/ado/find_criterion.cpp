@@ -3,8 +3,8 @@
 #include "engine/ado/connection_string.h"
 #include "engine/ado/error.h"
 #include "engine/jet/text.h"
-#include "engine/sql/calendar.h"
-#include "engine/sql/comparison.h"
+#include "engine/sql/values/calendar.h"
+#include "engine/sql/values/comparison.h"
 
 #include <array>
 #include <charconv>

@@ -7,7 +7,7 @@
 #pragma once
 
 #include "engine/ado/rows.h"
-#include "engine/sql/like.h"
+#include "engine/sql/like/like.h"
 
 #include <optional>
 #include <string_view>

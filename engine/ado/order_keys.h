@@ -8,7 +8,7 @@
 // Pure functions; any thread may call them.
 #pragma once
 
-#include "engine/sql/comparison.h"
+#include "engine/sql/values/comparison.h"
 
 #include <cstdint>
 #include <functional>

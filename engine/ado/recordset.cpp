@@ -1,7 +1,7 @@
 // Opening, fetching and closing. Moving about is in recordset_navigation.cpp.
 #include "engine/ado/recordset.h"
 
-#include "engine/sql/ast.h"
+#include "engine/sql/parse/ast.h"
 
 #include <algorithm>
 

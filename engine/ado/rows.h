@@ -6,7 +6,7 @@
 #pragma once
 
 #include "engine/ado/value_formatter.h"
-#include "engine/sql/query.h"
+#include "engine/sql/run/query.h"
 
 #include <cstdint>
 #include <vector>

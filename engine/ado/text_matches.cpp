@@ -1,7 +1,7 @@
 #include "engine/ado/text_matches.h"
 
 #include "engine/ado/constants.h"
-#include "engine/sql/stored_like.h"
+#include "engine/sql/like/stored_like.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,7 +1,7 @@
 #include "engine/ado/value_formatter.h"
 
-#include "engine/sql/calendar.h"
-#include "engine/sql/text_form.h"
+#include "engine/sql/values/calendar.h"
+#include "engine/sql/values/text_form.h"
 
 #include <array>
 #include <charconv>

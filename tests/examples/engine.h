@@ -162,19 +162,19 @@ struct engine_sql : engine {
     std::size_t place;
 };
 
-struct engine_sql_aggregate_h : engine_sql {
+struct engine_sql_bind_aggregate_h : engine_sql {
     const sql::Aggregate& aggregate;
 };
 
-struct engine_sql_byte_map_h : engine_sql {
+struct engine_sql_run_byte_map_h : engine_sql {
     std::uint32_t decide(jet::Bytes bytes);
 };
 
-struct engine_sql_change_h : engine_sql {
+struct engine_sql_run_change_h : engine_sql {
     const sql::UpdateStatement& update;
 };
 
-struct engine_sql_cursors_h : engine_sql {
+struct engine_sql_run_cursors_h : engine_sql {
     std::shared_ptr<const sql::Plan> plan;
 };
 

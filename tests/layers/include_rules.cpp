@@ -16,7 +16,17 @@ struct Rule {
 const std::vector<Rule>& rules() {
     static const std::vector<Rule> table{
         {"engine/jet/", {"engine/jet/"}, true},
-        {"engine/sql/", {"engine/sql/", "engine/jet/"}, true},
+        {"engine/sql/values/", {"engine/sql/values/", "engine/jet/"}, true},
+        {"engine/sql/like/", {"engine/sql/like/", "engine/sql/values/", "engine/jet/"}, true},
+        {"engine/sql/parse/", {"engine/sql/parse/", "engine/sql/values/", "engine/jet/"}, true},
+        {"engine/sql/bind/",
+         {"engine/sql/bind/", "engine/sql/parse/", "engine/sql/like/", "engine/sql/values/",
+          "engine/jet/"},
+         true},
+        {"engine/sql/run/",
+         {"engine/sql/run/", "engine/sql/bind/", "engine/sql/parse/", "engine/sql/values/",
+          "engine/jet/"},
+         true},
         {"engine/ado/", {"engine/ado/", "engine/sql/", "engine/jet/"}, true},
         {"toolkit/grid/model/", {"toolkit/grid/model/"}, true},
         {"toolkit/grid/", {"toolkit/grid/", "toolkit/forms/"}, false},

@@ -1,6 +1,6 @@
 // Statements that change a database, through recordsets and connections: what state they leave,
 // the numbers of their failures, and when what they did becomes durable.
-#include "engine/sql/query.h"
+#include "engine/sql/run/query.h"
 #include "tests/engine/ado/recordset_fixture.h"
 #include "tests/support/expected.h"
 

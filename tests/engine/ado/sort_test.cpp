@@ -1,7 +1,7 @@
 // Sort strings and the orders they make.
 #include "engine/ado/radix_sort.h"
 #include "engine/jet/collation.h"
-#include "engine/sql/comparison.h"
+#include "engine/sql/values/comparison.h"
 #include "tests/engine/ado/recordset_fixture.h"
 #include "tests/support/random.h"
 

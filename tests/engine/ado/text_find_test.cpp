@@ -1,7 +1,7 @@
 // Searches for texts find what a look at every row in turn finds.
 #include "engine/jet/text.h"
-#include "engine/sql/case_fold.h"
-#include "engine/sql/like.h"
+#include "engine/sql/like/case_fold.h"
+#include "engine/sql/like/like.h"
 #include "tests/engine/ado/recordset_fixture.h"
 #include "tests/support/damage.h"
 #include "tests/support/expected.h"

@@ -1,7 +1,7 @@
 // What the tests of statements that change a database share.
 #pragma once
 
-#include "engine/sql/execute.h"
+#include "engine/sql/run/execute.h"
 #include "tests/engine/sql/people.h"
 #include "tests/support/expected.h"
 #include "tests/support/external_program.h"

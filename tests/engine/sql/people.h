@@ -2,8 +2,8 @@
 #pragma once
 
 #include "engine/jet/text.h"
-#include "engine/sql/query.h"
-#include "engine/sql/text_form.h"
+#include "engine/sql/run/query.h"
+#include "engine/sql/values/text_form.h"
 #include "tests/support/fixture_builder.h"
 
 #include <memory>

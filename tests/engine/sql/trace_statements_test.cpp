@@ -1,5 +1,5 @@
 // The statements that the viewer sends, on made-up databases and on the sample files.
-#include "engine/sql/comparison.h"
+#include "engine/sql/values/comparison.h"
 #include "tests/engine/sql/people.h"
 #include "tests/support/expected.h"
 #include "tests/support/trace_database.h"

@@ -1,0 +1,107 @@
+// Expressions bound to the columns of a table: each yields a value for a row.
+//
+//   const Expressions sides{makeColumn(column), makeConstant(std::int32_t{7})};
+//   const ExpressionPtr condition = makeChain({Operator::Equal}, sides);
+//   const jet::Value verdict = condition->evaluate(row);
+//
+// Expressions are immutable, any thread may evaluate them; a Row belongs to one thread. The
+// functions that make them check the types of their operands (Error{TypeMismatch}) and give a
+// constant where all operands are constant.
+#pragma once
+
+#include "engine/jet/record.h"
+#include "engine/jet/value.h"
+#include "engine/sql/parse/ast.h"
+#include "engine/sql/values/comparison.h"
+
+#include <memory>
+#include <vector>
+
+namespace sql {
+
+/// What an expression is evaluated for: a record of the table, or the values of a group.
+struct Row {
+    const jet::Record* record = nullptr;
+    jet::PageReader* pages = nullptr;  ///< serves long values of the record
+    const std::vector<jet::Value>* group = nullptr;
+    OrderKey scratch;  ///< room for keys, kept from row to row
+};
+
+/// The type that an expression yields.
+struct ExpressionType {
+    Domain domain = Domain::Null;
+    jet::ColumnType type = jet::ColumnType::Text;
+};
+
+ExpressionType typeOf(jet::ColumnType type);
+
+class Expression;
+using ExpressionPtr = std::shared_ptr<const Expression>;
+using Expressions = std::vector<ExpressionPtr>;
+
+class Expression {
+public:
+    Expression(ExpressionType type, Expressions operands)
+        : type_{type}, operands_{std::move(operands)} {}
+    virtual ~Expression() = default;
+
+    /// Null where an operand that matters is null. Throws jet::Error{Damaged}, Error{TypeMismatch}.
+    virtual jet::Value evaluate(Row& row) const = 0;
+
+    /// The stored column that this is; null if it is anything else.
+    virtual const jet::Column* column() const { return nullptr; }
+
+    /// Whether this is `first operand = second operand` and nothing more.
+    virtual bool isEquality() const { return false; }
+
+    /// Whether this is true exactly if all operands are.
+    virtual bool isConjunction() const { return false; }
+
+    /// The value of a constant; null if it depends on the row.
+    virtual const jet::Value* constant() const { return nullptr; }
+
+    const ExpressionType& type() const { return type_; }
+    Domain domain() const { return type_.domain; }
+    const Expressions& operands() const { return operands_; }
+
+private:
+    ExpressionType type_;
+    Expressions operands_;
+};
+
+ExpressionPtr makeConstant(jet::Value value);
+
+/// `column` must outlive the expression.
+ExpressionPtr makeColumn(const jet::Column& column);
+
+/// The value in place `slot` of a group. `column`: what it is a value of; null if computed.
+ExpressionPtr makeGroupValue(std::size_t slot, ExpressionType type, const jet::Column* column);
+
+/// Operators of one level between operands, applied from the left.
+ExpressionPtr makeChain(std::vector<Operator> operators, Expressions operands);
+
+ExpressionPtr makeNegative(ExpressionPtr operand);
+
+/// Operands that are constant are dropped or decide.
+ExpressionPtr makeAnd(Expressions operands);
+
+/// Likewise; equalities of one column with constants become one set.
+ExpressionPtr makeOr(Expressions operands);
+
+ExpressionPtr makeNot(ExpressionPtr operand);
+ExpressionPtr makeIsNull(ExpressionPtr operand);
+ExpressionPtr makeLike(ExpressionPtr operand, ExpressionPtr pattern);
+
+/// Whether `operand` equals one of `alternatives`.
+ExpressionPtr makeIn(ExpressionPtr operand, Expressions alternatives);
+
+/// The constant that `expression` yields if all its operands are constant; else itself.
+ExpressionPtr folded(ExpressionPtr expression);
+
+/// Throws Error{TypeMismatch} unless the expression can be true or false.
+void requireCondition(const Expression& expression);
+
+/// All columns that the expression reads, each once.
+std::vector<const jet::Column*> columnsOf(const Expression& expression);
+
+}  // namespace sql

@@ -1,0 +1,26 @@
+// The parsers of the kinds of statements. Each begins behind the word that says which kind it is,
+// and stops where its statement ends.
+//
+//   if (tokens.takeWord(u"SELECT")) use(sql::parseSelect(tokens));
+//
+// All throw Error{Syntax}, naming the place. One thread, that of the token stream.
+#pragma once
+
+#include "engine/sql/parse/token_stream.h"
+
+namespace sql {
+
+SelectStatement parseSelect(TokenStream& tokens);
+UpdateStatement parseUpdate(TokenStream& tokens);
+InsertStatement parseInsert(TokenStream& tokens);
+
+/// CREATE TABLE, CREATE INDEX
+Statement parseCreate(TokenStream& tokens);
+
+/// ALTER TABLE, which adds a column
+AddColumnStatement parseAlter(TokenStream& tokens);
+
+/// DROP TABLE
+DropTableStatement parseDrop(TokenStream& tokens);
+
+}  // namespace sql

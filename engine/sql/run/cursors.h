@@ -1,0 +1,71 @@
+// The cursors that run a plan, innermost first: rows of a scan, sorted rows, groups; then, around
+// one of these, DISTINCT and TOP.
+//
+//   std::unique_ptr<sql::Cursor> cursor = sql::openCursor(plan);
+//
+// A cursor belongs to one thread and does its work when the first row is asked for.
+#pragma once
+
+#include "engine/jet/table.h"
+#include "engine/sql/bind/plan.h"
+#include "engine/sql/run/query.h"
+
+namespace sql {
+
+using PlanPtr = std::shared_ptr<const Plan>;
+
+std::unique_ptr<Cursor> openCursor(const PlanPtr& plan);
+
+/// In storage order.
+std::unique_ptr<Cursor> openScan(const PlanPtr& plan);
+
+/// In the plan's order: keys and row ids are kept, the rows are read again.
+std::unique_ptr<Cursor> openSortedScan(const PlanPtr& plan);
+
+/// One row a group, in the plan's order or by the group's values.
+std::unique_ptr<Cursor> openGroups(const PlanPtr& plan);
+
+/// Rows that an earlier one equals are left out.
+std::unique_ptr<Cursor> openDistinct(const PlanPtr& plan, std::unique_ptr<Cursor> rows);
+
+/// The first `count` rows.
+std::unique_ptr<Cursor> openTop(std::uint64_t count, std::unique_ptr<Cursor> rows);
+
+/// The rows of a table that satisfy a plan's condition, as records. Rows that are damaged are
+/// counted and left out.
+class FilteredScan {
+public:
+    explicit FilteredScan(const Plan& plan);
+
+    /// Steps on to the next row for which `use()` does not meet damage; false at the end.
+    template <typename Use>
+    bool nextThat(Use use) {
+        while (scan_ && scan_->next()) {
+            try {
+                if (!accept()) continue;
+                use();
+                return true;
+            } catch (const jet::Error& error) {
+                if (error.fault() != jet::Fault::Damaged) throw;
+                scan_->skipRow();
+            }
+        }
+        return false;
+    }
+
+    Row& row() { return row_; }
+    jet::RowId rowId() const { return scan_->rowId(); }
+    jet::Skipped skipped() const { return scan_ ? scan_->skipped() : jet::Skipped{}; }
+
+private:
+    bool accept();
+
+    std::optional<jet::TableScan> scan_;  ///< none if no row can satisfy the condition
+    std::unique_ptr<RowFilter> filter_;
+    Row row_;
+};
+
+/// Appends the key by which a row stands in the plan's order.
+void appendOrderKeys(const Plan& plan, Row& row, OrderKey& key);
+
+}  // namespace sql

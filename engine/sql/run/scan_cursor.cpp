@@ -1,0 +1,123 @@
+#include "engine/sql/run/cursors.h"
+#include "engine/sql/run/filter.h"
+#include "engine/sql/run/key_store.h"
+
+namespace sql {
+
+FilteredScan::FilteredScan(const Plan& plan) {
+    if (plan.alwaysEmpty) return;
+    scan_.emplace(*plan.table);
+    if (plan.condition) filter_ = makeRowFilter(plan.condition, plan.table);
+}
+
+bool FilteredScan::accept() {
+    row_.record = &scan_->record();
+    row_.pages = &scan_->pages();
+    return !filter_ || filter_->matches(*row_.record, *row_.pages);
+}
+
+void appendOrderKeys(const Plan& plan, Row& row, OrderKey& key) {
+    for (const OrderTerm& term : plan.order) {
+        appendOrderKey(term.expression->evaluate(row), term.expression->type().type, term.ascending,
+                       key);
+    }
+}
+
+namespace {
+
+void project(const Plan& plan, Row& row, std::vector<jet::Value>& values) {
+    for (std::size_t i = 0; i < values.size(); ++i) values[i] = plan.outputs[i]->evaluate(row);
+}
+
+class ScanCursor final : public Cursor {
+public:
+    explicit ScanCursor(PlanPtr plan) : plan_{std::move(plan)}, values_(plan_->outputs.size()) {}
+
+    bool next() override {
+        if (!scan_) scan_.emplace(*plan_);
+        return scan_->nextThat([this] { project(*plan_, scan_->row(), values_); });
+    }
+
+    const std::vector<jet::Value>& row() const override { return values_; }
+    jet::Skipped skipped() const override { return scan_ ? scan_->skipped() : jet::Skipped{}; }
+
+private:
+    PlanPtr plan_;
+    std::optional<FilteredScan> scan_;
+    std::vector<jet::Value> values_;
+};
+
+class SortedCursor final : public Cursor {
+public:
+    explicit SortedCursor(PlanPtr plan)
+        : plan_{std::move(plan)},
+          values_(plan_->outputs.size()),
+          records_{plan_->table->pageReader()},
+          longValues_{plan_->table->pageReader()} {}
+
+    bool next() override {
+        if (!sorted_) sort();
+        while (at_ < order_.size()) {
+            if (read(rowIds_[order_[at_++]])) return true;
+            ++skipped_.rows;
+        }
+        return false;
+    }
+
+    const std::vector<jet::Value>& row() const override { return values_; }
+    jet::Skipped skipped() const override { return skipped_; }
+
+private:
+    void sort() {
+        sorted_ = true;
+        KeyStore keys;
+        FilteredScan scan{*plan_};
+        while (scan.nextThat([&] { addKey(scan, keys); })) {
+        }
+        skipped_ = scan.skipped();
+        order_ = keys.sorted(plan_->distinct ? std::nullopt : plan_->top);
+    }
+
+    void addKey(FilteredScan& scan, KeyStore& keys) {
+        keys.dropKey();  // what a damaged row left behind
+        appendOrderKeys(*plan_, scan.row(), keys.bytes());
+        keys.finishKey();
+        rowIds_.push_back(scan.rowId());
+    }
+
+    /// Another program may have taken the row away since it was sorted.
+    bool read(jet::RowId id) {
+        jet::Record record;
+        if (!plan_->table->find(records_, id, record)) return false;
+        Row row;
+        row.record = &record;
+        row.pages = &longValues_;
+        try {
+            project(*plan_, row, values_);
+            return true;
+        } catch (const jet::Error& error) {
+            if (error.fault() != jet::Fault::Damaged) throw;
+            return false;
+        }
+    }
+
+    PlanPtr plan_;
+    std::vector<jet::Value> values_;
+    jet::PageReader records_;
+    jet::PageReader longValues_;
+    bool sorted_ = false;
+    std::vector<jet::RowId> rowIds_;  ///< in storage order
+    std::vector<std::size_t> order_;  ///< places in rowIds_
+    std::size_t at_ = 0;
+    jet::Skipped skipped_;
+};
+
+}  // namespace
+
+std::unique_ptr<Cursor> openScan(const PlanPtr& plan) { return std::make_unique<ScanCursor>(plan); }
+
+std::unique_ptr<Cursor> openSortedScan(const PlanPtr& plan) {
+    return std::make_unique<SortedCursor>(plan);
+}
+
+}  // namespace sql

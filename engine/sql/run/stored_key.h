@@ -1,0 +1,25 @@
+// The stored bytes of some fields of a record as one key: rows stored alike have the same.
+//
+//   const sql::Columns columns{&column};
+//   sql::OrderKey key;
+//   if (sql::haveStoredKeys(columns)) sql::makeStoredKey(record, columns, key);
+//
+// Pure functions; any thread may call them.
+#pragma once
+
+#include "engine/jet/record.h"
+#include "engine/sql/values/comparison.h"
+
+#include <vector>
+
+namespace sql {
+
+using Columns = std::vector<const jet::Column*>;
+
+/// Whether the content of all these columns stands in the record itself.
+bool haveStoredKeys(const Columns& columns);
+
+/// Replaces `key`. Throws jet::Error{Damaged}.
+void makeStoredKey(const jet::Record& record, const Columns& columns, OrderKey& key);
+
+}  // namespace sql
