@@ -85,7 +85,7 @@ std::unique_ptr<Recordset> Connection::execute(std::u16string_view statement) {
 
 void Connection::change(const sql::Statement& statement, const std::shared_ptr<Scheduler>& idle) {
     throwLostChanges();
-    for (Recordset* recordset : recordsets_) recordset->forgetMatches();
+    for (Recordset* recordset : recordsets_) recordset->forgetTextMatches();
     translated(path_, [&] {
         jet::Database& changed = *database();
         run([&] { sql::execute(changed, statement); });
@@ -115,6 +115,12 @@ void Connection::run(const std::function<void()>& work) {
     } else {
         work();
     }
+}
+
+bool Connection::runSearch(const std::function<void(const std::atomic<bool>& stop)>& search) {
+    stopFind_ = false;
+    run([&] { search(stopFind_); });
+    return !stopFind_;
 }
 
 /// What is lost is told to the next who uses the connection.

@@ -79,6 +79,10 @@ public:
     /// Error{3712}. Any thread; nothing happens without a search.
     void cancel() { stopFind_ = true; }
 
+    /// Runs a search that reads much of the file; cancel() sets its `stop`. False if it was stopped.
+    /// Lets the exceptions of the search through.
+    bool runSearch(const std::function<void(const std::atomic<bool>& stop)>& search);
+
     /// Makes the changes of all statements durable. Throws Error{0x80004005} if that fails, or has
     /// failed since it was asked for the last time: none of these statements has happened then.
     void commit();

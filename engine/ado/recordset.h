@@ -11,20 +11,22 @@
 #pragma once
 
 #include "engine/ado/connection.h"
+#include "engine/ado/current_record.h"
 #include "engine/ado/error.h"
-#include "engine/ado/fetch.h"
 #include "engine/ado/field.h"
-#include "engine/ado/sort_order.h"
-#include "engine/ado/text_matches.h"
+#include "engine/ado/opening.h"
+#include "engine/ado/view_order.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace ado {
 
-class FindCriterion;
+class Cells;
 
 class Recordset {
 public:
@@ -125,7 +127,7 @@ public:
     /// Damaged rows and pages that had to be left out until now.
     jet::Skipped skipped() const;
 
-    const std::u16string& sort() const { return sort_; }
+    const std::u16string& sort() const { return order_.sortString(); }
 
     /// "Date ASC, [Process] DESC", or "" for the order of the fetch. Makes the first row current.
     /// Rows that are still to come follow in the order of the fetch until it ends.
@@ -172,40 +174,22 @@ private:
     friend class Field;
     friend class Fields;
 
-    /// What clones share.
-    struct RowSet {
-        std::shared_ptr<const sql::Query> query;
-        std::shared_ptr<Rows> rows;
-        OrderCache orders;
-        std::vector<Recordset*> views;
-        std::shared_ptr<TextMatches> matches;  ///< of the latest search for a text; may be null
-        jet::Skipped skipped;                  ///< of rows that are in memory
-    };
-
-    enum class Place { Before, On, Behind };
-
-    const sql::Query& query() const;
-    const std::vector<sql::OutputColumn>& columns() const { return query().columns(); }
     void requireOpen() const;
     void requireClosed() const;
+    RowSet& set() const;
+    const std::vector<sql::OutputColumn>& columns() const { return set().columns(); }
+    std::uint32_t currentPosition() const;
     jet::Value currentValue(std::size_t field);
-    std::uint32_t currentRow() const;
+    Cells cells() const;
 
-    void openRows(std::shared_ptr<const sql::Query> query, bool inBackground);
-    void fetchRows(const std::shared_ptr<ScannedRows>& rows, bool inBackground);
-    void postComplete();
+    std::shared_ptr<Opening> fetched(std::shared_ptr<const sql::Query> query, bool asynchronous);
+    std::shared_ptr<Opening> openingOf(std::shared_ptr<RowSet> set);
+    void attachTo(Connection& connection, std::shared_ptr<Opening> opening);
     void onProgress(std::uint32_t progress);
-    void onComplete();
-    void sortViews();
+    void onComplete(const std::exception_ptr& failure);
     void sortAgain();
-    void attachTo(Connection& connection, std::shared_ptr<RowSet> set);
-    void moveTo(Place place, std::uint32_t position);
-    std::shared_ptr<TextMatches> textMatches(const FindCriterion& criterion);
-    std::int64_t findText(TextMatches& matches, std::int64_t position, int direction);
-    std::int64_t findRow(FindCriterion& criterion, std::int64_t position, int direction);
-    void forgetMatches() { set_->matches.reset(); }
-    void appendRow(std::uint32_t row, std::u16string_view columnDelimiter,
-                   std::u16string_view nullText, std::u16string& out);
+    void moveTo(const CurrentRecord& wanted);
+    void forgetTextMatches() { set().forgetTextMatches(); }
 
     std::shared_ptr<Scheduler> scheduler_;
     std::shared_ptr<const ValueFormatter> formatter_;
@@ -217,18 +201,9 @@ private:
     // Of an open recordset.
     Connection* connection_ = nullptr;
     std::u16string source_;
-    std::shared_ptr<RowSet> set_;  ///< null while closed
-    std::unique_ptr<Fetch> fetch_;
-    bool fetching_ = false;
-    std::shared_ptr<int> opening_;  ///< lets events of an earlier opening be told apart
-
-    // The current record: position_ counts only while place_ is On. With no rows at all the place
-    // stays On position 0, so that the first row to come becomes current.
-    Place place_ = Place::On;
-    std::uint32_t position_ = 0;
-    std::u16string sort_;
-    std::vector<SortColumn> sortColumns_;
-    RowOrder order_;
+    std::shared_ptr<Opening> opening_;  ///< null while closed
+    CurrentRecord current_;
+    ViewOrder order_;
 };
 
 }  // namespace ado

@@ -1,0 +1,49 @@
+// The cells of a view, by position and field: what grids and exports read, wherever the current
+// record is.
+//
+//   ado::RowSet set{query};
+//   const ado::Cells cells{set, order};
+//   if (cells.text(7, 0, ado::ValueFormatter{}, text)) show(text);
+//
+// One thread: the owner's. Set and order must outlive it.
+#pragma once
+
+#include "engine/ado/row_set.h"
+#include "engine/ado/sort_order.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ado {
+
+class Cells {
+public:
+    Cells(RowSet& set, const RowOrder& order) : set_{set}, order_{order} {}
+
+    /// Null if there is no such row or field, the row is gone, or it cannot be read.
+    jet::Value value(std::uint32_t position, std::size_t field) const;
+
+    /// Replaces `out` by the text form; false, and an empty text, where value() has none because
+    /// there is no row.
+    bool text(std::uint32_t position, std::size_t field, const ValueFormatter& formatter,
+              std::u16string& out) const;
+
+    /// For each position the rank of its value among the different values of the field, from 0,
+    /// Null first. Throws jet::Error for failures of the storage.
+    std::vector<std::uint32_t> ranks(std::size_t field) const;
+
+    /// Appends the texts of all fields of a row. Requires: there is such a row.
+    /// Throws jet::Error for failures of the storage.
+    void appendLine(std::uint32_t position, const ValueFormatter& formatter,
+                    std::u16string_view delimiter, std::u16string_view nullText,
+                    std::u16string& out) const;
+
+private:
+    bool contains(std::uint32_t position, std::size_t field) const;
+
+    RowSet& set_;
+    const RowOrder& order_;
+};
+
+}  // namespace ado
