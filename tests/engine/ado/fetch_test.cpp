@@ -1,5 +1,6 @@
 // Fetching in the background: what is there when, which events come, and what ends it.
 #include "tests/engine/ado/recordset_fixture.h"
+#include "tests/support/damage.h"
 
 #include <atomic>
 #include <chrono>
@@ -229,6 +230,36 @@ TEST_F(FetchTest, DamagedRowsAreLeftOutAndCounted) {
     EXPECT_EQ(rows.skipped().pages, 1u);
     EXPECT_LT(rows.rowCount(), 3000u);
     EXPECT_GT(rows.rowCount(), 2800u);
+}
+
+/// Single rows whose fields run over their record, on pages that are sound otherwise.
+TEST_F(FetchTest, RowsThatAreDamagedInAFieldAreLeftOutAndCounted) {
+    fixture::FixtureBuilder builder;
+    auto& table = builder.addTable(
+        {.name = u"T",
+         .columns = {fixture::column(u"Id", jet::ColumnType::Long), fixture::memoColumn(u"Notes"),
+                     fixture::textColumn(u"Name", 50)}});
+    std::vector<jet::RowId> ids;
+    for (std::int32_t i = 0; i < 500; ++i) ids.push_back(table.insert({i, u"note", u"name"}));
+    fixture::ByteVector content = builder.bytes();
+    for (const std::size_t damaged : {3u, 77u, 499u}) {
+        // The end of the record says how many variable columns it has.
+        const std::size_t end =
+            fixture::rowOffset(content, ids[damaged]) + fixture::rowLength(content, ids[damaged]);
+        fixture::poke16(content, end - 3, 0x7FFF);
+    }
+    TestConnection database{std::move(content)};
+    for (const bool background : {false, true}) {
+        Recordset rows{pump};
+        EventLog log{rows};
+        rows.setCursorLocation(background ? adUseClient : adUseServer);
+        rows.open(u"SELECT * FROM T", database.connection, adOpenForwardOnly, adLockReadOnly,
+                  adAsyncFetch);
+        ASSERT_TRUE(runUntilComplete(log));
+        EXPECT_EQ(rows.recordCount(), 497);
+        EXPECT_EQ(rows.skipped().rows, 3u);
+        EXPECT_EQ(rows.clone()->skipped().rows, 3u);
+    }
 }
 
 TEST_F(FetchTest, SparseFilterDoesNotKeepOpenWaiting) {

@@ -89,6 +89,25 @@ TEST_F(Find, Comparisons) {
     EXPECT_EQ(find(u"Process = 'nobody'"), 0);
 }
 
+/// Rows in memory are looked at one by one, by other code than those of a table.
+TEST_F(Find, InRowsOfAnyOtherQuery) {
+    rows.close();
+    rows.open(u"SELECT * FROM Lines ORDER BY Id", database.connection);
+    EXPECT_EQ(find(u"Trace Like '*error*'"), 2);
+    EXPECT_EQ(find(u"Trace Like '*error*'", 5, adSearchBackward), 4);
+    EXPECT_EQ(find(u"Trace Like '*'", 3), 4) << "Null is like nothing";
+    EXPECT_EQ(find(u"Process Like '?SGSVC'", 2), 4);
+    EXPECT_EQ(find(u"Process = Null"), 3);
+    EXPECT_EQ(find(u"Id = 5"), 5);
+    EXPECT_EQ(find(u"Id = 6"), 0);
+}
+
+TEST_F(Find, NumbersAndDatesAreLikeTheirTexts) {
+    EXPECT_EQ(find(u"Id Like '[4-5]'"), 4);
+    EXPECT_EQ(find(u"Date Like '2000-01-0[23]*'"), 4);
+    EXPECT_EQ(find(u"[Trace Level] Like '*'", 3), 4) << "Null is like nothing";
+}
+
 TEST_F(Find, WrongCriteriaLeaveTheCurrentRecordWhereItIs) {
     EXPECT_EQ(failure(u"Trace Like '*it's*'"), 3001);
     EXPECT_EQ(failure(u"Trace Like '*open"), 3001);

@@ -71,6 +71,21 @@ TEST(Recordset, WrongStatements) {
     EXPECT_EQ(open(u"SELECT * FROM People"), 3704);
 }
 
+TEST(Recordset, NothingOfAnOpeningIsLeftForTheNextOne) {
+    TestConnection database{peopleDatabase(5)};
+    Recordset rows;
+    rows.open(u"SELECT * FROM People", database.connection);
+    rows.setSort(u"Age DESC");
+    rows.setAbsolutePosition(4);
+    rows.close();
+    EXPECT_EQ(rows.sort(), u"");
+    rows.open(u"SELECT * FROM People", database.connection);
+    EXPECT_EQ(rows.sort(), u"");
+    EXPECT_EQ(rows.absolutePosition(), 1);
+    EXPECT_EQ(rows.fields()[u"Age"].value(), jet::Value{std::int32_t{20}});
+    EXPECT_EQ(rows.source(), u"SELECT * FROM People");
+}
+
 TEST(Recordset, MovesFromTheFirstRowToTheEndAndBack) {
     People people{3};
     Recordset& rows = people.rows;

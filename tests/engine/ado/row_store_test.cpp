@@ -133,6 +133,31 @@ TEST(Dictionary, KnownTextsKeepTheirCode) {
     EXPECT_EQ(dictionary.size(), texts.size());
 }
 
+/// Among so many texts there are some that stand next to each other with the same 16 bits of hash:
+/// only their bytes tell them apart, wherever the difference is.
+TEST(Dictionary, TextsOfOneHashAreToldApartByEveryByte) {
+    constexpr std::uint32_t kTexts = 60'000;
+    struct Form {
+        std::size_t length;
+        std::size_t place;  ///< of the three digits that differ
+    };
+    for (const auto& [length, place] :
+         {Form{6, 1}, Form{7, 3}, Form{12, 0}, Form{12, 8}, Form{24, 0}, Form{24, 10}, Form{24, 20},
+          Form{20, 8}, Form{60, 25}, Form{60, 56}}) {
+        for (std::uint32_t round = 0; round < 12; ++round) {
+            Dictionary dictionary;
+            std::string text(length, static_cast<char>('a' + round));
+            for (std::uint32_t i = 0; i < kTexts; ++i) {
+                for (std::size_t digit = 0; digit < 3; ++digit) {
+                    text[place + digit] = static_cast<char>(' ' + (i >> (6 * digit)) % 64);
+                }
+                ASSERT_EQ(dictionary.code(bytesOf(text), 1'000'000'000, 10 * i), i)
+                    << length << " from " << place;
+            }
+        }
+    }
+}
+
 TEST(Dictionary, RefusesWhatWouldNotPay) {
     const auto accepted = [](std::uint64_t rows, std::uint64_t every, std::size_t length) {
         Dictionary dictionary;

@@ -147,6 +147,32 @@ TEST(Filter, LeavesOutDamagedRows) {
     }
 }
 
+/// What a damaged row has put into its key of the order is not the beginning of the next one's.
+TEST(Filter, DamagedRowsLeaveTheOrderOfTheOthersAlone) {
+    fixture::FixtureBuilder builder;
+    auto& table = builder.addTable(
+        {.name = u"t",
+         .columns = {fixture::column(u"n", jet::ColumnType::Long), fixture::memoColumn(u"m")}});
+    fixture::ByteVector nowhere(12, 0xEE);
+    nowhere[3] = 0x40;
+    const auto damaged = [&](std::int32_t number) {
+        table.insert(
+            {number, fixture::longValue(fixture::stored(nowhere), fixture::LongForm::HandMade)});
+    };
+    table.insert({2, u"b"});
+    damaged(9);
+    table.insert({1, u"a"});
+    damaged(0);
+    table.insert({3, u"c"});
+    const auto database = open(builder);
+    EXPECT_EQ(rows(database, u"SELECT n FROM t ORDER BY n, m"),
+              (std::vector<std::string>{"1", "2", "3"}));
+    EXPECT_EQ(rows(database, u"SELECT n FROM t ORDER BY n DESC, m"),
+              (std::vector<std::string>{"3", "2", "1"}));
+    EXPECT_EQ(rows(database, u"SELECT COUNT(*), MAX(m), SUM(n) FROM t"),
+              std::vector<std::string>{"3|c|6"});
+}
+
 TEST(ByteMap, AgreesWithAMap) {
     sql::ByteMap map;
     std::map<std::vector<std::uint8_t>, std::uint32_t> plain;

@@ -64,6 +64,19 @@ TEST(Insert, DoesNotSeeItsOwnRows) {
               (Lines{"coach|4", "first programmer|4"}));
 }
 
+/// New rows go to the last page, which a scan of a large table reads when the first ones are in.
+TEST(Insert, DoesNotSeeItsOwnRowsInALargeTable) {
+    constexpr std::int32_t kRows = 6000;
+    fixture::FixtureBuilder builder;
+    auto& table = builder.addTable({.name = u"Lines",
+                                    .columns = {fixture::column(u"Id", jet::ColumnType::Long),
+                                                fixture::textColumn(u"Text", 255)}});
+    for (std::int32_t i = 0; i < kRows; ++i) table.insert({i, std::u16string(200, u'x')});
+    const auto database = open(builder);
+    EXPECT_EQ(run(database, u"INSERT INTO Lines SELECT * FROM Lines"), kRows);
+    EXPECT_EQ(rows(database, u"SELECT COUNT(*) FROM Lines"), Lines{std::to_string(2 * kRows)});
+}
+
 TEST(Insert, RefusesWrongStatements) {
     const auto database = peopleAndGuests();
     database->commit();

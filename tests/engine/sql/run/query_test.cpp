@@ -157,6 +157,15 @@ TEST_F(Queries, DecideConstantConditionsBeforehand) {
     EXPECT_NE(some->rowFilter(), nullptr);
 }
 
+TEST_F(Queries, CutOffGroupsOnlyBehindDistinct) {
+    EXPECT_THAT(rows(u"SELECT DISTINCT TOP 3 Age FROM People GROUP BY Age, Name ORDER BY Age DESC"),
+                ElementsAre("36", "20", "0"));
+    EXPECT_THAT(rows(u"SELECT TOP 2 Age FROM People GROUP BY Age, Name ORDER BY Age DESC"),
+                ElementsAre("36", "36"));
+    EXPECT_THAT(rows(u"SELECT DISTINCT TOP 3 Age FROM People ORDER BY Age DESC"),
+                ElementsAre("36", "20", "0"));
+}
+
 TEST_F(Queries, FailForUnknownNames) {
     EXPECT_EQ(faultOf(people_, u"SELECT * FROM Nobody"), sql::Fault::NoSuchTable);
     for (const auto statement :
