@@ -21,16 +21,15 @@ class Cells {
 public:
     Cells(RowSet& set, const RowOrder& order) : set_{set}, order_{order} {}
 
-    /// Null if there is no such row or field, the row is gone, or it cannot be read.
+    /// Null if there is no such row or field, if the row is deleted, or if it cannot be read.
     jet::Value value(std::uint32_t position, std::size_t field) const;
 
-    /// Replaces `out` by the text form; false, and an empty text, where value() has none because
-    /// there is no row.
+    /// Sets `out` to the text form; false, and an empty text, if there is no such row.
     bool text(std::uint32_t position, std::size_t field, const ValueFormatter& formatter,
               std::u16string& out) const;
 
-    /// For each position the rank of its value among the different values of the field, from 0,
-    /// Null first. Throws jet::Error for failures of the storage.
+    /// For each position the rank of its value among the distinct values of the field, from 0, Null
+    /// first. Throws jet::Error for failures of the storage.
     std::vector<std::uint32_t> ranks(std::size_t field) const;
 
     /// Appends the texts of all fields of a row. Requires: there is such a row.

@@ -4,12 +4,12 @@
 //   connection.open(u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=C:\\traces.mdb");
 //   ado::Recordset rows;  rows.open(u"SELECT * FROM tblTraces", connection);
 //
-// Statements that change the database take effect at once for this connection and become durable
+// Statements that change the database are visible to this connection at once. They are committed
 // together: when a SELECT is opened, when the connection closes, when another connection of the
-// thread opens the file, and when the owner is idle, if a scheduler tells. Until then nobody else can
-// open the file.
+// thread opens the file, and when the owner is idle, if there is a scheduler. Until then no other
+// program can open the file.
 //
-// Belongs to one thread, the owner's, with all recordsets opened on it.
+// One thread: the owner's, as for all recordsets opened on it.
 #pragma once
 
 #include "engine/ado/constants.h"
@@ -32,12 +32,11 @@ class Recordset;
 
 class Connection {
 public:
-    /// Without a scheduler, its own or that of a recordset, changes wait until something asks for
-    /// them.
+    /// Without a scheduler (its own or a recordset's) nothing is committed when idle.
     explicit Connection(std::shared_ptr<Scheduler> scheduler = nullptr)
         : scheduler_{std::move(scheduler)} {}
 
-    /// Closes, and says nothing of changes that could not be made durable.
+    /// Closes; a failed commit is not reported.
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
@@ -48,43 +47,43 @@ public:
     void setConnectionString(std::u16string text);
 
     /// Opens the file that "Data Source" of the connection string names. Only its header is read.
-    /// User, password and options are accepted for the sake of the callers; there are no users.
+    /// User, password and options are accepted and ignored.
     /// Throws Error: 3705 while open, 3706 for another provider, 3001, 0x80004005.
     void open();
     void open(std::u16string_view connectionString, std::u16string_view user = {},
               std::u16string_view password = {}, int options = adOptionUnspecified);
 
-    /// Opens what is open already in other hands; `path` is for messages.
+    /// Attaches to a database that is open already; `path` is for messages.
     void open(std::shared_ptr<jet::Database> database, const std::filesystem::path& path = {});
 
-    /// Closes the recordsets that were opened on it, ending their fetches, makes its changes durable
-    /// and closes itself. Throws Error: 3704 if it is closed; 0x80004005 if changes have been lost,
-    /// it is closed then all the same.
+    /// Closes the recordsets that were opened on it, cancelling their fetches, commits and closes.
+    /// Throws Error: 3704 if it is closed; 0x80004005 if the commit failed, in which case it is
+    /// closed nevertheless.
     void close();
 
     /// adStateClosed or adStateOpen.
     int state() const { return database_ ? adStateOpen : adStateClosed; }
 
-    /// A recordset of the rows of a SELECT, read to its end; a closed one of any other statement,
-    /// which has been executed. Throws as Recordset::open.
+    /// Executes a statement. For a SELECT, returns a recordset with all rows; for any other
+    /// statement a closed one. Throws as Recordset::open.
     std::unique_ptr<Recordset> execute(std::u16string_view statement);
 
-    /// Who runs what may take long: statements that write, making them durable, searches for texts.
-    /// It must have run the work when it returns, on whatever thread, and let its exceptions through.
-    /// Until one is set the work runs where it is asked for.
+    /// Runs long work: statements that write, commits, searches for texts. It may use any thread,
+    /// must return when the work is done and must rethrow its exceptions. By default the work runs
+    /// on the calling thread.
     using Runner = std::function<void(const std::function<void()>& work)>;
     void setRunner(Runner runner) { runner_ = std::move(runner); }
 
-    /// Ends the search for a text that is running, within some milliseconds: Recordset::find throws
-    /// Error{3712}. Any thread; nothing happens without a search.
+    /// Cancels the running search for a text within some milliseconds: Recordset::find throws
+    /// Error{3712}. Any thread may call; does nothing if no search is running.
     void cancel() { stopFind_ = true; }
 
     /// Runs a search that reads much of the file; cancel() sets its `stop`. False if it was stopped.
     /// Lets the exceptions of the search through.
     bool runSearch(const std::function<void(const std::atomic<bool>& stop)>& search);
 
-    /// Makes the changes of all statements durable. Throws Error{0x80004005} if that fails, or has
-    /// failed since it was asked for the last time: none of these statements has happened then.
+    /// Commits all statements. Throws Error{0x80004005} if that fails, or if an earlier commit has
+    /// failed unreported: none of these statements has taken effect then.
     void commit();
 
     /// Throws Error{3704} if it is closed.
@@ -95,7 +94,7 @@ private:
     friend class Recordset;
     friend class PendingChanges;
 
-    /// Executes a statement other than SELECT; `idle` comes to the end of the batch.
+    /// Executes a statement other than SELECT; `idle` runs at the end of the batch.
     void change(const sql::Statement& statement, const std::shared_ptr<Scheduler>& idle);
     void noteChanges(const std::shared_ptr<Scheduler>& idle);
     void commitQuietly();
@@ -115,7 +114,7 @@ private:
     std::vector<Recordset*> recordsets_;  ///< those that are open on this connection
 
     std::shared_ptr<int> batch_;        ///< lives while a commit is posted to the owner
-    std::optional<Error> lostChanges_;  ///< of a commit that nobody waited for
+    std::optional<Error> lostChanges_;  ///< of a commit in the background
 };
 
 }  // namespace ado

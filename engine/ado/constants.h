@@ -9,7 +9,7 @@
 
 namespace ado {
 
-/// What state() returns; a recordset that fetches is open and fetching at once.
+/// What state() returns; a recordset that is fetching returns Open | Fetching.
 inline constexpr int adStateClosed = 0;
 inline constexpr int adStateOpen = 1;
 inline constexpr int adStateConnecting = 2;

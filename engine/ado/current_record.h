@@ -4,7 +4,7 @@
 //   current = current.next(count);  // the second row, or behind the last one
 //   if (!current.eof(count)) show(current.position());
 //
-// A plain value; any thread. Rows may be added meanwhile, so each step is told how many there are.
+// A plain value; any thread. Rows may be added meanwhile, so each step takes their number.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ namespace ado {
 
 class CurrentRecord {
 public:
-    /// Position 0. With no rows at all, the first one to come becomes current.
+    /// Position 0. Without rows, the first one to arrive becomes current.
     CurrentRecord() = default;
 
     static CurrentRecord before() { return {Place::Before, 0}; }
@@ -33,13 +33,13 @@ public:
     /// From 1; adPosBOF, adPosEOF, or adPosUnknown if there is no row.
     int absolutePosition(std::uint32_t count) const;
 
-    /// These throw Error{3021} if there is no row, or none left on that side to leave.
+    /// These throw Error{3021} if there is no row, or if it is beyond that end already.
     static CurrentRecord first(std::uint32_t count);
     static CurrentRecord last(std::uint32_t count);
     CurrentRecord next(std::uint32_t count) const;
     CurrentRecord previous(std::uint32_t count) const;
 
-    /// Throws Error{3021} unless it stands on a row.
+    /// Throws Error{3021} unless it is on a row.
     void requireRow(std::uint32_t count) const;
 
     friend bool operator==(const CurrentRecord&, const CurrentRecord&) = default;

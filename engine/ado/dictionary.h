@@ -1,12 +1,12 @@
-// The distinct texts of a column, each with a small number.
+// The distinct texts of a column, each with a small number as its code.
 //
 //   ado::Dictionary dictionary;
 //   const std::uint32_t code = dictionary.code(field.bytes, rows, seen);
 //   if (code != ado::Dictionary::kNoCode) jet::appendUtf16(dictionary.stored(code), text);
 //
-// Texts are kept as they are stored in the file, so that a known one is recognised without being
-// decoded. One text in two stored forms has two codes. One thread adds; any thread may read the
-// codes it has been told of.
+// Texts are kept as stored in the file, so that known ones are recognised without decoding. A text
+// stored in two forms has two codes. One thread adds; any thread may read the codes that it has
+// been given.
 #pragma once
 
 #include "engine/ado/stable_array.h"
@@ -21,16 +21,16 @@ namespace ado {
 
 class Dictionary {
 public:
-    /// As many codes as two bytes and the mark for Null leave room for.
+    /// As many codes as fit in two bytes beside the code for Null.
     static constexpr std::uint32_t kMaxCodes = 65'535;
 
     Dictionary();
 
     static constexpr std::uint32_t kNoCode = 0xFFFF'FFFF;
 
-    /// The code of `stored`, which is added if need be. kNoCode if the dictionary would not pay: it
-    /// is full, takes more than a byte for each of `rows`, or nearly every text is another one.
-    /// `rows` is the number of rows that the table is known to have, `seen` those added already.
+    /// The code of `stored`, which is added if necessary. kNoCode if a dictionary does not pay off:
+    /// it is full, needs more than a byte per row, or nearly every text is distinct.
+    /// `rows` is the expected number of rows in the table, `seen` the number added so far.
     std::uint32_t code(jet::Bytes stored, std::uint64_t rows, std::uint64_t seen);
 
     /// Codes are 0 to size() - 1.
@@ -41,7 +41,7 @@ public:
         return {entry.bytes, entry.length};
     }
 
-    /// Memory held; for the thread that adds, or when it has ended.
+    /// Memory in use. Only the adding thread may call, or any when it has ended.
     std::size_t byteCount() const;
 
 private:
@@ -58,8 +58,8 @@ private:
     StableArray<Entry> entries_;
     std::atomic<std::uint32_t> size_{0};
 
-    // Of the adding thread only. A slot holds 16 bits of the hash and, below, the code + 1; 0 marks
-    // an empty one.
+    // Used by the adding thread only. A slot is 16 bits of the hash and, below, the code + 1; 0 is
+    // an empty slot.
     std::vector<std::uint32_t> slots_;
     std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;
     std::size_t blockBytes_ = 0;

@@ -34,8 +34,8 @@ private:
     std::int32_t number_;
 };
 
-/// A failure to read or change the database at `path`. The description begins with the sentence
-/// that the number is known for and ends with the engine's own reason.
+/// A failure to read or change the database at `path`. The description is the customary sentence
+/// for the number, followed by the engine's own reason.
 Error toError(const jet::Error& error, const std::filesystem::path& path);
 
 /// A failure of a statement.
@@ -48,7 +48,7 @@ Error toError(const sql::Error& error);
 [[noreturn]] void throwOpen();
 [[noreturn]] void throwCancelled();
 
-/// Runs `action`, turning failures of the layers below into Error.
+/// Runs `action` and translates exceptions of the layers below to Error.
 template <typename Action>
 decltype(auto) translated(const std::filesystem::path& path, Action action) {
     try {

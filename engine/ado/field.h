@@ -27,7 +27,7 @@ public:
     /// adDate, adVarWChar, ...
     int type() const;
 
-    /// Characters of a text column, else bytes.
+    /// In characters for a text column, else in bytes.
     int definedSize() const;
 
     /// Of the current record; Null if another program has deleted it meanwhile.
@@ -56,7 +56,7 @@ public:
     Field operator[](std::size_t index) const;
     Field operator[](int index) const { return (*this)[static_cast<std::size_t>(index)]; }
 
-    /// The case of letters is ignored. Throws Error{3265} if there is no such field.
+    /// Not case-sensitive. Throws Error{3265} if there is no such field.
     Field operator[](std::u16string_view name) const;
     Field operator[](const char16_t* name) const { return (*this)[std::u16string_view{name}]; }
 

@@ -22,10 +22,10 @@ public:
     /// Throws Error: 3265 for an unknown column, 3001 for anything else that is wrong.
     FindCriterion(std::u16string_view text, const std::vector<sql::OutputColumn>& columns);
 
-    /// Null matches nothing but "= Null". Throws jet::Error for failures of the storage.
+    /// Null matches only "= Null". Throws jet::Error for failures of the storage.
     bool matches(Rows& rows, std::uint32_t row);
 
-    /// The pattern if it is one of LIKE for a column of texts; else null.
+    /// The LIKE pattern if the column is a text column; else null.
     const std::u16string* textPattern() const;
     std::size_t column() const { return column_; }
 

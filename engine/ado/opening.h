@@ -1,6 +1,6 @@
-// One opening of a recordset, from open() or clone() to close(): its rows, and the fetch that brings
-// them. Whoever wants to know later whether the recordset is still open in the same way keeps a
-// std::weak_ptr to it.
+// One opening of a recordset, from open() or clone() to close(): its rows, and the fetch that adds
+// them. Keep a std::weak_ptr to it to check later whether the recordset has been closed or
+// reopened.
 //
 //   auto set = std::make_shared<ado::RowSet>(query);
 //   auto opening = std::make_shared<ado::Opening>(set, scheduler, ado::OpeningEvents{});
@@ -23,7 +23,7 @@ struct OpeningEvents {
     /// Rows so far, a multiple of 1,000.
     std::function<void(std::uint32_t rows)> progress;
 
-    /// All rows are there that will come; `failure` is null if every row could be read.
+    /// The fetch has ended; `failure` is null if every row could be read.
     std::function<void(const std::exception_ptr& failure)> complete;
 };
 
@@ -32,7 +32,7 @@ public:
     Opening(std::shared_ptr<RowSet> set, std::shared_ptr<Scheduler> scheduler,
             OpeningEvents events);
 
-    /// Ends a fetch that runs, without its event.
+    /// Cancels a running fetch, without its event.
     ~Opening();
     Opening(const Opening&) = delete;
     Opening& operator=(const Opening&) = delete;
@@ -40,20 +40,20 @@ public:
     RowSet& set() const { return *set_; }
     const std::shared_ptr<RowSet>& sharedSet() const { return set_; }
 
-    /// Fetches all rows, without an event. Throws what the fetch met: jet::Error, sql::Error.
+    /// Fetches all rows, without an event. Throws the failure of the fetch: jet::Error, sql::Error.
     void fetchAll();
 
-    /// Returns when `firstRows` are there; the rest follows. Throws as fetchAll() if the fetch fails
-    /// before its first row. Requires: a scheduler.
+    /// Returns when `firstRows` rows have been read; the rest follows. Throws as fetchAll() if the
+    /// fetch fails before its first row. Requires: a scheduler.
     void fetchInBackground(std::uint32_t firstRows);
 
-    /// Posts the event that completes a fetch, for rows that are all there. Requires: a scheduler.
+    /// Posts the completion event for rows that are all in memory. Requires: a scheduler.
     void completeLater();
 
     /// Whether complete() is still to come.
     bool isFetching() const { return fetching_; }
 
-    /// Damaged rows and pages that were left out until now.
+    /// Damaged rows and pages skipped so far.
     jet::Skipped skipped() const;
 
 private:

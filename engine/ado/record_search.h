@@ -24,8 +24,8 @@ public:
         : set_{std::move(set)}, order_{std::move(order)}, connection_{connection} {}
 
     /// The first position from `position` on, upwards or downwards, whose row satisfies the
-    /// criterion; -1 or the number of rows if there is none. Nothing if the connection was told to
-    /// cancel it. The owner's recordsets may have been closed when it returns.
+    /// criterion; -1 or the number of rows if there is none. Nothing if the connection cancelled
+    /// it. The owner's recordsets may have been closed when it returns.
     /// Requires: a position of a row. Throws jet::Error for failures of the storage.
     std::optional<std::int64_t> find(FindCriterion& wanted, std::int64_t position, int direction);
 

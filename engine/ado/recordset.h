@@ -1,13 +1,13 @@
-// The rows of a query: fetched in the background if wanted, sorted, searched and read one at a time
-// or anywhere.
+// The rows of a query: fetched, in the background if requested, sorted, searched and read, one by
+// one or at random.
 //
 //   ado::Recordset rows{scheduler};
 //   rows.fetchComplete = [&](const ado::Error*, int) { rows.setSort(u"Date ASC"); };
 //   rows.open(statement, connection, adOpenForwardOnly, adLockReadOnly, adAsyncFetch);
 //
 // One thread: the owner's, with its clones and its connection; events arrive there.
-// A position is 0 for the first row shown; absolutePosition counts from 1 as ever. Every cursor
-// moves freely in both directions.
+// Positions are 0 for the first row shown; absolutePosition counts from 1, as is customary. Every
+// cursor moves in both directions.
 #pragma once
 
 #include "engine/ado/connection.h"
@@ -30,7 +30,7 @@ class Cells;
 
 class Recordset {
 public:
-    /// Without a scheduler every open fetches all rows before it returns.
+    /// Without a scheduler, open() fetches all rows before it returns.
     explicit Recordset(std::shared_ptr<Scheduler> scheduler = nullptr);
 
     /// Closes.
@@ -52,19 +52,19 @@ public:
     /// "Initial Fetch Size".
     Properties& properties() { return properties_; }
 
-    /// How values become text; never null. Clones take it over.
+    /// How values become text; never null. Clones inherit it.
     void setFormatter(const std::shared_ptr<const ValueFormatter>& formatter);
     const ValueFormatter& formatter() const { return *formatter_; }
 
     // ---- Opening ----
 
     /// Opens the rows of a SELECT, with the first one current. With adAsyncFetch, a client cursor
-    /// and a query whose rows are rows of a table, it returns when the first rows are there, and the
-    /// rest follow. Other queries are run to their end; with adAsyncFetch fetchComplete follows.
-    /// Changes on the connection become durable first; a failure of that is one of the open.
+    /// and a query whose rows are rows of a table, it returns when the first rows have been read;
+    /// the rest follow. Other queries run to their end; with adAsyncFetch fetchComplete follows.
+    /// Commits the connection's changes first; if that fails, so does open().
     ///
-    /// Any other statement is executed, whatever cursor and lock are asked for, and leaves the
-    /// recordset closed, without an event.
+    /// Any other statement is executed, whatever the cursor and lock, and leaves the recordset
+    /// closed, without an event.
     ///
     /// Throws Error: 3705 while it is open, 3704 for a closed connection, 3001, 0x80004005,
     /// 0x80040E10, 0x80040E14, 0x80040E37; of a statement that changes something also 0x80040E09 and
@@ -73,7 +73,7 @@ public:
               int cursorType = adOpenForwardOnly, int lockType = adLockReadOnly,
               int options = adOptionUnspecified);
 
-    /// Ends a fetch that runs, without its event. Throws Error{3704} if it is closed.
+    /// Cancels a running fetch, without its event. Throws Error{3704} if it is closed.
     void close();
 
     /// adStateClosed, adStateOpen or adStateOpen | adStateFetching.
@@ -81,14 +81,14 @@ public:
 
     const std::u16string& source() const { return source_; }
 
-    /// Another view of the same rows, with its own position, at the first row, and its own sort, at
-    /// first none. It sees the rows that the fetch adds, and has no events.
+    /// Another view of the same rows with its own position (the first row) and its own sort (none
+    /// yet). It sees the rows that the fetch adds, and has no events.
     /// Throws Error: 3704; 3001 for a lock type other than read-only and unspecified.
     std::unique_ptr<Recordset> clone(int lockType = adLockUnspecified);
 
     // ---- Events ----
 
-    /// `progress` rows are there, a multiple of 1,000, of about `maxProgress`.
+    /// `progress` rows of about `maxProgress` have been fetched; a multiple of 1,000.
     std::function<void(std::uint32_t progress, std::uint32_t maxProgress, int status)>
         fetchProgress;
 
@@ -98,7 +98,7 @@ public:
     /// Another record has become the current one, or there is none any more.
     std::function<void()> moveComplete;
 
-    /// The rows stand in another order.
+    /// The order of the rows has changed.
     std::function<void()> orderChanged;
 
     // ---- The current record. All throw Error{3704} if it is closed. ----
@@ -108,7 +108,7 @@ public:
     bool bof() const;
     bool eof() const;
 
-    /// These throw Error{3021} if there is no row, or none left on that side to leave.
+    /// These throw Error{3021} if there is no row, or if it is beyond that end already.
     void moveFirst();
     void moveLast();
     void moveNext();
@@ -117,33 +117,33 @@ public:
     /// From 1; adPosBOF, adPosEOF, or adPosUnknown if there is no row.
     int absolutePosition() const;
 
-    /// A number above the last row's puts it behind the last row.
+    /// A number above the last row's moves behind the last row.
     /// Throws Error: 3001 below 1, 3021 if there is no row.
     void setAbsolutePosition(int position);
 
-    /// Rows there are by now.
+    /// Rows so far.
     int recordCount() const;
 
-    /// Damaged rows and pages that had to be left out until now.
+    /// Damaged rows and pages skipped so far.
     jet::Skipped skipped() const;
 
     const std::u16string& sort() const { return order_.sortString(); }
 
     /// "Date ASC, [Process] DESC", or "" for the order of the fetch. Makes the first row current.
-    /// Rows that are still to come follow in the order of the fetch until it ends.
-    /// Throws Error: 3265 for an unknown column, 3001, 0x80004005; the old order stays then. A
-    /// closed recordset takes no sort but "": 3704.
+    /// Rows that arrive later follow in the order of the fetch until it ends.
+    /// Throws Error: 3265 for an unknown column, 3001, 0x80004005, and keeps the old order; 3704
+    /// for any sort but "" on a closed recordset.
     void setSort(std::u16string_view sort);
 
-    /// Makes the next record current that satisfies "Field op value" (FindCriterion), from the
-    /// current one on after leaving out `skipRecords`; behind the last or before the first row if
-    /// there is none. A search for texts is left to the connection's runner, and what it finds out
-    /// is kept for the next one with the same pattern.
-    /// Throws Error: 3021 without a current record, 3001, 3265, 0x80004005; 3704 if it was closed
-    /// meanwhile; 3712 if the connection was told to cancel it, at the record where it was.
+    /// Moves to the next record that satisfies "Field op value" (FindCriterion), starting
+    /// `skipRecords` after the current one; behind the last or before the first row if there is
+    /// none. A search for texts uses the connection's runner, and its results are cached for the
+    /// next search with the same pattern. Throws Error: 3021 without a current record, 3001, 3265,
+    /// 0x80004005; 3704 if it was closed meanwhile; 3712 if the connection cancelled it, with the
+    /// current record unchanged.
     void find(std::u16string_view criterion, int skipRecords = 0, int direction = adSearchForward);
 
-    /// The next `rows` rows as text, and moves behind them; all of them for adGetRowsRest.
+    /// Returns the next `rows` rows as text and moves behind them; adGetRowsRest for all of them.
     /// Throws Error: 3021 without a current record, 3001, 0x80004005.
     std::u16string getString(int format = adClipString, int rows = adGetRowsRest,
                              std::u16string_view columnDelimiter = u"\t",
@@ -154,19 +154,17 @@ public:
 
     std::uint32_t rowCount() const;
 
-    /// Null if there is no such row, it is gone, or it cannot be read.
+    /// Null if there is no such row, if it is deleted, or if it cannot be read.
     jet::Value valueAt(std::uint32_t position, std::size_t field);
 
-    /// Replaces `out` by the text form; false, and an empty text, where valueAt has no value
-    /// because there is no row.
+    /// Sets `out` to the text form; false, and an empty text, if there is no such row.
     bool textAt(std::uint32_t position, std::size_t field, std::u16string& out);
 
-    /// For each position a number by which rows are grouped: equal exactly for equal values, smaller
-    /// for smaller ones, Null first, all numbers below the greatest used. Costs as much as sorting
-    /// by the field. Throws Error: 3704, 0x80004005.
+    /// A rank for each position, for grouping: equal only for equal values, in their order, Null
+    /// first, without gaps. Takes as long as sorting by the field. Throws Error: 3704, 0x80004005.
     std::vector<std::uint32_t> valueRanks(std::size_t field);
 
-    /// Memory that the rows and their order take; when the fetch has ended.
+    /// Memory used by the rows and their order. Requires: the fetch has ended.
     std::size_t byteCount() const;
 
 private:

@@ -1,5 +1,5 @@
 // The rows of one query with everything that a recordset and its clones share: the orders they have
-// been sorted into, the latest search for a text, and who looks at them.
+// been sorted into, the latest search for a text, and the views that show them.
 //
 //   ado::RowSet set{sql::Query::prepare(database, u"SELECT * FROM People")};
 //   if (set.scanned() != nullptr) ado::Fetch{set.query(), set.scanned(), {}}.runHere();
@@ -21,7 +21,7 @@ class TextMatches;
 
 class RowSet {
 public:
-    /// Rows of a table are left to a fetch; any other query is run to its end.
+    /// Rows of a table are filled by a fetch; any other query is run to its end.
     /// Throws jet::Error, sql::Error{TypeMismatch}.
     explicit RowSet(std::shared_ptr<const sql::Query> query);
     ~RowSet();
@@ -33,23 +33,23 @@ public:
 
     Rows& rows() const { return *rows_; }
 
-    /// The rows that a fetch fills; null where all rows are in memory already.
+    /// The rows that a fetch fills; null if all rows are in memory already.
     const std::shared_ptr<ScannedRows>& scanned() const { return scanned_; }
 
-    /// Rows that the table says it has; 0 where all rows are in memory already.
+    /// The table's row count; 0 if all rows are in memory already.
     std::uint32_t expectedRows() const;
 
     OrderCache& orders() { return orders_; }
     Views& views() { return views_; }
 
-    /// What is known about the criterion's pattern from earlier searches with the same one, to be
-    /// used and added to. Null if the criterion does not search the texts of a table.
+    /// The cached results of searches with the criterion's pattern, which a search extends. Null if
+    /// the criterion does not search the texts of a table.
     std::shared_ptr<TextMatches> textMatches(const FindCriterion& criterion);
 
     /// To be called when texts may have changed.
     void forgetTextMatches() { textMatches_.reset(); }
 
-    /// Damaged rows and pages that were left out, as far as it has been told.
+    /// Damaged rows and pages that were skipped, as reported to it.
     jet::Skipped skipped() const { return skipped_; }
     void setSkipped(jet::Skipped skipped) { skipped_ = skipped; }
 

@@ -17,16 +17,16 @@ class Rows {
 public:
     virtual ~Rows() = default;
 
-    /// Rows there are by now.
+    /// Rows so far.
     virtual std::uint32_t count() const = 0;
 
     // Requires of all below: row < a count() seen before, column < the number of columns.
 
-    /// The value; Null also if the row is gone from the file or its value is damaged.
+    /// The value; also Null if the row has been deleted from the file or its value is damaged.
     /// Throws jet::Error for failures of the storage.
     virtual jet::Value value(std::uint32_t row, std::size_t column) = 0;
 
-    /// Appends the value's text; false if the row is gone. Throws as value().
+    /// Appends the value's text; false if the row is deleted. Throws as value().
     virtual bool appendText(std::uint32_t row, std::size_t column, const ValueFormatter& formatter,
                             std::u16string& out) = 0;
 
@@ -37,15 +37,15 @@ public:
     /// A small number that all rows with the same stored text share; negative if there is none.
     virtual std::int64_t code(std::uint32_t row, std::size_t column) const = 0;
 
-    /// Between these calls many rows will be read, mostly in the order of the fetch.
+    /// Hints: between these calls many rows are read, mostly in the order of the fetch.
     virtual void startPass() {}
     virtual void endPass() {}
 
-    /// Memory that the rows take.
+    /// Memory used by the rows.
     virtual std::size_t byteCount() const = 0;
 };
 
-/// A pass over the rows, for as long as it lives. Passes do not nest.
+/// A pass over the rows, for the lifetime of the object. Passes do not nest.
 class Pass {
 public:
     explicit Pass(Rows& rows) : rows_{rows} { rows_.startPass(); }

@@ -1,4 +1,4 @@
-// The order in which one view shows the rows of a set: its sort string and what came of it.
+// The order in which one view shows the rows of a set: its sort string and the resulting order.
 //
 //   ado::ViewOrder order;
 //   ado::RowSet set{query};
@@ -21,18 +21,18 @@ public:
     /// As given; empty for the order of the fetch.
     const std::u16string& sortString() const { return sort_; }
 
-    /// Rows that came after the sort follow the sorted ones, in the order of the fetch.
+    /// Rows that arrived after the sort follow the sorted ones, in the order of the fetch.
     const RowOrder& rows() const { return rows_; }
     std::uint32_t rowAt(std::uint32_t position) const { return rows_.rowAt(position); }
 
-    /// Throws Error: 3265 for an unknown column, 3001; jet::Error. The old order stays then.
+    /// Throws Error: 3265 for an unknown column, 3001; jet::Error; and keeps the old order.
     void sort(RowSet& set, std::u16string_view sort);
 
-    /// Sorts the rows that came after the sort among the others; false if there was nothing to do.
-    /// A storage that fails leaves the order as it is: the rows are there all the same.
+    /// Sorts in the rows that arrived after the sort; false if there was nothing to do. If the
+    /// storage fails the order is unchanged, and no rows are lost.
     bool sortAgain(RowSet& set);
 
-    /// Memory that the order takes.
+    /// Memory used by the order.
     std::size_t byteCount() const;
 
 private:

@@ -19,8 +19,8 @@ public:
     void add(Recordset& view) { views_.push_back(&view); }
     void remove(Recordset& view) { std::erase(views_, &view); }
 
-    /// Calls `action` for each view. It may add and remove views: one that was removed before its
-    /// turn is left out, as it may be gone, and one that was added is not visited.
+    /// Calls `action` for each view. It may add and remove views: one that has been removed is not
+    /// visited, as it may have been destroyed, nor is one that has been added.
     template <typename Action>
     void each(Action action) const {
         for (Recordset* const view : std::vector{views_}) {
