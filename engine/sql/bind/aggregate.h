@@ -23,11 +23,11 @@ struct Aggregate {
     ExpressionPtr argument;  ///< null: all rows are counted
 };
 
-/// Amounts keep their type; other numbers are summed as doubles.
-/// Throws Error{TypeMismatch} for a sum of what is no number.
+/// Currency stays Currency; other numbers are summed as doubles.
+/// Throws Error{TypeMismatch} for a sum of non-numbers.
 ExpressionType typeOf(const Aggregate& aggregate);
 
-/// Takes in the values of one group. Null does not count. Belongs to one thread.
+/// Accumulates the values of one group, ignoring Null. Belongs to one thread.
 class Accumulator {
 public:
     explicit Accumulator(const Aggregate& aggregate) : kind_{aggregate.kind} {}
@@ -35,7 +35,7 @@ public:
     /// Requires: not null.
     void add(const jet::Value& value);
 
-    /// Counts a row, whatever is in it.
+    /// Counts a row, whatever its values.
     void addRow() { ++count_; }
 
     jet::Value result() const;

@@ -1,4 +1,4 @@
-// Sets of constants that a column may equal: what long lists of OR and IN turn into.
+// Sets of constants that a column may equal, made from long lists of OR and IN.
 //
 //   sql::ExpressionPtr known = sql::makeAlternatives(sql::makeColumn(column), values);
 //
@@ -13,9 +13,9 @@
 
 namespace sql {
 
-/// Whether `operand` equals one of `values`: a look-up, however many there are. Null values never
-/// equal, they make the answer for all others null. Throws Error{TypeMismatch} for a value that
-/// does not compare with the operand.
+/// Whether `operand` equals one of `values`: one look-up, however many there are. A null value
+/// equals nothing and turns every false into null. Throws Error{TypeMismatch} for a value that
+/// cannot be compared with the operand.
 ExpressionPtr makeAlternatives(ExpressionPtr operand, std::vector<jet::Value> values);
 
 /// The column and the constants if `expression` is `column = constant`, in either order, or a set

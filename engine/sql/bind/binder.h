@@ -1,4 +1,4 @@
-// Looks up the names of expressions and makes them ready to be evaluated.
+// Resolves the names in expressions and makes them ready to be evaluated.
 //
 //   sql::Binder binder{*table, u"t"};
 //   sql::ExpressionPtr condition = binder.bind(*select.where);
@@ -21,7 +21,7 @@ public:
     /// Throws Error: UnknownColumn, TypeMismatch, Syntax.
     virtual ExpressionPtr bind(const Node& node);
 
-    /// Whether a name before a column means the table.
+    /// Whether a qualifier names the table.
     bool isTable(std::u16string_view qualifier) const;
 
     /// Throws Error{UnknownColumn}.
@@ -39,10 +39,10 @@ private:
     std::u16string alias_;
 };
 
-/// Binds expressions over groups: what is grouped by, aggregates, and what is made of these.
+/// Binds expressions over groups: group keys, aggregates, and expressions of these.
 class GroupBinder final : public Binder {
 public:
-    /// `plan` takes up the aggregates met; its group keys must be bound.
+    /// Adds the aggregates to `plan`, whose group keys must be bound already.
     GroupBinder(const jet::Table& table, const SelectStatement& select, Plan& plan)
         : Binder{table, select.tableAlias},
           records_{table, select.tableAlias},

@@ -22,9 +22,9 @@ namespace sql {
 /// What an expression is evaluated for: a record of the table, or the values of a group.
 struct Row {
     const jet::Record* record = nullptr;
-    jet::PageReader* pages = nullptr;  ///< serves long values of the record
+    jet::PageReader* pages = nullptr;  ///< for long values of the record
     const std::vector<jet::Value>* group = nullptr;
-    OrderKey scratch;  ///< room for keys, kept from row to row
+    OrderKey scratch;  ///< buffer for keys, reused from row to row
 };
 
 /// The type that an expression yields.
@@ -45,16 +45,16 @@ public:
         : type_{type}, operands_{std::move(operands)} {}
     virtual ~Expression() = default;
 
-    /// Null where an operand that matters is null. Throws jet::Error{Damaged}, Error{TypeMismatch}.
+    /// Null if an operand that decides is null. Throws jet::Error{Damaged}, Error{TypeMismatch}.
     virtual jet::Value evaluate(Row& row) const = 0;
 
-    /// The stored column that this is; null if it is anything else.
+    /// The stored column, if this is one; else null.
     virtual const jet::Column* column() const { return nullptr; }
 
     /// Whether this is `first operand = second operand` and nothing more.
     virtual bool isEquality() const { return false; }
 
-    /// Whether this is true exactly if all operands are.
+    /// Whether this is the AND of its operands.
     virtual bool isConjunction() const { return false; }
 
     /// The value of a constant; null if it depends on the row.
@@ -74,7 +74,7 @@ ExpressionPtr makeConstant(jet::Value value);
 /// `column` must outlive the expression.
 ExpressionPtr makeColumn(const jet::Column& column);
 
-/// The value in place `slot` of a group. `column`: what it is a value of; null if computed.
+/// The value at index `slot` of a group. `column`: the column it is a value of; null if computed.
 ExpressionPtr makeGroupValue(std::size_t slot, ExpressionType type, const jet::Column* column);
 
 /// Operators of one level between operands, applied from the left.
@@ -82,10 +82,10 @@ ExpressionPtr makeChain(std::vector<Operator> operators, Expressions operands);
 
 ExpressionPtr makeNegative(ExpressionPtr operand);
 
-/// Operands that are constant are dropped or decide.
+/// Constant operands are dropped or decide the result.
 ExpressionPtr makeAnd(Expressions operands);
 
-/// Likewise; equalities of one column with constants become one set.
+/// Likewise; equalities of one column with constants are merged into a set.
 ExpressionPtr makeOr(Expressions operands);
 
 ExpressionPtr makeNot(ExpressionPtr operand);

@@ -1,5 +1,5 @@
-// Whether a text contains another one, the case of letters ignored as LIKE ignores it. Works on the
-// bytes that stand in the file, sixteen at a time where the processor can.
+// Case-insensitive substring search, by the rules of LIKE. Works on the bytes as stored in the
+// file, sixteen at a time if the processor supports it.
 //
 //   const sql::CaseBlindSearch search{u"timeout"};
 //   if (search.inWide(bytes)) use(bytes);
@@ -20,30 +20,30 @@ bool containsZero(jet::Bytes bytes);
 
 class CaseBlindSearch {
 public:
-    /// The portable way is for processors without such instructions; it gives the same answers.
+    /// Portable is for processors without such instructions; the results are the same.
     enum class Way { Fastest, Portable };
 
-    /// `wanted` is as foldCase gives it, and not empty.
+    /// Requires: `wanted` is folded (foldCase) and not empty.
     explicit CaseBlindSearch(std::u16string_view wanted, Way way = Way::Fastest);
 
     enum class Found { No, Yes, Mixed };
 
-    /// In text of one byte a character, which are those below U+0100; Mixed if a zero byte comes
-    /// before the wanted text ends: what is behind it has another form.
+    /// In text of one byte a character (all below U+0100). Mixed if a zero byte comes before the
+    /// end of the match: what follows it is encoded differently.
     Found inNarrow(jet::Bytes text) const;
 
-    /// In UTF-16LE; an odd last byte is left out.
+    /// In UTF-16LE; an odd last byte is ignored.
     bool inWide(jet::Bytes text) const;
 
 private:
-    /// A character of `wanted` and all that fold to it, in one of the two forms.
+    /// A character of `wanted` and all that fold to it, in one of the two encodings.
     struct Anchor {
         std::size_t place = 0;
-        std::array<char16_t, 8> variants{};  ///< filled up with the first
+        std::array<char16_t, 8> variants{};  ///< padded with the first
         char16_t bit = 0;                    ///< what two variants differ in, if that is one bit
     };
 
-    /// Two characters that are looked for before the others are compared.
+    /// Two characters that are searched for before the others are compared.
     struct Anchors {
         Anchor first;
         Anchor second;
@@ -51,8 +51,8 @@ private:
         bool eight = false;   ///< neither has more than eight variants
     };
 
-    /// Where the text begins first; kNowhere if it is not there, kMixed if it is not and one of the
-    /// bytes of a narrow text is zero.
+    /// The first match; kNowhere if there is none, kMixed if there is none and a narrow text
+    /// contains a zero byte.
     template <typename Unit>
     std::size_t find(jet::Bytes text, const Anchors& anchors) const;
     template <typename Unit, typename LaneAnchor>

@@ -16,16 +16,16 @@ namespace sql {
 
 class LikePattern {
 public:
-    /// Throws Error{Syntax} for a list that is not closed or a range that runs backwards.
+    /// Throws Error{Syntax} for an unclosed list or a descending range.
     explicit LikePattern(std::u16string_view pattern);
 
     bool matches(std::u16string_view text) const;
 
-    /// The longest stretch of characters that every text that matches contains, in the form that
-    /// foldCase gives to each by itself; empty if the pattern has none.
+    /// The longest substring that every match contains, each character folded by itself (foldCase);
+    /// empty if there is none.
     const std::u16string& literal() const { return literal_; }
 
-    /// Whether the pattern asks for nothing more than that the text contains literal().
+    /// Whether a text matches exactly if it contains literal().
     bool isContainment() const { return containment_; }
 
 private:

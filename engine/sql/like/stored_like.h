@@ -1,4 +1,4 @@
-// LIKE over texts as they stand in the file: most are decided without being unpacked.
+// LIKE on texts as stored in the file: most are decided without decoding them.
 //
 //   sql::StoredLike like{sql::LikePattern{u"*timeout*"}};
 //   if (like.matches(field.bytes)) use(field);
@@ -20,7 +20,7 @@ public:
     explicit StoredLike(LikePattern pattern,
                         CaseBlindSearch::Way way = CaseBlindSearch::Way::Fastest);
 
-    /// The same as the pattern says of the text that jet::appendUtf16 makes of `stored`.
+    /// The same result as for the text decoded by jet::appendUtf16.
     bool matches(jet::Bytes stored);
 
 private:

@@ -48,7 +48,7 @@ enum class Operator {
     Divide,
 };
 
-/// What binds together in a Chain: all operators of one level.
+/// The precedence levels; the operators of a Chain all have the same one.
 enum class ChainLevel { Comparison, Join, Additive, Multiplicative };
 
 ChainLevel levelOf(Operator op);
@@ -57,7 +57,7 @@ struct Node;
 using NodePtr = std::unique_ptr<Node>;
 
 /// An expression. Lists of OR and AND, and chains such as a + b - c, are flat: their length does
-/// not add to the depth, which the parser bounds so that all may walk a tree recursively.
+/// not add to the depth. The parser limits the depth, so that trees can be walked recursively.
 struct Node {
     NodeKind kind = NodeKind::Literal;
     std::size_t position = 0;  ///< in the text of the statement
@@ -70,7 +70,7 @@ struct Node {
     unsigned depth = 1;
 };
 
-/// Whether two expressions are written alike, but for case, quotes and qualifiers.
+/// Whether two expressions are the same except for case, quotes and qualifiers.
 bool sameExpression(const Node& left, const Node& right);
 
 struct SelectItem {
@@ -119,13 +119,13 @@ struct InsertStatement {
 struct CreateTableStatement {
     std::u16string table;
     std::vector<jet::NewColumn> columns;
-    std::vector<jet::NewIndex> indexes;  ///< those that the columns ask for
+    std::vector<jet::NewIndex> indexes;  ///< for the columns' PRIMARY KEY clauses
 };
 
 struct AddColumnStatement {
     std::u16string table;
     jet::NewColumn column;
-    std::vector<jet::NewIndex> indexes;  ///< those that the column asks for
+    std::vector<jet::NewIndex> indexes;  ///< for the column's PRIMARY KEY clause
 };
 
 struct CreateIndexStatement {
@@ -137,7 +137,7 @@ struct DropTableStatement {
     std::u16string table;
 };
 
-/// One alternative a kind of statement.
+/// One alternative for each kind of statement.
 using Statement =
     std::variant<SelectStatement, UpdateStatement, InsertStatement, CreateTableStatement,
                  AddColumnStatement, CreateIndexStatement, DropTableStatement>;

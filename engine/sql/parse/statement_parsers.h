@@ -1,5 +1,5 @@
-// The parsers of the kinds of statements. Each begins behind the word that says which kind it is,
-// and stops where its statement ends.
+// The parsers of the kinds of statements. Each starts after the keyword that names its kind and
+// stops at the end of the statement.
 //
 //   if (tokens.takeWord(u"SELECT")) use(sql::parseSelect(tokens));
 //

@@ -15,7 +15,7 @@
 namespace sql {
 
 enum class TokenKind {
-    Name,     ///< a keyword or a name; `quoted` if it stood in brackets
+    Name,     ///< a keyword or a name; `quoted` if it was in brackets
     Literal,  ///< a number, a text or a date
     Symbol,   ///< one of ( ) , . ; ! * + - / & = <> < > <= >=
     End,
@@ -32,10 +32,10 @@ struct Token {
 /// The tokens of a statement; the last one is End. Throws Error{Syntax}.
 std::vector<Token> tokenize(std::u16string_view text);
 
-/// Whether two words are the same, the case of ASCII letters ignored.
+/// Whether two words are equal, ignoring the case of ASCII letters.
 bool sameWord(std::u16string_view left, std::u16string_view right);
 
-/// Throws Error{Syntax} that names what stands at `position` of the statement.
+/// Throws Error{Syntax} that names what is at `position` of the statement.
 [[noreturn]] void throwSyntax(std::u16string_view statement, std::size_t position,
                               const char* reason = "Syntax error in query expression");
 

@@ -56,13 +56,13 @@ public:
         if (!takeSymbol(symbol)) fail();
     }
 
-    /// A name of any kind; a keyword that stands where only a name can is one too.
+    /// A name; where only a name is possible, a keyword is one too.
     std::u16string expectName() {
         if (peek().kind != TokenKind::Name) fail();
         return take().text;
     }
 
-    /// What fail() says is wrong where it is not told better. `reason` must outlive the stream.
+    /// The default reason for fail(). `reason` must outlive the stream.
     void setReason(const char* reason) { reason_ = reason; }
 
     [[noreturn]] void fail() const { fail(reason_); }
@@ -76,10 +76,10 @@ private:
     std::u16string_view text_;
     std::vector<Token> tokens_;
     const char* reason_ = "Syntax error in query expression";
-    std::size_t at_ = 0;  ///< always the place of a token: the last one, End, is never passed
+    std::size_t at_ = 0;  ///< always a valid index: the last token, End, is never passed
 };
 
-/// Reads the longest expression that stands at the front. Throws Error{Syntax}.
+/// Parses the longest expression at the front. Throws Error{Syntax}.
 NodePtr parseExpression(TokenStream& tokens);
 
 }  // namespace sql

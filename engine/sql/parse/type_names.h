@@ -10,7 +10,7 @@
 
 namespace sql {
 
-/// Reads a type with its size and fills in what the column has of it.
+/// Parses a type with its size into the column.
 /// Throws Error{Syntax} for an unknown type and for a size that it cannot have.
 void parseType(TokenStream& tokens, jet::NewColumn& column);
 

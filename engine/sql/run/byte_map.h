@@ -1,9 +1,9 @@
-// Remembers a number for each of the first some ten thousand byte strings that it is told.
+// A bounded map from byte strings to numbers.
 //
 //   const std::uint32_t* known = map.find(bytes);
 //   if (known == nullptr) map.insert(bytes, decide(bytes));
 //
-// Bounded in memory: what comes when it is full is not remembered. Belongs to one thread.
+// Holds some ten thousand strings; when it is full, more are ignored. Belongs to one thread.
 #pragma once
 
 #include "engine/jet/format/types.h"
@@ -16,7 +16,7 @@ class ByteMap {
 public:
     ByteMap();
 
-    /// Null if the bytes are not remembered. The pointer holds until the next insert.
+    /// Null if there is no entry. The pointer is valid until the next insert.
     const std::uint32_t* find(jet::Bytes bytes) const;
 
     /// Requires: find(bytes) is null.

@@ -15,16 +15,16 @@ namespace sql {
 std::shared_ptr<const jet::Table> openToChange(jet::WriteContext& context,
                                                const std::u16string& name);
 
-/// The place of a column in the table's definition. Throws Error{UnknownColumn}.
+/// The index of a column in the table's definition. Throws Error{UnknownColumn}.
 std::size_t placeOfColumn(const jet::Table& table, std::u16string_view name);
 
 /// Returns how many rows satisfy the condition. All expressions see the row as it was before.
 /// Throws Error; jet::Error, Damaged also for a damaged row anywhere in the table.
 std::uint64_t updateRows(jet::WriteContext& context, const UpdateStatement& update);
 
-/// Returns how many rows were added. Rows of a SELECT that are damaged are left out, as always;
-/// where it reads the table that it adds to, it sees the rows that were there before. Without a
-/// list of columns, values go by place and those of a SELECT by name.
+/// Returns how many rows were added. Damaged rows of a SELECT are skipped, as always; a SELECT from
+/// the same table sees the rows that were there before. Without a list of columns, values are
+/// assigned by position and those of a SELECT by name.
 /// Throws Error; jet::Error.
 std::uint64_t insertRows(jet::WriteContext& context, const InsertStatement& insert);
 

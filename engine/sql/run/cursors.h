@@ -19,25 +19,25 @@ std::unique_ptr<Cursor> openCursor(const PlanPtr& plan);
 /// In storage order.
 std::unique_ptr<Cursor> openScan(const PlanPtr& plan);
 
-/// In the plan's order: keys and row ids are kept, the rows are read again.
+/// In the plan's order: only keys and row ids are kept, the rows are read again.
 std::unique_ptr<Cursor> openSortedScan(const PlanPtr& plan);
 
-/// One row a group, in the plan's order or by the group's values.
+/// One row per group, in the plan's order or by the group's values.
 std::unique_ptr<Cursor> openGroups(const PlanPtr& plan);
 
-/// Rows that an earlier one equals are left out.
+/// Without rows that equal an earlier one.
 std::unique_ptr<Cursor> openDistinct(const PlanPtr& plan, std::unique_ptr<Cursor> rows);
 
 /// The first `count` rows.
 std::unique_ptr<Cursor> openTop(std::uint64_t count, std::unique_ptr<Cursor> rows);
 
-/// The rows of a table that satisfy a plan's condition, as records. Rows that are damaged are
-/// counted and left out.
+/// The rows of a table that satisfy a plan's condition, as records. Damaged rows are skipped and
+/// counted.
 class FilteredScan {
 public:
     explicit FilteredScan(const Plan& plan);
 
-    /// Steps on to the next row for which `use()` does not meet damage; false at the end.
+    /// Moves to the next row for which `use()` finds no damage; false at the end.
     template <typename Use>
     bool nextThat(Use use) {
         while (scan_ && scan_->next()) {
@@ -65,7 +65,7 @@ private:
     Row row_;
 };
 
-/// Appends the key by which a row stands in the plan's order.
+/// Appends the sort key of a row in the plan's order.
 void appendOrderKeys(const Plan& plan, Row& row, OrderKey& key);
 
 }  // namespace sql

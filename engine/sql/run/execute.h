@@ -13,10 +13,10 @@
 
 namespace sql {
 
-/// Whether the statement gives rows: Query runs it, all others are for execute().
+/// Whether the statement returns rows: those are run by Query, all others by execute().
 bool isQuery(const Statement& statement);
 
-/// Returns how many rows were changed or added; 0 for a statement that defines something.
+/// Returns how many rows were changed or added; 0 for a statement that changes the schema.
 /// Throws Error; jet::Error: what Database::write throws, the faults of jet/write, ReadOnly for a
 /// system table. Nothing has changed then. Requires: not isQuery(statement).
 std::uint64_t execute(jet::Database& database, const Statement& statement);

@@ -1,4 +1,4 @@
-// A WHERE clause taken apart into terms that all must hold.
+// A WHERE clause as a conjunction of terms.
 //
 //   auto filter = sql::makeRowFilter(condition, table);
 //   if (filter->matches(record, pages)) use(record);
@@ -12,8 +12,8 @@
 
 namespace sql {
 
-/// A filter of the rows of `table`, which it keeps alive, for one thread. A term that depends on
-/// one column of bounded length is decided once for each stored value, as long as there are few.
+/// A filter for the rows of `table`, which it keeps alive, for one thread. A term that depends on
+/// a single column of bounded length is evaluated once for each stored value, while there are few.
 std::unique_ptr<RowFilter> makeRowFilter(const ExpressionPtr& condition,
                                          std::shared_ptr<const jet::Table> table);
 

@@ -1,4 +1,4 @@
-// Sorting by byte keys that stand one behind the other in one piece of memory.
+// Sorting by byte keys that are stored contiguously.
 //
 //   sql::KeyStore keys;
 //   sql::appendOrderKey(left, jet::ColumnType::Text, true, keys.bytes());  // once a row
@@ -17,12 +17,12 @@ namespace sql {
 /// Belongs to one thread.
 class KeyStore {
 public:
-    /// Room for the next key: append to it.
+    /// The buffer; append the next key to it.
     OrderKey& bytes() { return bytes_; }
 
     void finishKey() { ends_.push_back(bytes_.size()); }
 
-    /// Gives up what was appended since the last key.
+    /// Discards what was appended since the last key.
     void dropKey() { bytes_.resize(ends_.back()); }
 
     std::size_t size() const { return ends_.size() - 1; }
@@ -31,8 +31,8 @@ public:
         return {bytes_.data() + ends_[place], ends_[place + 1] - ends_[place]};
     }
 
-    /// The places of the keys in their order, stable. Where only the first `top` are wanted the
-    /// rest is cut off, but for those whose key equals the last one's.
+    /// The indexes of the keys in sorted order, stable. With `top`, only the first `top` and those
+    /// whose key equals the last one's.
     std::vector<std::size_t> sorted(std::optional<std::uint64_t> top) const;
 
 private:

@@ -20,13 +20,13 @@ namespace sql {
 
 struct SelectStatement;
 
-/// Decides for one row after the other whether it satisfies a WHERE clause. It remembers what it
-/// found for values it has met, so that a long list of alternatives costs a look-up a row.
+/// Decides row by row whether a WHERE clause is satisfied. Results are cached by stored value, so
+/// that a long list of alternatives takes one look-up per row.
 class RowFilter {
 public:
     virtual ~RowFilter() = default;
 
-    /// `pages` serves long values of the record. Throws jet::Error{Damaged}.
+    /// `pages` is for long values of the record. Throws jet::Error{Damaged}.
     virtual bool matches(const jet::Record& record, jet::PageReader& pages) = 0;
 };
 
@@ -35,8 +35,8 @@ class Cursor {
 public:
     virtual ~Cursor() = default;
 
-    /// Steps to the next row; false at the end. Rows that are damaged in the file are left out and
-    /// counted. Throws jet::Error for failures of the storage, Error{TypeMismatch}.
+    /// Moves to the next row; false at the end. Damaged rows are skipped and counted.
+    /// Throws jet::Error for failures of the storage, Error{TypeMismatch}.
     virtual bool next() = 0;
 
     /// The current row, one value an output column. Requires: the last next() returned true.
@@ -67,7 +67,7 @@ public:
     /// A new filter for the WHERE clause; null if there is none or it is always true.
     virtual std::unique_ptr<RowFilter> rowFilter() const = 0;
 
-    /// Whether the WHERE clause is false for every row whatever it holds (WHERE -1 = 1).
+    /// Whether the WHERE clause is false for every possible row (WHERE -1 = 1).
     virtual bool alwaysEmpty() const = 0;
 
     /// Runs the query.

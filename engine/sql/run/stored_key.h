@@ -1,4 +1,5 @@
-// The stored bytes of some fields of a record as one key: rows stored alike have the same.
+// The stored bytes of some fields of a record as one key: rows with equal stored fields have equal
+// keys.
 //
 //   const sql::Columns columns{&column};
 //   sql::OrderKey key;
@@ -16,7 +17,7 @@ namespace sql {
 
 using Columns = std::vector<const jet::Column*>;
 
-/// Whether the content of all these columns stands in the record itself.
+/// Whether the values of all these columns are stored in the record itself.
 bool haveStoredKeys(const Columns& columns);
 
 /// Replaces `key`. Throws jet::Error{Damaged}.

@@ -28,11 +28,11 @@ std::optional<CalendarTime> toCalendar(jet::Date date);
 /// Nothing if there is no such day or time.
 std::optional<jet::Date> fromCalendar(const CalendarTime& time);
 
-/// Reads "m/d/yyyy", "yyyy-mm-dd", "h:mm[:ss] [AM|PM]" or a date and a time. A month above 12 that
-/// could be a day is one; years of two digits are 1930 to 2029. Nothing if it is none of these.
+/// Parses "m/d/yyyy", "yyyy-mm-dd", "h:mm[:ss] [AM|PM]" or a date and a time. A month above 12 is
+/// taken as the day if possible; two-digit years are 1930 to 2029. Nothing if it does not parse.
 std::optional<jet::Date> parseDate(std::u16string_view text);
 
-/// "yyyy-mm-dd hh:mm:ss"; the day alone at midnight, the time alone on day zero.
+/// "yyyy-mm-dd hh:mm:ss"; only the date at midnight, only the time on day zero.
 std::u16string generalDate(jet::Date date);
 
 }  // namespace sql

@@ -13,8 +13,8 @@
 
 namespace sql {
 
-/// What a value is to an operator. Only values of one domain compare with each other, but for
-/// numbers and dates, which are numbers too.
+/// What a value is to an operator. Only values of the same domain can be compared, except that
+/// dates also compare with numbers.
 enum class Domain { Null, Number, Date, Text, Binary, Guid };
 
 Domain domainOf(jet::ColumnType type);
@@ -23,10 +23,10 @@ Domain domainOf(const jet::Value& value);
 bool isNumeric(Domain domain);
 bool comparable(Domain left, Domain right);
 
-/// Requires: neither is null and their domains compare.
+/// Requires: neither is null and their domains are comparable.
 std::weak_ordering compareValues(const jet::Value& left, const jet::Value& right);
 
-/// The number that a Boolean, a number or a date stands for; True is -1.
+/// The numeric value of a Boolean, a number or a date; True is -1.
 /// Requires: a value of such a type.
 double toDouble(const jet::Value& value);
 
@@ -35,8 +35,8 @@ std::optional<bool> truth(const jet::Value& value);
 
 using OrderKey = std::vector<std::uint8_t>;
 
-/// Appends bytes that compare, with memcmp, as values of an expression of that type do: null
-/// first, or last if descending. Equal values have equal keys, and null differs from empty text.
+/// Appends a key that compares with memcmp like values of an expression of that type: null first,
+/// or last if descending. Equal values have equal keys, and null differs from empty text.
 void appendOrderKey(const jet::Value& value, jet::ColumnType type, bool ascending, OrderKey& key);
 
 }  // namespace sql

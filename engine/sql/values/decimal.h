@@ -14,12 +14,12 @@ namespace sql {
 /// `digits` times ten to the power of `exponent`.
 struct Decimal {
     bool negative = false;
-    std::string digits;  ///< none in front that is 0; empty for zero
+    std::string digits;  ///< without leading zeros; empty for zero
     int exponent = 0;
 };
 
-/// Reads digits with a sign, a point and an exponent, all but one digit optional; blanks around do
-/// not count. Nothing if it is none or the exponent has more than four digits.
+/// Parses digits with optional sign, point and exponent; surrounding blanks are ignored. Nothing if
+/// it does not parse or the exponent has more than four digits.
 std::optional<Decimal> parseDecimal(std::u16string_view text);
 
 /// The digits of the number times ten to the power of `scale`, rounded half to even; empty for

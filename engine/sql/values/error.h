@@ -17,9 +17,9 @@ namespace sql {
 enum class Fault {
     Syntax,         ///< the text is not a statement of the dialect
     NoSuchTable,    ///< a table or query of that name does not exist
-    UnknownColumn,  ///< a name stands for no column, so it is a parameter without a value
-    TypeMismatch,   ///< an operator or comparison does not go with its operands
-    Conversion,     ///< a value cannot become one of its column: too large, too long, no number
+    UnknownColumn,  ///< a name is not a column, so it is a parameter without a value
+    TypeMismatch,   ///< an operator or comparison does not accept its operands
+    Conversion,     ///< a value does not fit its column: too large, too long, not a number
 };
 
 /// what() is one UTF-8 sentence for a person.

@@ -1,4 +1,4 @@
-// The text that a value turns into where an operator joins texts.
+// The text form of a value in the concatenation operator.
 //
 //   sql::appendText(left, text);
 //
@@ -12,7 +12,7 @@
 namespace sql {
 
 /// Appends the text of `value`: nothing for null, numbers in decimal with a point whatever the
-/// system's language, Booleans as -1 and 0, dates as generalDate gives them. Any thread may call.
+/// system's language, Booleans as -1 and 0, dates as in generalDate.
 /// Throws Error{TypeMismatch} for binary values.
 void appendText(const jet::Value& value, std::u16string& out);
 
