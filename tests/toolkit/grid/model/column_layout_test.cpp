@@ -92,5 +92,18 @@ TEST(ColumnLayout, WithoutColumnsNothingIsFound) {
     EXPECT_EQ(columns.totalWidth(), 0);
 }
 
+TEST_F(ColumnLayoutTest, OfTwoBordersAtOnePlaceTheOneBehindIsFound) {
+    columns.setWidth(0, 0);
+    columns.move(0, 1);
+    ASSERT_EQ(columns.right(0), columns.right(1));
+    EXPECT_EQ(columns.borderAt(50, 4), 0) << "by place, not by number";
+}
+
+TEST_F(ColumnLayoutTest, NoWidthIsNegative) {
+    columns.setWidth(0, -5);
+    EXPECT_EQ(columns.width(0), 0);
+    EXPECT_EQ(columns.left(1), 0);
+}
+
 }  // namespace
 }  // namespace grid

@@ -92,7 +92,9 @@ TEST_F(GeometryTest, ABorderScrolledAwayIsOutOfReach) {
     EXPECT_EQ(geometry.hitTest({28, 5}).area, Area::headingBorder);
     geometry.scrollToX(100);
     EXPECT_EQ(geometry.hitTest({18, 5}).area, Area::headingBorder);
-    geometry.scrollToX(110);
+    geometry.resetColumns(4, 200);
+    geometry.scrollToX(210);
+    ASSERT_EQ(geometry.headingRect(0).right, 10);
     EXPECT_EQ(geometry.hitTest({12, 5}).area, Area::corner);
 }
 
@@ -172,6 +174,69 @@ TEST_F(GeometryTest, BillionsOfRowsDoNotOverflow) {
     geometry.scrollToRow(INT64_MAX);
     EXPECT_GT(geometry.scrollY(), 0);
     EXPECT_EQ(geometry.endRow(), geometry.rowCount());
+}
+
+TEST_F(GeometryTest, ColumnsThatGetNarrowerClampTheScrollPosition) {
+    geometry.scrollToX(100);
+    geometry.setColumnWidth(3, 20);
+    EXPECT_EQ(geometry.scrollX(), 20);
+    geometry.setColumnWidth(3, 100);
+    geometry.scrollToX(100);
+    geometry.setColumnVisible(3, false);
+    EXPECT_EQ(geometry.scrollX(), 0);
+    geometry.setColumnVisible(3, true);
+    geometry.scrollToX(100);
+    geometry.resetColumns(2, 100);
+    EXPECT_EQ(geometry.scrollX(), 0);
+}
+
+TEST_F(GeometryTest, BehindTheEdgesOfTheViewIsNowhere) {
+    EXPECT_EQ(geometry.hitTest({319, 100}).area, Area::cell);
+    EXPECT_EQ(geometry.hitTest({320, 100}).area, Area::nowhere);
+    EXPECT_EQ(geometry.hitTest({60, 334}).area, Area::cell);
+    EXPECT_EQ(geometry.hitTest({60, 335}).area, Area::nowhere);
+}
+
+TEST_F(GeometryTest, ARowOnViewIsLeftWhereItIs) {
+    geometry.scrollToRow(5);
+    EXPECT_FALSE(geometry.scrollRowIntoView(9));
+    EXPECT_EQ(geometry.firstRow(), 5);
+}
+
+TEST_F(GeometryTest, AHiddenColumnIsNotBroughtIntoView) {
+    geometry.resetColumns(4, 200);
+    geometry.scrollToX(300);
+    geometry.setColumnVisible(0, false);
+    const int before = geometry.scrollX();
+    EXPECT_FALSE(geometry.scrollColumnIntoView(0));
+    EXPECT_EQ(geometry.scrollX(), before);
+}
+
+TEST_F(GeometryTest, AColumnCutOffAtTheLeftIsBroughtIntoView) {
+    geometry.scrollToX(50);
+    EXPECT_TRUE(geometry.scrollColumnIntoView(0));
+    EXPECT_EQ(geometry.scrollX(), 0);
+}
+
+TEST_F(GeometryTest, AColumnWiderThanTheViewIsLeftAsLongAsSomeOfItShows) {
+    geometry.setColumnWidth(0, 900);
+    geometry.scrollToX(200);
+    EXPECT_FALSE(geometry.scrollColumnIntoView(0));
+    EXPECT_EQ(geometry.scrollX(), 200);
+    geometry.scrollToX(900);
+    EXPECT_TRUE(geometry.scrollColumnIntoView(0)) << "its last pixel is scrolled away";
+    EXPECT_EQ(geometry.scrollX(), 0);
+}
+
+TEST_F(GeometryTest, AreasEndWithTheView) {
+    geometry.setView(10, 335);
+    EXPECT_EQ(geometry.headingArea(), (Rect{10, 0, 10, 25}));
+    EXPECT_EQ(geometry.dataArea(), (Rect{10, 25, 10, 335}));
+    geometry.setMeasures({.headingHeight = 25, .rowHeight = 30, .groupAreaHeight = 40});
+    geometry.setView(320, 30);
+    EXPECT_EQ(geometry.groupArea().strip(), (Rect{0, 0, 320, 30}));
+    EXPECT_EQ(geometry.headingArea(), (Rect{0, 30, 320, 30}));
+    EXPECT_TRUE(geometry.dataArea().empty());
 }
 
 }  // namespace

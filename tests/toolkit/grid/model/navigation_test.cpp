@@ -93,6 +93,22 @@ TEST_F(NavigationTest, HiddenColumnsAreSteppedOver) {
     EXPECT_EQ(press(Motion::right), (Cell{5, 2}));
 }
 
+TEST_F(NavigationTest, PageKeysKnowRowsThatAreCutOff) {
+    geometry.setView(320, 25 + 325);
+    geometry.scrollToY(40);
+    ASSERT_TRUE(geometry.fullyVisible(2));
+    ASSERT_TRUE(geometry.fullyVisible(11));
+    EXPECT_EQ(navigate(geometry, {5, 1}, Motion::pageDown).row, 11);
+    EXPECT_EQ(navigate(geometry, {5, 1}, Motion::pageUp).row, 2);
+}
+
+TEST_F(NavigationTest, FromOutOfViewAPageKeyMovesByAPage) {
+    geometry.scrollToRow(50);
+    EXPECT_EQ(navigate(geometry, {0, 1}, Motion::pageDown).row, 9);
+    geometry.scrollToRow(0);
+    EXPECT_EQ(navigate(geometry, {99, 1}, Motion::pageUp).row, 90);
+}
+
 TEST(Selection, IsTheCurrentRowUnlessARangeWasDrawn) {
     Selection selection;
     EXPECT_FALSE(selection.contains(kNoRow));

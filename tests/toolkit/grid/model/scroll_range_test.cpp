@@ -54,5 +54,9 @@ TEST(ScrollRange, TheLargestCountDoesNotOverflow) {
     EXPECT_EQ(range.row(-5), 0);
 }
 
+TEST(ScrollRange, ThePageIsAtLeastAUnit) {
+    EXPECT_EQ(ScrollRange(40'000'000'001, 30).barPage(), 1);
+}
+
 }  // namespace
 }  // namespace grid

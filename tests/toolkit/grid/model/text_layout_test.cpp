@@ -177,5 +177,40 @@ TEST(ContentWidth, NothingAddedGivesTheSmallestWidth) {
     EXPECT_EQ(ContentWidth(measure).bounded(8, 20, 500), 20);
 }
 
+TEST(TextLayout, BreaksBetweenAnIdeographAndALetter) {
+    EXPECT_EQ(wrap(L"\x6F22\x5B57"
+                   L"ab",
+                   2, 3)
+                  .lines,
+              (Lines{L"\x6F22\x5B57", L"ab"}));
+}
+
+TEST(TextLayout, AWordTooLongBehindAnIndentationBeginsOnItsLine) {
+    EXPECT_EQ(wrap(L"  abcdefgh", 4, 4).lines, (Lines{L"  ab", L"cdef", L"gh"}));
+}
+
+TEST(TextLayout, TheWideBlankOfIdeographsIsABlank) {
+    EXPECT_EQ(wrap(L"one\x3000two", 4, 2).lines, (Lines{L"one", L"two"}));
+}
+
+TEST(TextLayout, TheCutBeforeAnEllipsisDividesNoUnit) {
+    EXPECT_EQ(wrap(L"ae\x0301xyz", 3, 1).lines, (Lines{std::wstring(L"a") + kEllipsis}));
+}
+
+TEST(TextLayout, ControlCharactersOfBothRangesAreSeen) {
+    std::wstring shown;
+    showable(
+        L"a\x0001"
+        L"b\x007F"
+        L"c\x0085"
+        L"d\x00A0",
+        LineBreaks::keep, kMax, shown);
+    EXPECT_EQ(shown,
+              L"a\x00B7"
+              L"b\x00B7"
+              L"c\x00B7"
+              L"d\x00A0");
+}
+
 }  // namespace
 }  // namespace grid
