@@ -1,4 +1,4 @@
-// AccessibleObject: the base of what screen readers are told of a window.
+// AccessibleObject: base class of the objects that describe a window to screen readers.
 //
 //   LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override {
 //       if (message != WM_GETOBJECT) return Window::handleMessage(message, wParam, lParam);
@@ -7,9 +7,9 @@
 //
 // The user-interface thread, through whose message pump the calls of screen readers come in.
 //
-// Reference counted; made with one reference, for its maker. Screen readers live in other processes
-// and may keep an object for longer than its window: derived classes must answer then, too. Child 0
-// (CHILDID_SELF) is the object itself. No exception leaves a call.
+// Reference counted; created with one reference, which belongs to the creator. Screen readers run
+// in other processes and may keep an object longer than its window, so derived classes must still
+// answer then. Child 0 (CHILDID_SELF) is the object itself. No exception leaves a call.
 #pragma once
 
 #include <windows.h>
@@ -32,7 +32,7 @@ public:
     AccessibleObject(const AccessibleObject&) = delete;
     AccessibleObject& operator=(const AccessibleObject&) = delete;
 
-    /// What a derived class says. An empty text means: none. The texts, roles and states are those
+    /// Implemented by derived classes. An empty text means none. Texts, roles and states are those
     /// of IAccessible; the rectangle is in screen pixels.
     virtual std::wstring name(LONG child) = 0;
     virtual std::wstring value(LONG /*child*/) { return {}; }
@@ -41,7 +41,7 @@ public:
     virtual long state(LONG child) = 0;
     virtual RECT location(LONG child) = 0;
     virtual long childCount() = 0;
-    /// Null where there is none; else with a reference for the caller.
+    /// Null if there is none; else with a reference for the caller.
     virtual IDispatch* child(LONG child) = 0;
     virtual IDispatch* parent() = 0;
     /// These may leave the variant empty.
@@ -49,7 +49,7 @@ public:
     virtual void selection(VARIANT& answer) = 0;
     virtual void hitTest(POINT screen, VARIANT& answer) = 0;
     virtual void navigate(long direction, LONG child, VARIANT& answer) = 0;
-    /// False where it cannot be done.
+    /// False if it is not possible.
     virtual bool select(long flags, LONG child) = 0;
     virtual bool doAction(LONG child) = 0;
 
@@ -97,12 +97,11 @@ private:
 
 #pragma GCC diagnostic pop
 
-/// The answer to WM_GETOBJECT for a window's inside; 0, which leaves the question to the window's
-/// own procedure, when something else was asked for. `make` gives an object with one reference.
+/// The answer to WM_GETOBJECT for a window's client object; 0 for other objects, which are left to
+/// the window's own procedure. `make` returns an object with one reference.
 LRESULT answerObject(WPARAM wParam, LPARAM lParam, const std::function<AccessibleObject*()>& make);
 
-/// The window's own object as the system makes it, under another name. Null when the system makes
-/// none.
+/// The window's standard object, under another name. Null if the system provides none.
 AccessibleObject* makeNamedAccessible(HWND window, const std::wstring& name);
 
 }  // namespace forms

@@ -24,7 +24,7 @@ protected:
 class CheckBox : public Control {
 public:
     bool value() const;
-    /// No event: onClick tells of the user's clicks only.
+    /// Raises no event: onClick is for the user's clicks only.
     void setValue(bool value);
 
 protected:
@@ -32,12 +32,12 @@ protected:
     bool reflected(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) override;
 };
 
-/// One choice of several: of the option buttons in a container, one has the value true. Made one
-/// after the other, they form a group in which the arrow keys move.
+/// One choice of several: of the option buttons in a container, one has the value true. Buttons
+/// that are created consecutively form a group in which the arrow keys move.
 class OptionButton : public Control {
 public:
     bool value() const;
-    /// Choosing this one by the program takes the choice from the others. No event.
+    /// Choosing this one deselects the others. Raises no event.
     void setValue(bool value);
 
     bool joinsGroup() const override { return true; }
@@ -51,7 +51,7 @@ private:
     void setCheck(bool checked);
 };
 
-/// A box with a caption around other controls, which name it as their container.
+/// A captioned box around the controls that name it as their container.
 class Frame : public Control {
 protected:
     Kind kind() const override;

@@ -1,4 +1,4 @@
-// The pictures of check boxes in a tree or list, drawn for a given number of dots per inch.
+// The images of check boxes in a tree or list, drawn for a given number of dots per inch.
 //
 //   const HIMAGELIST images = forms::makeCheckImages(window.hwnd(), window.dpi());
 //
@@ -12,8 +12,8 @@
 
 namespace forms {
 
-/// An image list of three: nothing, an empty box, a ticked box. In the visual style of the window
-/// or, where there is none, in the classic look. The caller destroys it.
+/// An image list of three: nothing, an empty box, a ticked box. In the window's visual style or, if
+/// it has none, in the classic look. The caller destroys it.
 HIMAGELIST makeCheckImages(HWND window, Dpi dpi);
 
 }  // namespace forms

@@ -1,4 +1,4 @@
-// ComboBox: a line to type in with a list of proposals to drop down.
+// ComboBox: an edit field with a drop-down list of suggestions.
 //
 //   forms::ComboBox comboFindWhat;
 //   comboFindWhat.addItem(text, 0);
@@ -12,7 +12,7 @@
 namespace forms {
 
 struct ComboBoxOptions {
-    /// Only texts of the list can be chosen.
+    /// Only texts in the list can be chosen.
     bool listOnly = false;
 };
 
@@ -28,11 +28,11 @@ public:
     /// Empty for an index outside the list.
     std::wstring list(int index) const;
 
-    /// -1 when the text is none that was chosen from the list.
+    /// -1 if the text was not chosen from the list.
     int listIndex() const;
-    /// Chooses an item and makes it the text. No event.
+    /// Chooses an item and sets the text to it. Raises no event.
     void setListIndex(int index);
-    /// Selects the whole text, so that what is typed next takes its place.
+    /// Selects the whole text, so that typing replaces it.
     void selectText();
 
     /// The user changed the text.

@@ -16,13 +16,13 @@ namespace forms {
 
 struct FileDialogRequest {
     std::wstring title{};
-    /// Pairs of description and pattern, all divided by '|'.
+    /// Pairs of description and pattern, all separated by '|'.
     std::wstring filter{};
     /// From 1.
     int filterIndex = 1;
     /// Added to a name typed without one; no dot.
     std::wstring defaultExtension{};
-    /// The proposal; may hold a folder.
+    /// The suggested name; may include a folder.
     std::wstring fileName{};
 };
 
@@ -46,10 +46,10 @@ class Dialogs {
 public:
     virtual ~Dialogs() = default;
 
-    /// Nothing when the user cancelled. The owner may be null. Both throw std::runtime_error when
-    /// the dialog cannot be shown.
+    /// Nothing if the user cancelled. The owner may be null. Both throw std::runtime_error if the
+    /// dialog cannot be shown.
     virtual std::optional<FileDialogAnswer> openFile(HWND owner, const FileDialogRequest&) = 0;
-    /// Asks before it returns the name of a file that is there.
+    /// Asks for confirmation before it returns the name of an existing file.
     virtual std::optional<FileDialogAnswer> saveFile(HWND owner, const FileDialogRequest&) = 0;
     virtual MessageAnswer showMessage(HWND owner, const MessageRequest&) = 0;
 };

@@ -24,7 +24,7 @@ struct Font {
     /// A GDI character set: 1 leaves the choice to Windows, 128 Japanese, 129 Korean, 134 and 136
     /// Chinese.
     int charset = DEFAULT_CHARSET;
-    /// Tells the font mapper what to look for when the face is not installed.
+    /// A hint for the font mapper if the face is not installed.
     bool fixedPitch = false;
     bool underline = false;
 

@@ -1,4 +1,4 @@
-// Label: text that is only read. Its access key leads to the control behind it in the table.
+// Label: static text. Its access key moves to the next control in the table.
 //
 //   forms::Label lblStatus{{.accessKeys = false}};
 //   lblStatus.setText(path);
@@ -15,9 +15,9 @@ enum class Alignment { left, center, right };
 
 struct LabelOptions {
     Alignment alignment = Alignment::left;
-    /// False writes '&' as it is, for texts from outside.
+    /// False shows '&' literally, for texts from outside.
     bool accessKeys = true;
-    /// Underlined, with a pointing hand: the Tab key stops at it, Space and the arrow down click it.
+    /// Underlined, with a hand pointer; a tab stop that Space and Down click.
     bool link = false;
 };
 

@@ -1,4 +1,4 @@
-// MenuBar: a form's menus, made from one table; MenuItem: one entry, a member of the form.
+// MenuBar: a form's menus, built from one table; MenuItem: one entry, a member of the form.
 //
 //   menu.build({
 //       {0, mnuFile, L"mnuFile", L"&File"},
@@ -8,10 +8,10 @@
 //   });
 //   mnuOpen.setCaption(L"&Oeffnen...");
 //
-// The first column is the depth: an entry belongs to the last one above it that is less deep, and
-// an entry that has others below it is a submenu. The shortcuts of the table are the form's
-// accelerator keys and are written behind the captions. An invisible entry is not in the menu at
-// all and its shortcut is dead; an invisible submenu can still pop up under the mouse.
+// The first column is the depth: an entry belongs to the last one above it with a smaller depth,
+// and an entry with others below it is a submenu. The shortcuts in the table are the form's
+// accelerators and are shown after the captions. An invisible entry is not in the menu and its
+// shortcut is disabled; an invisible submenu can still be used as a popup menu.
 //
 // The user-interface thread.
 #pragma once
@@ -46,7 +46,7 @@ public:
     const std::wstring& tag() const { return tag_; }
     void setTag(const std::wstring& tag) { tag_ = tag; }
 
-    /// What Windows knows the entry by in WM_COMMAND; 0 before it is in a menu.
+    /// The entry's identifier in WM_COMMAND; 0 before it is in a menu.
     int id() const { return id_; }
 
     std::function<void()> onClick;
@@ -86,10 +86,10 @@ public:
     MenuBar(const MenuBar&) = delete;
     MenuBar& operator=(const MenuBar&) = delete;
 
-    /// Throws std::invalid_argument for a shortcut that is none.
+    /// Throws std::invalid_argument for an invalid shortcut.
     void build(const std::vector<MenuRow>& rows);
-    /// One more row at the end, for entries known only at run time. The item must outlive the bar
-    /// or its next build.
+    /// Appends a row, for entries known only at run time. The item must outlive the bar or its next
+    /// build.
     void append(const MenuRow& row);
 
     bool empty() const { return items_.empty(); }
@@ -103,10 +103,10 @@ public:
     HMENU handle() const { return menu_; }
     HACCEL accelerators() const { return accelerators_; }
 
-    /// Runs the entry that WM_COMMAND named. False when it is none of ours or disabled.
+    /// Runs the entry with this WM_COMMAND identifier. False if it is unknown or disabled.
     bool command(int id);
 
-    /// Shows the entries under `item` at a place on the screen, waits for the choice and runs it.
+    /// Shows the entries below `item` as a popup menu, waits for the choice and runs it.
     void popUp(const MenuItem& item, HWND owner, POINT at);
 
 private:

@@ -12,8 +12,7 @@ namespace forms {
 
 class Picture : public Control {
 public:
-    /// The number of an icon in the program's resources. One that is not there leaves the place
-    /// empty.
+    /// The number of an icon in the program's resources. Without such an icon the control is empty.
     void setIcon(int resource);
 
 protected:

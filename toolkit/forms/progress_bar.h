@@ -19,10 +19,10 @@ public:
     std::int32_t max() const { return max_; }
     std::int32_t value() const { return value_; }
 
-    /// A value outside the new range moves to its nearer end.
+    /// Clamps the value to the new range.
     void setMin(std::int32_t min);
     void setMax(std::int32_t max);
-    /// A value outside the range is taken to its nearer end.
+    /// The value is clamped to the range.
     void setValue(std::int32_t value);
 
 protected:

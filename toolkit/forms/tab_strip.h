@@ -1,5 +1,5 @@
 // TabStrip: a tabbed dialog. Controls whose table row names it as container belong to one of its
-// tabs and are seen while that tab is current.
+// tabs and are visible while that tab is current.
 //
 //   forms::TabStrip sstabMain{{L"Trace Data", L"Filters"}};
 //   sstabMain.onTabClick = [this](int previous) { sstabMain_Click(previous); };
@@ -32,7 +32,7 @@ public:
     /// The height of the row of tabs.
     Twips tabHeight() const;
 
-    /// Another tab became current; given is the one that was.
+    /// Another tab became current; the argument is the previous one.
     std::function<void(int previousTab)> onTabClick;
 
     bool showsTab(int tab) const override { return tab == current_; }

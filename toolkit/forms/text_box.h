@@ -1,4 +1,4 @@
-// TextBox: text to read and to edit, in one line or several.
+// TextBox: single-line or multi-line text, editable or read-only.
 //
 //   forms::TextBox txtTrace{{.multiLine = true, .readOnly = true, .verticalScroll = true}};
 //   txtTrace.setText(text);

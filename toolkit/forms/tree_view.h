@@ -5,11 +5,11 @@
 //   tvUniqueTraces.addChild(component, L"Item:0", text).setChecked(true);
 //   tvUniqueTraces.onNodeCheck = [this](forms::TreeNode& node) { tvUniqueTraces_NodeCheck(node); };
 //
-// Nodes belong to the tree; a reference stays good until clear. Many nodes are added or changed
-// between a TreeUpdate's beginning and end, which draws the tree once.
+// Nodes belong to the tree; references are valid until clear. Use a TreeUpdate to add or change
+// many nodes: the tree is then drawn once, at its end.
 //
-// onNodeCheck tells of the user's ticks, by mouse or keyboard, once for each, after the control is
-// through with it; ticks set by the program raise no event. The user-interface thread.
+// onNodeCheck is raised once for each tick by the user, with mouse or keyboard, after the control
+// has processed it; ticks set by the program raise no event. The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/control.h"
@@ -27,8 +27,7 @@ namespace forms {
 
 class TreeView;
 
-/// A key that is not in the tree, or is in it already. The numbers are those that programs of this
-/// kind customarily report.
+/// A key that is not in the tree, or is in it already. The numbers are the customary ones.
 class TreeError : public std::runtime_error {
 public:
     static constexpr int kIndexOutOfBounds = 35600;
@@ -63,7 +62,7 @@ public:
     void setChecked(bool checked);
     bool bold() const { return bold_; }
     void setBold(bool bold);
-    /// A node without children remembers that it is to be open as soon as it has some.
+    /// A node without children will be expanded as soon as it has some.
     bool expanded() const;
     void setExpanded(bool expanded);
 
@@ -73,7 +72,7 @@ public:
     TreeNode* next() const { return next_; }
     int childCount() const { return childCount_; }
 
-    /// Opens the nodes above and scrolls.
+    /// Expands the nodes above and scrolls.
     void ensureVisible();
 
 private:
@@ -105,7 +104,7 @@ class TreeView : public Control {
 public:
     explicit TreeView(const TreeViewOptions& options = {}) : options_(options) {}
 
-    /// Both throw TreeError when the key is in the tree already. An empty key is none.
+    /// Both throw TreeError if the key is in the tree already. An empty key means no key.
     TreeNode& addRoot(const std::wstring& key, const std::wstring& text);
     TreeNode& addChild(TreeNode& parent, const std::wstring& key, const std::wstring& text);
     void clear();
@@ -121,8 +120,8 @@ public:
     TreeNode* selected() const;
     void setSelected(TreeNode* node);
 
-    /// What the user has opened, selected and scrolled to, by the keys of the nodes: for a tree that
-    /// is made anew. Keys that the tree has not are passed over.
+    /// The expanded and selected nodes and the scroll position, by keys, for rebuilding the tree.
+    /// Keys that are not in the tree are ignored.
     struct View {
         std::vector<std::wstring> open = {};
         std::wstring selected = {};
@@ -172,12 +171,12 @@ private:
     std::unordered_map<std::wstring, TreeNode*> byKey_;
     TreeNode* firstRoot_ = nullptr;
     TreeNode* lastRoot_ = nullptr;
-    // Nodes that the user may have ticked; their state is read when the control is done.
+    // Nodes that the user may have ticked; their state is read after the control has processed it.
     std::vector<HTREEITEM> toggled_;
     int updates_ = 0;
 };
 
-/// Holds back the drawing of a tree until the end of the block.
+/// Suspends the drawing of a tree until the end of the block.
 class TreeUpdate {
 public:
     explicit TreeUpdate(TreeView& tree) : tree_(tree) { tree_.beginUpdate(); }

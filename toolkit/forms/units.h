@@ -1,8 +1,8 @@
-// Lengths on the screen, each in a type of its own.
+// Lengths on the screen, each unit as a type.
 //
-// Everything a form or control is told about its place and size is in twips, 1440 to the inch and
-// independent of the display. Windows counts in pixels. Only the conversions below lead from the
-// one to the other, and they always ask for the dots per inch of the window concerned.
+// Positions and sizes of forms and controls are in twips, 1440 to the inch and independent of the
+// display. Windows uses pixels. Only the functions below convert between the two, and they always
+// take the dots per inch of the window concerned.
 //
 //   Twips left = 180_tw + 0.5 * width;
 //   Pixels x = toPixels(left, window.dpi());
@@ -15,8 +15,8 @@
 
 namespace forms {
 
-/// A length of 1/1440 inch. Layouts are computed in fractions of twips and rounded once, when they
-/// become pixels.
+/// A length in units of 1/1440 inch. Layouts are computed in fractional twips and rounded once,
+/// when converted to pixels.
 struct Twips {
     double value = 0;
 

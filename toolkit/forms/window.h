@@ -1,20 +1,20 @@
 // Window: the owner of one window handle.
 //
-// A class derived from Window receives the messages of its window through the virtual member
-// handleMessage. The window is either of a class of ours (createOwn) or a standard control whose
-// messages pass through us on their way to the control (createStandard).
+// A class derived from Window receives the messages of its window in the virtual member
+// handleMessage. The window is either of a window class of ours (createOwn) or a subclassed
+// standard control (createStandard).
 //
 //   class Ruler : public forms::Window {
 //       LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
 //   };
 //
-// What a control tells its parent (WM_COMMAND, WM_NOTIFY, colours, scroll bars) is handed back to
-// the control itself, to its member reflected.
+// The notifications that a control sends its parent (WM_COMMAND, WM_NOTIFY, colours, scroll bars)
+// are reflected to the control itself, to its member reflected.
 //
-// No exception leaves a window procedure: Windows would lose it or end the program. It is caught
-// there and given to unexpectedError, which asks the program's own handler.
+// No exception leaves a window procedure: Windows would drop it or end the program. It is caught
+// there and passed to unexpectedError, which calls the program's handler.
 //
-// One thread: the one that made the window.
+// One thread: the one that created the window.
 #pragma once
 
 #include "toolkit/forms/units.h"
@@ -27,11 +27,11 @@
 
 namespace forms {
 
-/// Called with every exception that a message handler, an event procedure or a posted function let
-/// go. The handler must not throw.
+/// Called for every exception that leaves a message handler, an event procedure or a posted
+/// function. The handler must not throw.
 using UnexpectedErrorHandler = std::function<void(std::exception_ptr)>;
 
-/// Returns the handler in force before. Without one the error is written to the debugger's output.
+/// Returns the previous handler. Without one the error is written to the debugger's output.
 UnexpectedErrorHandler setUnexpectedErrorHandler(UnexpectedErrorHandler handler);
 void reportUnexpectedError(const std::exception_ptr& error) noexcept;
 
@@ -40,14 +40,14 @@ void reportUnexpectedError(const std::exception_ptr& error) noexcept;
 
 class Window {
 public:
-    /// Destroys the window. A derived class that wants to see its last messages calls destroy in
-    /// its own destructor.
+    /// Destroys the window. A derived class that handles the last messages calls destroy in its own
+    /// destructor.
     virtual ~Window();
 
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
 
-    /// The Window that owns the handle, or null when it is none of ours.
+    /// The Window that owns the handle, or null for a foreign window.
     static Window* from(HWND handle);
 
     HWND hwnd() const { return hwnd_; }
@@ -58,8 +58,8 @@ public:
     virtual Dpi dpi() const;
 
 protected:
-    /// How the window of a class of our own, or a standard control, is made. Bounds are pixels in
-    /// the parent (or on the screen).
+    /// How a window of our own class, or a standard control, is created. Bounds are pixels in the
+    /// parent (or on the screen).
     struct Creation {
         const wchar_t* className = L"";
         const wchar_t* text = L"";
@@ -68,7 +68,7 @@ protected:
         RECT bounds{0, 0, 0, 0};
         HWND parent = nullptr;
         int id = 0;
-        /// The rest is for classes of our own, and counts when the class is first used.
+        /// The rest is for our own classes and takes effect when the class is first used.
         UINT classStyle = CS_DBLCLKS;
         HICON icon = nullptr;
         HICON smallIcon = nullptr;
@@ -76,13 +76,14 @@ protected:
 
     Window() = default;
 
-    /// Both throw std::system_error when Windows refuses. A class of our own has no background
-    /// brush: the window paints all of itself.
+    /// Both throw std::system_error if Windows fails. Our own classes have no background brush: the
+    /// window paints everything itself.
     void createOwn(const Creation& creation);
     void createStandard(const Creation& creation);
 
-    /// Every message of the window. What a derived class does not handle it passes to its base;
-    /// this one hands notifications back to the controls and the rest to defaultProcedure.
+    /// Every message of the window. A derived class passes what it does not handle to its base
+    /// class; this one reflects notifications to the controls and passes the rest to
+    /// defaultProcedure.
     virtual LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam);
 
     /// What Windows or the standard control itself does with the message. Only inside handleMessage.
@@ -95,7 +96,7 @@ protected:
     /// An exception that left handleMessage.
     virtual void unexpectedError(const std::exception_ptr& error) noexcept;
 
-    /// Sends a message to the window itself; the shorthand that wrappers of controls live on.
+    /// Sends a message to the window itself; a shorthand for wrappers of controls.
     LRESULT send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
 
 private:
@@ -108,7 +109,7 @@ private:
     bool reflect(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);
 
     HWND hwnd_ = nullptr;
-    // The procedure of the standard control that ours took the place of.
+    // The original procedure of a subclassed standard control.
     WNDPROC controlProcedure_ = nullptr;
 };
 

@@ -11,9 +11,8 @@
 
 namespace grid {
 
-/// Replaces what is on the clipboard. A zero character, at which a text would end for everybody who
-/// reads it, becomes a blank. False if another program keeps the clipboard open, or memory is
-/// short.
+/// Replaces the contents of the clipboard. A zero character, which would end the text for readers,
+/// becomes a blank. False if another program keeps the clipboard open, or memory is short.
 bool putOnClipboard(HWND owner, const std::wstring& text);
 
 }  // namespace grid

@@ -1,4 +1,4 @@
-// Column: what the owner of a grid can say about one of its columns.
+// Column: the properties of a grid's column.
 //
 //   Column& date = dataGrid.column(L"Date");
 //   date.setCaption(L"Date");
@@ -37,11 +37,11 @@ public:
     /// The width that shows the heading and every cell now on view, but no wider than the view.
     void autoSize();
 
-    /// Whether the column takes the room that the others leave, when that is more than its width.
+    /// Whether the column grows to fill the room that the others leave.
     bool fillsRest() const { return fillsRest_; }
     void setFillsRest(bool fills);
 
-    /// Whether a cell shows its text on as many lines as the row is high for.
+    /// Whether a cell wraps its text to as many lines as fit the row's height.
     bool wrapText() const { return wrapText_; }
     void setWrapText(bool wrap);
 

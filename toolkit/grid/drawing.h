@@ -1,4 +1,4 @@
-// The few shapes that a grid is drawn with, on pixel borders so that they are crisp at any size.
+// The few shapes that a grid is drawn with, aligned to pixels so that they are crisp at any size.
 //
 //   fill(dc, rect, ::GetSysColor(COLOR_WINDOW));
 //   drawTriangle(dc, Direction::up, {x, y}, 4, color);

@@ -1,4 +1,4 @@
-// What screen readers are told of a grid: a table of rows of cells.
+// The grid's accessible objects for screen readers: a table of rows of cells.
 //
 //   const LONG child = GridAccessible::childOf(dataGrid, {row, column});
 //   ::NotifyWinEvent(EVENT_OBJECT_FOCUS, hwnd(), OBJID_CLIENT, child);
@@ -6,10 +6,10 @@
 // Child 1 of the table is the row of headings, child n + 2 is view row n. Child k of a row is the
 // cell of the k-th column on view; a group's row has none.
 //
-// Every part is an object of its own, made when it is asked for. So that an event can name a cell,
-// the table also answers for negative children: -1 - (view row * columns + column).
+// Every part is an object of its own, created on demand. So that an event can name a cell, the
+// table also has negative child numbers: -1 - (view row * columns + column).
 //
-// The user-interface thread; objects may outlive the grid and then say that they are gone.
+// The user-interface thread; objects may outlive the grid and then report that they are gone.
 #pragma once
 
 #include "toolkit/forms/accessible_object.h"
@@ -31,7 +31,7 @@ class GridAccessible : public forms::AccessibleObject {
 public:
     enum class Kind { table, headingRow, heading, row, cell };
 
-    /// What an object stands for: a column by its number, a row by its place in the view.
+    /// What an object represents: a column by its number, a row by its view row.
     struct Part {
         Kind kind = Kind::table;
         RowIndex view = kNoRow;
@@ -40,8 +40,8 @@ public:
 
     GridAccessible(std::shared_ptr<GridLink> link, const Part& part);
 
-    /// The table's child for a cell, or for its row where the number does not fit or there is no
-    /// such cell.
+    /// The table's child number for a cell, or for its row if the number does not fit or there is
+    /// no such cell.
     static LONG childOf(const Grid& grid, Cell viewCell);
 
     std::wstring name(LONG child) override;

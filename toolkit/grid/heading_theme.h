@@ -1,4 +1,4 @@
-// HeadingTheme: draws the body of column headings in the user's visual style, or plainly where
+// HeadingTheme: draws the background of column headings in the user's visual style, or plainly if
 // there is none.
 //
 //   theme.open(hwnd());
@@ -28,7 +28,7 @@ public:
     HeadingTheme(const HeadingTheme&) = delete;
     HeadingTheme& operator=(const HeadingTheme&) = delete;
 
-    /// To be called anew when the visual style changed (WM_THEMECHANGED).
+    /// To be called again when the visual style has changed (WM_THEMECHANGED).
     void open(HWND window);
     void close();
 
@@ -36,8 +36,8 @@ public:
     void draw(HDC dc, const Rect& rect, HeadingState state, COLORREF plainBack) const;
 
 private:
-    // The theme's drawing is slow, and headings are few and seldom change: each is drawn once and
-    // copied from then on.
+    // Drawing with the theme is slow, and headings are few and rarely change: each is drawn once
+    // and then copied.
     struct Drawn {
         HeadingState state;
         int width;

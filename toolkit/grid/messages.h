@@ -13,8 +13,8 @@ namespace grid {
 /// The name of the window class.
 inline constexpr wchar_t kWindowClass[] = L"DataGrid";
 
-/// Returns how many rows of the data source were on view when the grid last painted; 0 before the
-/// first paint. A watcher can tell from it when the first page of a file is on the screen.
+/// Returns how many rows of the data source were visible when the grid last painted; 0 before the
+/// first paint. It tells when the first page of a file is on the screen.
 inline constexpr UINT GM_GETPAINTEDROWS = WM_USER + 100;
 
 }  // namespace grid

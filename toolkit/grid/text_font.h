@@ -1,13 +1,12 @@
-// TextFont: a font that texts are drawn and measured with; TextFonts: those in use, by what they
-// were asked for.
+// TextFont: a font for drawing and measuring text; TextFonts: a cache of those in use.
 //
 //   TextFont& font = fonts.get(column.font(), style.bold);
 //   ::SelectObject(dc, font.handle());
 //   int width = font.width(L"text");
 //
-// The user-interface thread. Widths of the common letters are remembered, so that measuring a line
-// of trace text is a few additions; other scripts are measured by Windows, which knows where their
-// glyphs come from.
+// The user-interface thread. Widths of common letters are cached, so that measuring a line of trace
+// text is a few additions; other scripts are measured by Windows, which may take their glyphs from
+// other fonts.
 #pragma once
 
 #include "toolkit/forms/font.h"
@@ -51,10 +50,10 @@ private:
 
 class TextFonts {
 public:
-    /// Makes the font when it is first asked for. The reference is good until clear().
+    /// Creates the font on first use. The reference is valid until clear().
     TextFont& get(const forms::Font& font, bool bold = false);
 
-    /// Forgets all fonts, whose sizes were for another display.
+    /// Drops all fonts; called when their sizes are for another display.
     void clear(forms::Dpi dpi);
 
 private:

@@ -1,13 +1,13 @@
-// Where the columns lie beside each other, and in which order.
+// Horizontal positions and order of the columns.
 //
 //   ColumnLayout columns;
 //   columns.resize(3, 80);
 //   columns.move(2, 0);
 //   int column = columns.at(x);
 //
-// One thread. Positions are pixels from the left edge of the first column, unscrolled. A column
-// keeps its number wherever it stands; its place says how many columns stand before it, hidden
-// ones included.
+// One thread at a time. Positions are pixels from the left edge of the first column, unscrolled. A
+// column's number never changes; its place is the number of columns before it, including hidden
+// ones.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@ class ColumnLayout {
 public:
     int count() const { return static_cast<int>(columns_.size()); }
 
-    /// Makes `count` visible columns of `width` pixels, forgetting the former ones.
+    /// Replaces all columns by `count` visible ones of `width` pixels.
     void resize(int count, int width);
 
     /// Requires: 0 <= column < count(). Negative widths count as 0.
@@ -31,7 +31,7 @@ public:
     int place(int column) const;
     int columnAtPlace(int place) const { return order_[index(place)]; }
 
-    /// The width the column has while it is visible.
+    /// The width of the column while it is visible.
     int width(int column) const { return columns_[index(column)].width; }
     bool visible(int column) const { return columns_[index(column)].visible; }
 
@@ -48,8 +48,8 @@ public:
     /// to width 0 can be opened again.
     int borderAt(int x, int reach) const;
 
-    /// The place that a column dropped at `x` takes, from 0 to count(), before it is taken out of
-    /// its old one: in front of the first visible column whose middle lies beyond.
+    /// The place for a column dropped at `x`, from 0 to count(), counted before it is removed from
+    /// its old one: before the first visible column whose middle lies beyond.
     int placeAt(int x) const;
 
     /// The next visible column in a direction (+1 or -1), not `from` itself; kNoColumn at the end.

@@ -1,4 +1,4 @@
-// Finds the width that shows the texts of a column whole.
+// Finds the width that shows the texts of a column in full.
 //
 //   ContentWidth content(measure);
 //   for (const std::wstring& text : textsOnView) content.add(text, LineBreaks::blank);
@@ -17,7 +17,7 @@ namespace grid {
 
 class ContentWidth {
 public:
-    /// `most` elements of a text are looked at: beyond them it is wider than any column.
+    /// At most `most` elements of a text are measured: longer ones are wider than any column.
     explicit ContentWidth(TextMeasure& measure, std::size_t most = 1024)
         : measure_(measure), most_(most) {}
 

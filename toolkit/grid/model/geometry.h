@@ -1,12 +1,11 @@
-// Where everything is: group area, headings, record selectors, cells; what is scrolled into view;
-// what lies under a point.
+// Layout, scrolling and hit testing: group area, headings, record selectors and cells.
 //
 //   geometry.setView(client.cx, client.cy);
 //   for (RowIndex row = geometry.firstRow(); row < geometry.endRow(); ++row) draw(row);
 //   Hit hit = geometry.hitTest(mouse);
 //
-// One thread. All distances are device pixels. The vertical scroll position is a 64-bit pixel
-// distance, so that a wheel with fine steps scrolls smoothly at any row count.
+// One thread at a time. All distances are device pixels. The vertical scroll position is a 64-bit
+// pixel distance, so that a high-resolution wheel scrolls smoothly at any row count.
 #pragma once
 
 #include "toolkit/grid/model/column_layout.h"
@@ -23,7 +22,7 @@ struct Measures {
     int headingHeight = 0;
     int selectorWidth = 0;    ///< The column of record selectors at the left; 0 for none.
     int rowHeight = 1;        ///< At least 1.
-    int borderReach = 4;      ///< How far from a heading's border the mouse still takes hold of it.
+    int borderReach = 4;      ///< How far from a heading's border the mouse can drag it.
     int groupAreaHeight = 0;  ///< The strip above the headings; 0 for none.
     int groupAreaGap = 0;     ///< Around the chips in it.
 
@@ -75,7 +74,7 @@ public:
     /// The rows that show at least one pixel are firstRow() to endRow(), the latter excluded.
     RowIndex firstRow() const;
     RowIndex endRow() const;
-    /// How many rows fit completely, at least 1.
+    /// Rows that fit completely, at least 1.
     RowIndex rowsOnAPage() const;
     bool fullyVisible(RowIndex row) const;
 
@@ -87,7 +86,7 @@ public:
     Rect selectorRect(RowIndex row) const;
 
     Hit hitTest(Point point) const;
-    /// The place among the columns that a heading dropped at `x` takes.
+    /// The place among the columns for a heading dropped at `x`.
     int columnPlaceAt(int x) const;
 
     RowIndex scrollY() const { return scrollY_; }

@@ -1,11 +1,10 @@
-// The strip above the headings that shows by which columns the rows are grouped.
+// The strip above the headings with the columns by which the rows are grouped.
 //
 //   GroupArea area;
 //   area.layOut({0, 0, width, height}, {componentWidth, levelWidth}, gap);
 //   int level = area.levelAt(mouse);
 //
-// One thread. Distances are device pixels. The strip is as high as the rectangle given; an empty
-// one has no strip.
+// One thread at a time. Distances are device pixels. An empty rectangle means no strip.
 #pragma once
 
 #include "toolkit/grid/model/shapes.h"
@@ -27,9 +26,9 @@ public:
 
     /// The level whose chip is under the point, or kNoLevel.
     int levelAt(Point point) const;
-    /// The level that a heading dropped at `x` takes, from 0 to levelCount().
+    /// The level for a heading dropped at `x`, from 0 to levelCount().
     int insertionAt(int x) const;
-    /// Where the mark stands that shows this.
+    /// Where the mark that shows this is drawn.
     Rect insertionMark(int level, int thickness) const;
 
 private:

@@ -4,11 +4,11 @@
 //   grouping.setUnfolded({0}, true);
 //   for (RowIndex view = 0; view < grouping.viewCount(); ++view) draw(grouping.at(view));
 //
-// Rows are numbered as their source numbers them, view rows as they stand below each other: for
-// every group a row of its own, below it, if it is unfolded, the groups within or the rows.
+// Rows have the numbers of their source. View rows are numbered from top to bottom: a row for every
+// group, followed, if it is unfolded, by its inner groups or its rows.
 //
-// One thread. Memory: 8 bytes a row, and the groups. Making it takes time in proportion to the rows
-// and levels; folding, in proportion to the groups.
+// One thread at a time. Memory: 8 bytes a row, and the groups. Construction takes time proportional
+// to rows times levels; folding, proportional to the groups.
 #pragma once
 
 #include "toolkit/grid/model/shapes.h"
@@ -30,27 +30,27 @@ public:
         bool descending = false;
     };
 
-    /// Groups stand in the order of a walk through the tree, parents before children.
+    /// Groups are in preorder: parents before children.
     struct Group {
         std::uint32_t firstPlace = 0;  ///< Of its rows in the order of all groups.
-        std::uint32_t rowCount = 0;    ///< Those of the groups within included.
+        std::uint32_t rowCount = 0;    ///< Including those of inner groups.
         int level = 0;                 ///< 0 for the outermost.
         int parent = kNoGroup;
-        int end = 0;  ///< The next group that is not within this one.
+        int end = 0;  ///< The next group outside this one.
         bool unfolded = false;
     };
 
-    /// What stands in a row of the view: a row of the source, or a group's own row.
+    /// What a view row shows: a row of the source, or a group's own row.
     struct Place {
         RowIndex row = kNoRow;
         int group = kNoGroup;  ///< Of a group's own row.
     };
 
-    /// Without groups: every row in view as it is.
+    /// Without groups: view rows are the source's rows.
     Grouping() = default;
 
-    /// All groups folded; within a group the rows keep their order. Every level must hold ranks for
-    /// `rowCount` rows, which must be less than 2^32.
+    /// All groups folded; within a group the rows keep their order. Requires: every level has
+    /// `rowCount` ranks, less than 2^32.
     Grouping(RowIndex rowCount, const std::vector<Level>& levels);
 
     bool active() const { return levelCount_ > 0; }
@@ -62,20 +62,20 @@ public:
     /// A row of the group.
     RowIndex firstRowOf(int group) const;
 
-    /// Without groups the two calls take and give the same number.
+    /// Without groups both return the number that they are given.
     RowIndex viewCount() const { return viewCount_; }
     /// Requires: 0 <= view < viewCount(), when there are groups.
     Place at(RowIndex view) const;
-    /// The view row of a source's row; where that is folded away, of the innermost group on view
-    /// that holds it. kNoRow for a row that is not grouped.
+    /// The view row of a source's row; if it is hidden by folding, that of the innermost visible
+    /// group around it. kNoRow for a row that is not grouped.
     RowIndex viewOf(RowIndex row) const;
     RowIndex viewOfGroup(int group) const;
-    /// The innermost group that holds a row; kNoGroup for a row that is not grouped.
+    /// The innermost group that contains a row; kNoGroup for a row that is not grouped.
     int groupOf(RowIndex row) const;
 
     void setUnfolded(const std::vector<int>& groups, bool unfolded);
     void setAllUnfolded(bool unfolded);
-    /// Unfolds all groups around a row. Returns whether one was folded.
+    /// Unfolds all groups around a row; returns whether any was folded.
     bool reveal(RowIndex row);
 
 private:

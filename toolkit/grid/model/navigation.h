@@ -1,4 +1,4 @@
-// Where a key takes the current cell.
+// Where a key moves the current cell.
 //
 //   Cell target = navigate(geometry, selection.current(), Motion::pageDown);
 //
@@ -11,9 +11,8 @@ namespace grid {
 
 enum class Motion { left, right, up, down, pageUp, pageDown, rowStart, rowEnd, firstRow, lastRow };
 
-/// The cell that `motion` leads to; the current one when there is nowhere to go. Without a
-/// current row every motion begins at a row in view. In a source without rows the answer has no
-/// row.
+/// The cell that `motion` leads to; the current one if there is none. Without a current row every
+/// motion starts at a visible row. Without rows the result has no row.
 Cell navigate(const Geometry& geometry, Cell current, Motion motion);
 
 }  // namespace grid

@@ -4,8 +4,8 @@
 //   setBar(range.barMaximum(), range.barPage(), range.barPosition(topRow));
 //   topRow = range.row(trackPosition);
 //
-// Any thread; a value. Up to kMaxBar rows a bar unit is a row. Beyond that a unit stands for
-// several rows; the first and the last position still reach the first and the last row exactly.
+// Any thread; a value. Up to kMaxBar rows a bar unit is a row. Beyond that a unit is several rows;
+// the first and the last position still map exactly to the first and the last row.
 #pragma once
 
 #include "toolkit/grid/model/shapes.h"
@@ -14,12 +14,12 @@ namespace grid {
 
 class ScrollRange {
 public:
-    /// Half of what a scroll bar takes, so that sums of two positions still fit in 32 bits.
+    /// Half the maximum of a scroll bar, so that the sum of two positions still fits in 32 bits.
     static constexpr RowIndex kMaxBar = RowIndex{1} << 30;
 
     ScrollRange(RowIndex rowCount, RowIndex rowsOnAPage);
 
-    /// The last row that can be the top one: the page below it is full.
+    /// The last possible top row: the page below it is full.
     RowIndex lastTop() const { return lastTop_; }
 
     /// The bar's range is 0 to barMaximum(), both included; its largest position is

@@ -24,8 +24,8 @@ public:
         return row != kNoRow && row >= firstRow() && row <= lastRow();
     }
 
-    /// Whether rows are selected as a whole: a range of them, or one by its record selector. If
-    /// not, what is meant is the current cell.
+    /// Whether whole rows are selected: a range, or one by its record selector. If not, the
+    /// selection is the current cell.
     bool wholeRows() const { return wholeRows_; }
 
     /// Makes a cell current and its row the only selected one.

@@ -1,4 +1,4 @@
-// Points, rectangles and cells, so that the grid's arithmetic needs no window system.
+// Points, rectangles and cells, so that the grid's arithmetic does not depend on the window system.
 //
 //   Rect cell = geometry.cellRect({row, column});
 //   if (cell.contains(mouse)) select(row);
@@ -10,7 +10,8 @@
 
 namespace grid {
 
-/// Rows are counted in 64 bits everywhere: a data source may hold more than a scroll bar can.
+/// Row numbers have 64 bits everywhere: a data source may have more rows than a scroll bar
+/// positions.
 using RowIndex = std::int64_t;
 
 /// No row, no column.

@@ -2,8 +2,8 @@
 //
 //   RowIndex pixels = wheel.turn(delta, linesPerNotch * rowHeight);
 //
-// One thread. Fine wheels and touch pads send less than a notch at a time: what does not make a
-// whole pixel is kept for the next message.
+// One thread at a time. High-resolution wheels and touch pads send less than a notch at a time: the
+// fraction of a pixel is carried over to the next message.
 #pragma once
 
 #include <cstdint>
@@ -12,11 +12,11 @@ namespace grid {
 
 class Wheel {
 public:
-    /// What a wheel message reports for one notch.
+    /// The delta of a wheel message for one notch.
     static constexpr int kNotch = 120;
 
     /// Adds a movement and returns the pixels to scroll, with the sign of the movement.
-    /// A turn in the other direction drops what was kept.
+    /// Reversing the direction discards the fraction.
     std::int64_t turn(int delta, std::int64_t pixelsPerNotch);
 
     void reset() { kept_ = 0; }
