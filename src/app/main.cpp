@@ -1,10 +1,10 @@
 // The program's entry.
 #include "src/app/program_start_up.h"
+#include "src/app/toolkit_failures.h"
+#include "src/crash/crash_report.h"
 #include "src/log/class_log.h"
-#include "src/log/crash_report.h"
 #include "src/log/procedure.h"
-#include "src/log/toolkit_failures.h"
-#include "src/log/windows_log_system.h"
+#include "src/platform/windows_log_system.h"
 #include "src/platform/windows_registry.h"
 #include "toolkit/forms/application.h"
 #include "toolkit/forms/window.h"

@@ -7,7 +7,7 @@
 #include "src/macros/mdl_traces.h"
 #include "src/platform/mdl_priority.h"
 #include "src/platform/system_formatter.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 #include "src/ui/main/main_display.h"
 #include "toolkit/forms/application.h"
 #include "toolkit/forms/dialogs.h"

@@ -1,7 +1,7 @@
 #include "src/db/class_diags.h"
 
 #include "src/i18n/mod_localize.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 using modLocalize::myLoadResString;
 

@@ -4,7 +4,7 @@
 #include "src/i18n/mod_localize.h"
 #include "src/log/class_log.h"
 #include "src/log/procedure.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <array>
 

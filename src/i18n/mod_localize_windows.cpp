@@ -4,7 +4,7 @@
 #include "src/log/procedure.h"
 #include "src/platform/program.h"
 #include "src/platform/system_error.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 #include "toolkit/forms/dialogs.h"
 #include "toolkit/forms/form.h"
 

@@ -1,7 +1,7 @@
 #include "src/log/class_log.h"
 
 #include "src/log/procedure.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,7 +1,7 @@
 #include "src/log/log_format.h"
 
 #include "src/log/procedure.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <array>
 #include <chrono>

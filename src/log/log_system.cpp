@@ -1,7 +1,7 @@
 #include "src/log/log_system.h"
 
 #include "src/log/log_format.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <cstdio>
 

@@ -2,7 +2,7 @@
 
 #include "engine/ado/error.h"
 #include "src/log/class_log.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <new>
 #include <system_error>

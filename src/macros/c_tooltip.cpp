@@ -1,6 +1,6 @@
 #include "src/macros/c_tooltip.h"
 
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <cstddef>
 #include <vector>

@@ -4,7 +4,7 @@
 #include "src/log/procedure.h"
 #include "src/macros/macro_level.h"
 #include "src/macros/mdl_traces.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 using modLocalize::myLoadResString;
 using namespace forms::literals;

@@ -1,11 +1,11 @@
 // How the ticked macro traces tick the main window's unique traces.
 #include "src/db/mod_database.h"
+#include "src/db/trace_filter.h"
 #include "src/log/procedure.h"
 #include "src/macros/frm_macro_traces.h"
 #include "src/macros/macro_level.h"
 #include "src/macros/mdl_traces.h"
-#include "src/platform/text.h"
-#include "src/ui/main/trace_filter.h"
+#include "src/text/text.h"
 
 using forms::TreeNode;
 

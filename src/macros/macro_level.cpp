@@ -1,7 +1,7 @@
 #include "src/macros/macro_level.h"
 
 #include "src/log/procedure.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <charconv>
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "src/macros/mdl_traces.h"
 
 #include "src/log/procedure.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <map>
 #include <optional>

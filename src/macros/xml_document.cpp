@@ -2,7 +2,7 @@
 
 #include "src/log/procedure.h"
 #include "src/macros/harmless_xml.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <memory>
 

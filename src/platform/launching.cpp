@@ -1,7 +1,7 @@
 // Opening files and addresses with the programs that the user has for them.
 #include "src/log/procedure.h"
-#include "src/platform/text.h"
 #include "src/platform/utilities.h"
+#include "src/text/text.h"
 
 #include <windows.h>
 #include <shellapi.h>

@@ -3,7 +3,7 @@
 #include "src/log/class_log.h"
 #include "src/log/procedure.h"
 #include "src/platform/system_error.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <windows.h>
 

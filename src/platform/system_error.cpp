@@ -1,7 +1,7 @@
 #include "src/platform/system_error.h"
 
 #include "src/log/procedure.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <windows.h>
 

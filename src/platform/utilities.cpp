@@ -2,7 +2,7 @@
 
 #include "src/log/procedure.h"
 #include "src/platform/registry_api.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <array>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #include "src/platform/windows_registry.h"
 
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <windows.h>
 

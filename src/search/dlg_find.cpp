@@ -4,9 +4,9 @@
 #include "src/db/class_diags.h"
 #include "src/db/mod_database.h"
 #include "src/i18n/mod_localize.h"
-#include "src/platform/text.h"
 #include "src/search/hourglass.h"
 #include "src/search/trace_search.h"
+#include "src/text/text.h"
 #include "toolkit/forms/application.h"
 
 using namespace forms::literals;

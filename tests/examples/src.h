@@ -31,12 +31,12 @@ struct src_db_class_adors_h : src {
     ado::Connection& connection;
 };
 
-struct src_db_frm_status_h : forms::Form {
+struct src_ui_status_frm_status_h : forms::Form {
     frmStatus& status;
     void sort();
 };
 
-struct src_i18n_frm_about_h : src {
+struct src_ui_about_frm_about_h : src {
     void layOut();
 };
 

@@ -1,9 +1,9 @@
 // Ends in one of the ways in which a program can crash, with the viewer's own reports installed.
 //
 //   crash_child stack|exception|thread|access
+#include "src/crash/crash_report.h"
 #include "src/log/class_log.h"
-#include "src/log/crash_report.h"
-#include "src/log/windows_log_system.h"
+#include "src/platform/windows_log_system.h"
 
 #include <windows.h>
 

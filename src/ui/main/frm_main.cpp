@@ -3,11 +3,11 @@
 #include "resources/resource_ids.h"
 #include "src/db/class_diags.h"
 #include "src/db/mod_database.h"
-#include "src/i18n/frm_about.h"
 #include "src/i18n/mod_localize.h"
 #include "src/log/procedure.h"
 #include "src/platform/mdl_html_help.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
+#include "src/ui/about/frm_about.h"
 #include "toolkit/forms/application.h"
 #include "toolkit/forms/dialogs.h"
 

@@ -9,11 +9,11 @@
 #pragma once
 
 #include "engine/ado/recordset.h"
-#include "src/db/frm_status.h"
 #include "src/i18n/localized_form.h"
 #include "src/search/dlg_find.h"
 #include "src/ui/main/grid_arrangement.h"
 #include "src/ui/main/trace_source.h"
+#include "src/ui/status/frm_status.h"
 #include "toolkit/forms/buttons.h"
 #include "toolkit/forms/menu.h"
 #include "toolkit/forms/status_bar.h"

@@ -1,12 +1,12 @@
 // The main window's second tab: the tree of unique traces and the buttons around it.
 #include "src/db/class_diags.h"
 #include "src/db/mod_database.h"
+#include "src/db/trace_filter.h"
 #include "src/log/class_log.h"
 #include "src/log/procedure.h"
 #include "src/macros/frm_macro_traces.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 #include "src/ui/main/frm_main.h"
-#include "src/ui/main/trace_filter.h"
 
 using forms::TreeNode;
 

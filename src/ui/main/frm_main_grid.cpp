@@ -2,7 +2,7 @@
 #include "src/db/class_diags.h"
 #include "src/i18n/mod_localize.h"
 #include "src/log/procedure.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 #include "src/ui/main/frm_main.h"
 #include "toolkit/forms/application.h"
 

@@ -1,6 +1,6 @@
 #include "src/ui/main/main_display.h"
 
-#include "src/platform/text.h"
+#include "src/text/text.h"
 #include "toolkit/forms/application.h"
 
 void MainDisplay::displayStatus(const std::u16string& text, bool showProgress) {

@@ -1,6 +1,6 @@
 #include "src/ui/main/trace_source.h"
 
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,7 +1,7 @@
 // Opening databases as the program does, with a hand pump in place of the window's messages.
 #include "src/db/mod_database.h"
 #include "src/log/procedure.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 #include "tests/src/db/recording_display.h"
 #include "tests/support/expected.h"
 #include "tests/support/trace_database.h"

@@ -1,7 +1,7 @@
 #include "src/app/mod_main.h"
-#include "src/platform/text.h"
+#include "src/db/trace_filter.h"
 #include "src/search/ansi_file.h"
-#include "src/ui/main/trace_filter.h"
+#include "src/text/text.h"
 #include "tests/src/ui/language_libraries.h"
 #include "tests/src/ui/main_window.h"
 

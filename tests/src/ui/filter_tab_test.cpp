@@ -1,5 +1,5 @@
-#include "src/platform/text.h"
-#include "src/ui/main/trace_filter.h"
+#include "src/db/trace_filter.h"
+#include "src/text/text.h"
 #include "tests/src/log/fake_log_system.h"
 #include "tests/src/ui/main_window.h"
 

@@ -1,5 +1,5 @@
-#include "src/platform/text.h"
 #include "src/search/trace_search.h"
+#include "src/text/text.h"
 #include "tests/src/ui/main_window.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "src/platform/text.h"
+#include "src/text/text.h"
 #include "tests/src/log/fake_log_system.h"
 #include "tests/src/ui/main_window.h"
 

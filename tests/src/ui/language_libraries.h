@@ -8,7 +8,7 @@
 
 #include "src/i18n/mod_localize.h"
 #include "src/platform/program.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 #include "tests/support/expected.h"
 
 #include <filesystem>

@@ -1,8 +1,8 @@
 // Languages as users meet them: real libraries, the about box, and all forms that are open when
 // another language is chosen.
-#include "src/i18n/frm_about.h"
+#include "src/db/trace_filter.h"
 #include "src/i18n/language_codes.h"
-#include "src/ui/main/trace_filter.h"
+#include "src/ui/about/frm_about.h"
 #include "tests/src/ui/language_libraries.h"
 #include "tests/src/ui/macro_traces_test.h"
 #include "tests/support/language_table.h"

@@ -1,8 +1,8 @@
 // That no caption is cut off in any language: each is measured in its control's own font and
 // compared with the room that the control has for it, on displays of two densities.
 #include "engine/jet/text.h"
-#include "src/i18n/frm_about.h"
 #include "src/i18n/language_codes.h"
+#include "src/ui/about/frm_about.h"
 #include "tests/src/ui/language_libraries.h"
 #include "tests/src/ui/macro_traces_test.h"
 #include "tests/support/language_table.h"

@@ -1,5 +1,5 @@
 // The dialog of macro traces, with its tree, its tips and what it ticks in the main window.
-#include "src/ui/main/trace_filter.h"
+#include "src/db/trace_filter.h"
 #include "tests/src/ui/macro_traces_test.h"
 
 #include <algorithm>

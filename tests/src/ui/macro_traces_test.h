@@ -3,7 +3,7 @@
 
 #include "src/macros/frm_macro_traces.h"
 #include "src/macros/mdl_traces.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 #include "tests/src/ui/main_window.h"
 
 #include <optional>

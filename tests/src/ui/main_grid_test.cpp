@@ -1,6 +1,6 @@
 // The main window's grid met by the messages of keys and mouse: sorting, sizing, grouping, dropped
 // files, and the window's geometry at all densities.
-#include "src/platform/text.h"
+#include "src/text/text.h"
 #include "tests/src/ui/main_window.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "tests/src/ui/main_window.h"
 
-#include "src/log/toolkit_failures.h"
+#include "src/app/toolkit_failures.h"
 #include "src/macros/mdl_traces.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <chrono>
 

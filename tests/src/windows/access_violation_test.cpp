@@ -1,5 +1,5 @@
 // An access violation in a step is a failure like any other.
-#include "src/log/access_violation.h"
+#include "src/crash/access_violation.h"
 
 #include "src/log/procedure.h"
 #include "tests/src/log/fake_log_system.h"

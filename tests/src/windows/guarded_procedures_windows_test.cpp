@@ -1,10 +1,10 @@
 // The guarded procedures that need windows or the system, each failed eleven times, and the
 // unguarded ones once.
-#include "src/i18n/frm_about.h"
 #include "src/platform/mdl_html_help.h"
 #include "src/platform/mdl_priority.h"
 #include "src/platform/utilities.h"
 #include "src/search/trace_search.h"
+#include "src/ui/about/frm_about.h"
 #include "tests/src/log/guarded_procedures.h"
 #include "tests/src/ui/macro_traces_test.h"
 

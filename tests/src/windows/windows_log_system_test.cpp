@@ -1,9 +1,9 @@
 // The log on the system's real volume and clock.
-#include "src/log/windows_log_system.h"
+#include "src/platform/windows_log_system.h"
 
 #include "src/log/class_log.h"
 #include "src/log/procedure.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 #include "tests/support/expected.h"
 
 #include <windows.h>

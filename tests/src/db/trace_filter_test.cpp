@@ -1,4 +1,4 @@
-#include "src/ui/main/trace_filter.h"
+#include "src/db/trace_filter.h"
 
 #include <gtest/gtest.h>
 

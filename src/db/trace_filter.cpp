@@ -1,7 +1,7 @@
-#include "src/ui/main/trace_filter.h"
+#include "src/db/trace_filter.h"
 
 #include "engine/ado/value_formatter.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "src/i18n/frm_about.h"
+#include "src/ui/about/frm_about.h"
 
 #include "resources/resource_ids.h"
 #include "src/i18n/language_codes.h"
 #include "src/i18n/mod_localize.h"
 #include "src/log/procedure.h"
 #include "src/platform/program.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <vector>
 

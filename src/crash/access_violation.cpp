@@ -1,4 +1,4 @@
-#include "src/log/access_violation.h"
+#include "src/crash/access_violation.h"
 
 #include "src/log/procedure.h"
 

@@ -1,7 +1,7 @@
-#include "src/log/toolkit_failures.h"
+#include "src/app/toolkit_failures.h"
 
 #include "src/log/procedure.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 #include "toolkit/forms/tree_view.h"
 
 void readToolkitFailures() {

@@ -1,4 +1,4 @@
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 std::u16string toText(std::int64_t number) {
     const std::string digits = std::to_string(number);

@@ -1,7 +1,7 @@
-#include "src/db/frm_status.h"
+#include "src/ui/status/frm_status.h"
 
 #include "src/i18n/mod_localize.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 #include "toolkit/forms/application.h"
 
 using modLocalize::myLoadResString;

@@ -1,11 +1,11 @@
-#include "src/log/windows_log_system.h"
+#include "src/platform/windows_log_system.h"
 
 #include "src/app/command_line.h"
 #include "src/log/log_format.h"
 #include "src/platform/program.h"
 #include "src/platform/system_error.h"
-#include "src/platform/text.h"
 #include "src/platform/utilities.h"
+#include "src/text/text.h"
 
 #include <windows.h>
 #include <oleauto.h>

@@ -1,9 +1,9 @@
-#include "src/log/crash_report.h"
+#include "src/crash/crash_report.h"
 
-#include "src/log/access_violation.h"
+#include "src/crash/access_violation.h"
 #include "src/log/class_log.h"
 #include "src/log/procedure.h"
-#include "src/platform/text.h"
+#include "src/text/text.h"
 
 #include <windows.h>
 #include <dbghelp.h>
