@@ -83,14 +83,4 @@ CommandLine parseCommandLine(std::u16string_view arguments) {
     return parser.finish();
 }
 
-std::u16string_view argumentsOf(std::u16string_view commandLine) {
-    bool inQuotes = false;
-    std::size_t at = 0;
-    for (; at < commandLine.size() && (inQuotes || !isBlank(commandLine[at])); ++at) {
-        if (commandLine[at] == kQuote) inQuotes = !inQuotes;
-    }
-    while (at < commandLine.size() && isBlank(commandLine[at])) ++at;
-    return commandLine.substr(at);
-}
-
 }  // namespace modMain

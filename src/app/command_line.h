@@ -38,7 +38,4 @@ private:
 /// Throws DuplicateArgument.
 CommandLine parseCommandLine(std::u16string_view arguments);
 
-/// Cuts the program's path off the process's whole command line.
-std::u16string_view argumentsOf(std::u16string_view commandLine);
-
 }  // namespace modMain

@@ -2,6 +2,7 @@
 
 #include "src/log/class_log.h"
 #include "src/log/procedure.h"
+#include "src/platform/running_on_server.h"
 
 namespace modMain {
 namespace {

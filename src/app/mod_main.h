@@ -15,9 +15,6 @@
 
 namespace modMain {
 
-/// Whether the message server itself runs on this machine: long work then leaves it time.
-inline bool runningOnServer = false;
-
 /// What start-up is made of: the program's own parts, or a test's.
 class StartUp {
 public:

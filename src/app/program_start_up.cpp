@@ -5,6 +5,7 @@
 #include "src/i18n/mod_localize.h"
 #include "src/log/class_log.h"
 #include "src/macros/mdl_traces.h"
+#include "src/platform/arguments.h"
 #include "src/platform/mdl_priority.h"
 #include "src/platform/system_formatter.h"
 #include "src/text/text.h"
@@ -61,7 +62,7 @@ bool ProgramStartUp::ChangePriority(std::uint32_t priorityClass) {
 std::optional<modMain::CommandLine> ProgramStartUp::parseCommandLine() {
     try {
         const std::u16string commandLine = fromWide(::GetCommandLineW());
-        return modMain::parseCommandLine(modMain::argumentsOf(commandLine));
+        return modMain::parseCommandLine(program::argumentsOf(commandLine));
     } catch (const modMain::DuplicateArgument& error) {
         refuseDuplicate(error);
     } catch (const std::exception&) {

@@ -1,6 +1,5 @@
 #include "src/platform/mdl_html_help.h"
 
-#include "src/i18n/mod_localize.h"
 #include "src/log/class_log.h"
 #include "src/log/procedure.h"
 #include "src/platform/program.h"
@@ -48,11 +47,10 @@ std::u16string helpFileIn(const std::u16string& folder, std::u16string_view lang
                                                                        : fileFor(folder, u"ENU");
 }
 
-std::u16string getHelpFileName() {
+std::u16string getHelpFileName(std::u16string_view language) {
     std::u16string file;
     runProcedure(u"[mdlHTMLHelp]getHelpFileName", kConvention, [&](Procedure& procedure) {
-        procedure.step(
-            [&] { file = helpFileIn(program::folder(), modLocalize::currentLanguageCode()); });
+        procedure.step([&] { file = helpFileIn(program::folder(), language); });
     });
     return file;
 }

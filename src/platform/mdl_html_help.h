@@ -1,6 +1,6 @@
 // mdlHTMLHelp: the compiled help file in the user's language, and showing it.
 //
-//   mdlHTMLHelp::showCHMHelp(hwnd(), mdlHTMLHelp::getHelpFileName());
+//   mdlHTMLHelp::showCHMHelp(hwnd(), mdlHTMLHelp::getHelpFileName(u"DEU"));
 //
 // The user-interface thread. Nothing here throws.
 #pragma once
@@ -17,8 +17,9 @@ namespace mdlHTMLHelp {
 /// The help file of a folder in a language, if there is one; else the name of the English one.
 std::u16string helpFileIn(const std::u16string& folder, std::u16string_view language);
 
-/// The help file beside the program in the language in use; the English one if there is none.
-std::u16string getHelpFileName();
+/// The help file beside the program in a language, given by its code; the English one if there is
+/// none.
+std::u16string getHelpFileName(std::u16string_view language);
 
 /// Opens the file in the system's help window, at its first page or at the page of a context.
 void showCHMHelp(HWND owner, const std::u16string& file,

@@ -1,7 +1,7 @@
 #include "src/platform/windows_log_system.h"
 
-#include "src/app/command_line.h"
 #include "src/log/log_format.h"
+#include "src/platform/arguments.h"
 #include "src/platform/program.h"
 #include "src/platform/system_error.h"
 #include "src/platform/utilities.h"
@@ -209,7 +209,7 @@ LogProgram thisProgram() {
     return {.folder = program::folder(),
             .baseName = fromWide(path.stem().wstring()),
             .hostPath = program::path(),
-            .arguments = std::u16string{modMain::argumentsOf(commandLine)},
+            .arguments = std::u16string{program::argumentsOf(commandLine)},
             .major = version.major,
             .minor = version.minor,
             .revision = version.revision};

@@ -214,7 +214,10 @@ void frmMain::Form_Unload(bool& /*cancel*/) { shutDown(); }
 
 void frmMain::mnuExit_Click() { shutDown(); }
 
-void frmMain::mnuHelp_Click() { mdlHTMLHelp::showCHMHelp(hwnd(), mdlHTMLHelp::getHelpFileName()); }
+void frmMain::mnuHelp_Click() {
+    mdlHTMLHelp::showCHMHelp(hwnd(),
+                             mdlHTMLHelp::getHelpFileName(modLocalize::currentLanguageCode()));
+}
 
 void frmMain::mnuAbout_Click() {
     frmAbout about;

@@ -1,9 +1,9 @@
 // The main window's part in searching and exporting.
-#include "src/app/mod_main.h"
 #include "src/db/class_diags.h"
 #include "src/db/mod_database.h"
 #include "src/i18n/mod_localize.h"
 #include "src/log/procedure.h"
+#include "src/platform/running_on_server.h"
 #include "src/search/ansi_file.h"
 #include "src/search/export.h"
 #include "src/search/hourglass.h"

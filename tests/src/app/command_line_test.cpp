@@ -7,7 +7,6 @@
 
 namespace {
 
-using modMain::argumentsOf;
 using modMain::CommandLine;
 using modMain::DuplicateArgument;
 using modMain::parseCommandLine;
@@ -86,13 +85,6 @@ TEST(CommandLineTest, TheErrorNamesTheSwitchAsTyped) {
 TEST(CommandLineTest, SpellingsCollideOnlyWhenBothWereLowered) {
     EXPECT_THROW(parseCommandLine(u"-DB a -db b"), DuplicateArgument);
     EXPECT_NO_THROW(parseCommandLine(u"-DB -db"));
-}
-
-TEST(CommandLineTest, TheProgramsPathIsCutOff) {
-    EXPECT_EQ(argumentsOf(u"\"C:\\Program Files\\v.exe\" -db a.mdb"), u"-db a.mdb");
-    EXPECT_EQ(argumentsOf(u"v.exe   -db a.mdb"), u"-db a.mdb");
-    EXPECT_EQ(argumentsOf(u"v.exe"), u"");
-    EXPECT_EQ(argumentsOf(u""), u"");
 }
 
 /// The rules once more, as one plain loop over states, to compare with.

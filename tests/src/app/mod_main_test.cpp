@@ -1,6 +1,7 @@
 // The order of start-up, played through with parts that write down when they are asked.
 #include "src/app/mod_main.h"
 
+#include "src/platform/running_on_server.h"
 #include "tests/src/log/fake_log_system.h"
 
 #include <gtest/gtest.h>

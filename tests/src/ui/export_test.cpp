@@ -1,5 +1,5 @@
-#include "src/app/mod_main.h"
 #include "src/db/trace_filter.h"
+#include "src/platform/running_on_server.h"
 #include "src/search/ansi_file.h"
 #include "src/text/text.h"
 #include "tests/src/ui/language_libraries.h"

@@ -78,7 +78,7 @@ TEST_F(GuardedWindowsTest, ChangePriority) {
 
 TEST_F(GuardedWindowsTest, GetHelpFileName) {
     expectGuardedByFault("[mdlHTMLHelp]getHelpFileName", Lines::Numbered,
-                         [] { mdlHTMLHelp::getHelpFileName(); });
+                         [] { mdlHTMLHelp::getHelpFileName(u"ENU"); });
 }
 
 TEST_F(GuardedWindowsTest, ShowCHMHelp) {

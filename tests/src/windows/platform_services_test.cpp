@@ -54,7 +54,7 @@ TEST(HelpFileTest, AFolderOfThatNameIsNoHelp) {
 
 TEST(HelpFileTest, LiesBesideTheProgram) {
     SharedFakeLog log;
-    EXPECT_EQ(mdlHTMLHelp::getHelpFileName(),
+    EXPECT_EQ(mdlHTMLHelp::getHelpFileName(u"ENU"),
               program::folder() + u"\\VorelleDiagnosticViewer_ENU.chm");
     EXPECT_TRUE(log.failures("[mdlHTMLHelp]getHelpFileName").empty());
 }
@@ -63,7 +63,8 @@ TEST(HelpFileTest, IsInTheLanguageInUseIfItIsThere) {
     SharedFakeLog log;
     for (const auto& [language, code] : {std::pair{1031, u"DEU"}, {1041, u"JPN"}, {1036, u"ENU"}}) {
         LanguageFolder::use(static_cast<std::uint16_t>(language));
-        const std::u16string file = mdlHTMLHelp::getHelpFileName();
+        const std::u16string file =
+            mdlHTMLHelp::getHelpFileName(modLocalize::currentLanguageCode());
         EXPECT_EQ(file, program::folder() + u"\\VorelleDiagnosticViewer_" + std::u16string{code} +
                             u".chm");
         EXPECT_TRUE(std::filesystem::exists(toWide(file)));
