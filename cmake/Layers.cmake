@@ -1,9 +1,11 @@
 # One target a folder, and one place that says which folder may use which.
 #
-#   vorelle_layer(NAME [USES other layers...])
+#   vorelle_layer(NAME [USES other layers...] [SOURCES files...]
+#                 [WINDOWS_USES other layers...] [WINDOWS_SOURCES files...])
 #
-# makes a static library of the .cpp files in the current folder (a layer of headers alone has
-# nothing to compile). A layer that uses one it may not see stops the configuration; that no file
+# makes a static library of the .cpp files in the current folder, or of SOURCES alone (a layer of
+# headers has nothing to compile). What is given for Windows belongs to the layer there only; the
+# rest is portable. A layer that uses one it may not see stops the configuration; that no file
 # includes across the layers is checked by tests/layers.
 set(VORELLE_MAY_USE_jet "")
 set(VORELLE_MAY_USE_sql_values "jet")
@@ -16,21 +18,38 @@ set(VORELLE_MAY_USE_ado "sql;jet")
 set(VORELLE_MAY_USE_grid_model "")
 set(VORELLE_MAY_USE_forms "")
 set(VORELLE_MAY_USE_grid "forms;grid_model")
-set(VORELLE_MAY_USE_viewer_core "ado")
-set(VORELLE_MAY_USE_viewer "viewer_core;ado;forms;grid")
+set(VORELLE_MAY_USE_viewer_text "")
+set(VORELLE_MAY_USE_viewer_log "viewer_text;ado")
+set(VORELLE_MAY_USE_viewer_platform "viewer_log;viewer_text;ado")
+set(VORELLE_MAY_USE_viewer_crash "viewer_log;viewer_text")
+set(VORELLE_MAY_USE_viewer_i18n "viewer_platform;viewer_log;viewer_text;forms")
+set(VORELLE_MAY_USE_viewer_db "viewer_i18n;viewer_log;viewer_text;ado")
+set(VORELLE_MAY_USE_viewer_search
+  "viewer_db;viewer_i18n;viewer_platform;viewer_log;viewer_text;ado;forms")
+set(VORELLE_MAY_USE_viewer_macros "viewer_db;viewer_i18n;viewer_log;viewer_text;ado;forms")
+set(VORELLE_MAY_USE_viewer_status "viewer_i18n;viewer_text;forms")
+set(VORELLE_MAY_USE_viewer_about "viewer_i18n;viewer_platform;viewer_log;viewer_text;forms")
+set(VORELLE_MAY_USE_viewer_main
+  "viewer_about;viewer_status;viewer_macros;viewer_search;viewer_db;viewer_i18n;viewer_platform;viewer_log;viewer_text;ado;forms;grid")
+set(VORELLE_MAY_USE_viewer_app "viewer_main;viewer_crash;${VORELLE_MAY_USE_viewer_main}")
 
 function(vorelle_layer name)
-  cmake_parse_arguments(LAYER "" "" "USES;SOURCES" ${ARGN})
+  cmake_parse_arguments(LAYER "" "" "USES;SOURCES;WINDOWS_USES;WINDOWS_SOURCES" ${ARGN})
   if(NOT DEFINED VORELLE_MAY_USE_${name})
     message(FATAL_ERROR "Layer ${name} is not listed in cmake/Layers.cmake")
   endif()
-  foreach(used IN LISTS LAYER_USES)
+  foreach(used IN LISTS LAYER_USES LAYER_WINDOWS_USES)
     if(NOT used IN_LIST VORELLE_MAY_USE_${name})
       message(FATAL_ERROR "Layer ${name} may not use ${used}")
     endif()
   endforeach()
   if(NOT LAYER_SOURCES)
-    file(GLOB LAYER_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    file(GLOB LAYER_SOURCES RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS *.cpp)
+    list(REMOVE_ITEM LAYER_SOURCES "" ${LAYER_WINDOWS_SOURCES})
+  endif()
+  if(WIN32)
+    list(APPEND LAYER_SOURCES ${LAYER_WINDOWS_SOURCES})
+    list(APPEND LAYER_USES ${LAYER_WINDOWS_USES})
   endif()
   if(LAYER_SOURCES)
     add_library(${name} STATIC ${LAYER_SOURCES})

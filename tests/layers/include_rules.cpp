@@ -4,15 +4,7 @@
 #include <cctype>
 
 namespace layers {
-namespace {
 
-struct Rule {
-    std::string_view folder;
-    std::vector<std::string_view> mayInclude;
-    bool portable;  ///< no <windows.h> outside files named *_windows.cpp
-};
-
-/// The first rule whose folder holds a file is the file's; inner folders stand before outer ones.
 const std::vector<Rule>& rules() {
     static const std::vector<Rule> table{
         {"engine/jet/", {"engine/jet/"}, true},
@@ -29,13 +21,44 @@ const std::vector<Rule>& rules() {
          true},
         {"engine/ado/", {"engine/ado/", "engine/sql/", "engine/jet/"}, true},
         {"toolkit/grid/model/", {"toolkit/grid/model/"}, true},
-        {"toolkit/grid/", {"toolkit/grid/", "toolkit/forms/"}, false},
         {"toolkit/forms/", {"toolkit/forms/"}, false},
-        {"src/", {"src/", "engine/ado/", "toolkit/", "resources/"}, false},
+        {"toolkit/grid/", {"toolkit/grid/", "toolkit/forms/"}, false},
+        {"src/text/", {"src/text/"}, true},
+        {"src/log/", {"src/log/", "src/text/", "engine/ado/"}, true},
+        {"src/platform/", {"src/platform/", "src/log/", "src/text/", "engine/ado/"}, false},
+        {"src/crash/", {"src/crash/", "src/log/", "src/text/"}, false},
+        {"src/i18n/",
+         {"src/i18n/", "src/platform/", "src/log/", "src/text/", "toolkit/forms/"},
+         false},
+        {"src/db/", {"src/db/", "src/i18n/", "src/log/", "src/text/", "engine/ado/"}, true},
+        {"src/search/",
+         {"src/search/", "src/db/", "src/i18n/", "src/platform/", "src/log/", "src/text/",
+          "engine/ado/", "toolkit/forms/", "resources/"},
+         false},
+        {"src/macros/",
+         {"src/macros/", "src/db/", "src/i18n/", "src/log/", "src/text/", "engine/ado/",
+          "toolkit/forms/"},
+         false},
+        {"src/ui/status/", {"src/ui/status/", "src/i18n/", "src/text/", "toolkit/forms/"}, false},
+        {"src/ui/about/",
+         {"src/ui/about/", "src/i18n/", "src/platform/", "src/log/", "src/text/", "toolkit/forms/",
+          "resources/"},
+         false},
+        {"src/ui/main/",
+         {"src/ui/main/", "src/ui/about/", "src/ui/status/", "src/macros/", "src/search/",
+          "src/db/", "src/i18n/", "src/platform/", "src/log/", "src/text/", "engine/ado/",
+          "toolkit/grid/", "toolkit/forms/", "resources/"},
+         false},
+        {"src/app/",
+         {"src/app/", "src/ui/main/", "src/macros/", "src/db/", "src/i18n/", "src/crash/",
+          "src/platform/", "src/log/", "src/text/", "engine/ado/", "toolkit/forms/"},
+         false},
         {"tools/", {"tools/", "engine/"}, false},
     };
     return table;
 }
+
+namespace {
 
 const Rule* ruleOf(std::string_view path) {
     const auto found = std::find_if(rules().begin(), rules().end(), [path](const Rule& rule) {

@@ -11,6 +11,16 @@
 
 namespace layers {
 
+struct Rule {
+    std::string_view folder;
+    std::vector<std::string_view> mayInclude;
+    bool portable;  ///< no <windows.h> outside files named *_windows.cpp
+};
+
+/// From the bottom up: a folder may include itself and folders above it in the list, so there is
+/// no circle. The first rule whose folder holds a file is the file's.
+const std::vector<Rule>& rules();
+
 /// One sentence for each #include of the file that its layer does not allow. `path` is relative to
 /// the root of the sources, with slashes.
 std::vector<std::string> crossings(std::string_view path, std::string_view text);

@@ -37,7 +37,9 @@ class Folder : public testing::TestWithParam<const char*> {};
 
 TEST_P(Folder, IncludesOnlyWhatItsLayersMayUse) {
     const fs::path root{VORELLE_SOURCE_DIR};
-    for (const fs::path& file : sourcesUnder(root / GetParam())) {
+    const auto files = sourcesUnder(root / GetParam());
+    ASSERT_FALSE(files.empty()) << "nothing to check in " << root / GetParam();
+    for (const fs::path& file : files) {
         const std::string path = file.lexically_relative(root).generic_string();
         for (const std::string& crossing : crossings(path, contentOf(file))) {
             ADD_FAILURE() << crossing;
@@ -52,6 +54,29 @@ TEST(SourcesUnder, FindsTheFilesThatAreChecked) {
     const auto files = sourcesUnder(fs::path{VORELLE_SOURCE_DIR} / "engine");
     EXPECT_THAT(files,
                 testing::Contains(fs::path{VORELLE_SOURCE_DIR} / "engine/jet/format/types.h"));
+}
+
+bool overlap(std::string_view one, std::string_view other) {
+    return one.starts_with(other) || other.starts_with(one);
+}
+
+TEST(Rules, LeadDownwardsOnly) {
+    for (auto rule = rules().begin(); rule != rules().end(); ++rule) {
+        for (const std::string_view used : rule->mayInclude) {
+            if (used == rule->folder) continue;
+            for (auto other = rule; other != rules().end(); ++other) {
+                EXPECT_FALSE(overlap(other->folder, used))
+                    << rule->folder << " may include " << used << ", which is not below it";
+            }
+        }
+    }
+}
+
+TEST(Rules, EachHasItsFolder) {
+    for (const Rule& rule : rules()) {
+        const fs::path folder = fs::path{VORELLE_SOURCE_DIR} / rule.folder;
+        EXPECT_TRUE(fs::is_directory(folder)) << rule.folder;
+    }
 }
 
 TEST(Crossings, NamesFileLineAndHeader) {
@@ -94,7 +119,17 @@ INSTANTIATE_TEST_SUITE_P(
                     Example{"src/db/a.cpp", "#include \"engine/sql/query.h\""},
                     Example{"src/db/a.cpp", "#include \"engine/jet/types.h\""},
                     Example{"tools/a.cpp", "#include \"toolkit/forms/form.h\""},
-                    Example{"src/a.cpp", "#include \"tests/support/page_file.h\""},
+                    Example{"src/db/a.cpp", "#include \"tests/support/page_file.h\""},
+                    Example{"src/text/a.cpp", "#include \"src/log/class_log.h\""},
+                    Example{"src/log/a.cpp", "#include \"src/platform/program.h\""},
+                    Example{"src/platform/a.cpp", "#include \"src/i18n/mod_localize.h\""},
+                    Example{"src/i18n/a.cpp", "#include \"src/db/mod_database.h\""},
+                    Example{"src/db/a.cpp", "#include \"src/search/trace_search.h\""},
+                    Example{"src/db/a.cpp", "#include \"toolkit/forms/form.h\""},
+                    Example{"src/db/a.cpp", "#include <windows.h>"},
+                    Example{"src/macros/a.cpp", "#include \"src/ui/main/frm_main.h\""},
+                    Example{"src/ui/main/a.cpp", "#include \"src/app/mod_main.h\""},
+                    Example{"src/a.cpp", ""},
                     // The layer must show in the name.
                     Example{"engine/jet/a.cpp", "#include \"types.h\""},
                     Example{"engine/jet/a.cpp", "#include \"engine/jet/../sql/query.h\""},
