@@ -69,6 +69,11 @@ struct src_macros_macro_level_h : src {
     void tick();
 };
 
+struct src_platform_running_on_server_h {
+    DWORD kPauseOnServer;
+    DWORD kPause;
+};
+
 struct src_platform_system_error_h : src {
     std::wstring folder;
 };
