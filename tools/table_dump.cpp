@@ -15,7 +15,7 @@ namespace plain {
 
 namespace {
 
-/// Half a megabyte of the file: long enough that handing it over costs nothing.
+/// Half a megabyte of the file: large enough that handing it over takes no noticeable time.
 constexpr std::size_t kBlockPages = 128;
 
 struct Block {

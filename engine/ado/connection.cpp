@@ -123,7 +123,7 @@ bool Connection::runSearch(const std::function<void(const std::atomic<bool>& sto
     return !stopFind_;
 }
 
-/// What is lost is told to the next who uses the connection.
+/// A failure is reported by the next call on the connection.
 void Connection::commitQuietly() {
     batch_.reset();
     PendingChanges::remove(*this);

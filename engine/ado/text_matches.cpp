@@ -203,7 +203,7 @@ void TextMatches::searchGroups(std::size_t first, std::size_t end, const std::at
     Team{*this, first, end, stop}.run(end - first < kWorthThreads ? 1 : threadCount());
 }
 
-/// The words of a group belong to whoever searches it.
+/// The thread that searches a group owns its words.
 void TextMatches::searchGroup(std::size_t group, Searcher& searcher) {
     const auto begin = static_cast<std::uint32_t>(group * kGroupRows);
     const std::uint32_t end = std::min(begin + kGroupRows, count_);

@@ -122,7 +122,7 @@ public:
 
     void lock() override {
         if (writable_) return;
-        // Whoever runs with all rights could write it nevertheless.
+        // A privileged user could write it nevertheless.
         constexpr mode_t kWriteBits = S_IWUSR | S_IWGRP | S_IWOTH;
         if ((statusOf(file_.get()).st_mode & kWriteBits) == 0) {
             throwSystem(Fault::ReadOnly, "The file " + path_.string() + " cannot be written",

@@ -7,8 +7,8 @@
 namespace jet {
 namespace {
 
-/// Codes of texts that have been met, by their stored bytes: a key costs more to make than to look
-/// up. Forgotten when there are too many, or when the sorter starts a new run.
+/// Codes of known texts by their stored bytes: looking a key up is faster than making it. Cleared
+/// when there are too many, or when the sorter starts a new run.
 class KnownTexts {
 public:
     const std::uint32_t* find(Bytes stored, std::size_t run) {

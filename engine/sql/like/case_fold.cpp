@@ -112,8 +112,8 @@ private:
     std::vector<std::uint16_t> parent_;
 };
 
-/// Signs that repeat or lengthen what stands before them, and ideographs, have weights by which
-/// they equal letters that they have nothing to do with.
+/// Marks that repeat or lengthen the preceding character, and ideographs, have weights that make
+/// them equal to unrelated letters.
 bool standsForItself(char16_t unit) {
     const auto within = [unit](char16_t first, char16_t last) {
         return unit >= first && unit <= last;
