@@ -19,7 +19,7 @@ jet::Skipped dumpRows(const sql::Query& query, unsigned threads, std::FILE* out)
 /// Throws std::system_error if not all of `text` could be written.
 void writeAll(std::string_view text, std::FILE* out);
 
-/// Throws std::system_error if what was written could not be handed to the system.
+/// Throws std::system_error if the buffered output could not be written.
 void flush(std::FILE* out);
 
 }  // namespace plain

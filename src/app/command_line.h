@@ -1,4 +1,4 @@
-// The program's arguments, taken apart into switches and their values.
+// Parses the program's arguments into switches and their values.
 //
 //   auto arguments = modMain::parseCommandLine(u"-db \"C:\\My Traces\\a.mdb\"");
 //   arguments[u"db"];  // C:\My Traces\a.mdb
@@ -13,7 +13,7 @@
 
 namespace modMain {
 
-/// Switch names and their values. Names are told apart by case.
+/// Switch names and their values. Names are case-sensitive.
 using CommandLine = std::map<std::u16string, std::u16string>;
 
 /// A switch was given twice (run-time error 457, key already present).
@@ -33,8 +33,8 @@ private:
 ///
 /// A switch begins with "/" (even within quotes) or, outside quotes, with "-"; its name ends at a
 /// blank or tab, and the words that follow, without the blanks between them, are its value. Double
-/// quotes keep blanks and "-" and are dropped. The name is stored in lower case when a blank, a tab
-/// or the end of the text closes it or its value, and as typed when the next switch does.
+/// quotes protect blanks and "-" and are removed. The name is stored in lower case when a blank, a
+/// tab or the end of the text closes it or its value, and as typed when the next switch does.
 /// Throws DuplicateArgument.
 CommandLine parseCommandLine(std::u16string_view arguments);
 

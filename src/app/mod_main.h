@@ -15,12 +15,12 @@
 
 namespace modMain {
 
-/// What start-up is made of: the program's own parts, or a test's.
+/// The parts of start-up: the program's own, or a test's.
 class StartUp {
 public:
     virtual ~StartUp() = default;
 
-    /// Whether another viewer runs already.
+    /// Whether another viewer is running.
     virtual bool hasPreviousInstance() = 0;
     /// Raises the other viewer's window and ends the process; returns if it finds none.
     virtual void activatePreviousInstance() = 0;
@@ -40,7 +40,7 @@ public:
 };
 
 /// Reads the command line, opens the database that it names or the user chooses, and shows the
-/// main window; that happens also when there is no database to show.
+/// main window, even if there is no database to show.
 void Main(StartUp& startUp);
 
 }  // namespace modMain

@@ -1,5 +1,9 @@
 // Start-up of the real program: the system's command line, the main window, the dialogs.
 //
+//   ProgramStartUp startUp;
+//   modMain::Main(startUp);
+//   return forms::run();
+//
 // The user-interface thread.
 #pragma once
 

@@ -1,4 +1,5 @@
-// The filter: how ticked unique traces become a WHERE clause, and how they are called in the tree.
+// The filter: makes the WHERE clause from the ticked unique traces, and their keys and texts in the
+// tree.
 //
 //   const std::u16string expression = constructFilterExpression(modDatabase::uniqueTraces());
 //   modDatabase::openDiagRecordset(whereClause(expression));
@@ -14,13 +15,13 @@
 #include <string_view>
 
 /// One term " ( qrxIndex = 'KEY' ) " for each ticked row, joined by " OR "; "-1" if every row is
-/// ticked; empty if none is. Keys stand as they are, quotes are not doubled.
+/// ticked; empty if none is. Keys are inserted literally, quotes are not doubled.
 std::u16string constructFilterExpression(const UniqueTraces& traces);
 
-/// "WHERE " and the expression; for an empty one a clause that no row satisfies.
+/// "WHERE " and the expression; if that is empty, a clause that no row satisfies.
 std::u16string whereClause(const std::u16string& expression);
 
-/// A value as the tree shows it; Null is empty text.
+/// A value as shown in the tree; Null is empty text.
 std::u16string plainText(const jet::Value& value);
 
 /// Key and text of a component's node.
@@ -30,7 +31,7 @@ std::u16string componentText(const UniqueTrace& trace);
 /// Key of a unique trace's node: "Item:" and its row.
 std::u16string itemKey(std::size_t row);
 
-/// The row that an item's key names; nothing for a component's key.
+/// The row of an item's key; nothing for a component's key.
 std::optional<std::size_t> rowOfKey(std::u16string_view key);
 
 /// "PROCESS Process", "Level: N" and "Source: SOURCE" in columns of a fixed-width font. A text that

@@ -4,9 +4,9 @@
 //   theLog().log(u"Number of Unique Traces Found: 12", classLog::kInfo, kLabel);
 //   theLog().exitProc(kLabel);
 //
-// Lines are gathered in memory while procedures are running and written when the outermost one
-// begins or ends, with every warning and error, and when the program ends. Nothing here throws: a
-// failure is logged itself if possible, and the line is lost.
+// Lines are buffered while procedures are running and written when the outermost one begins or
+// ends, with every warning and error, and when the program ends. Nothing here throws: a failure is
+// itself logged if possible, and the line is lost.
 //
 // The user-interface thread, but for lastWords.
 #pragma once
@@ -30,8 +30,8 @@ class classLog {
 public:
     enum Level : int { kInfo = 0, kWarning = 1, kError = 2, kVerInfo = 3 };
 
-    /// Makes the folder if need be and removes old files. The file itself is opened by the first
-    /// line that is written into it.
+    /// Creates the folder if necessary and removes old files. The file itself is opened when its
+    /// first line is written.
     explicit classLog(LogSystem system);
     ~classLog();
     classLog(const classLog&) = delete;
@@ -44,38 +44,38 @@ public:
     const std::u16string& strLogFile() const { return strLogFile_; }
     void setStrLogFile(std::u16string path) { strLogFile_ = std::move(path); }
 
-    /// Whether the program runs inside its development environment: under the name
-    /// ViewerDevelopment.exe. A failed step is then repeated instead of left behind.
+    /// Whether the program runs under development, as ViewerDevelopment.exe. A failed step is then
+    /// retried instead of skipped.
     bool DebugMode() const;
 
     void log(std::u16string_view message, int level,
              std::u16string_view label = logformat::kNoLabel);
 
-    /// Logs that a procedure begins or ends, and how long it took; lines between are indented.
+    /// Logs the start or end of a procedure, and its duration; lines in between are indented.
     void enterProc(std::u16string_view label);
     void exitProc(std::u16string_view label);
 
-    /// Logs every field of the records from the current one on. Moves behind the last one.
+    /// Logs every field of the records from the current one on, and moves behind the last one.
     void dumpRecordsets(ado::Recordset& recordset, std::u16string_view label = logformat::kNoLabel);
     void dumpDictionary(const std::map<std::u16string, std::u16string>& dictionary,
                         std::u16string_view label = logformat::kNoLabel);
     void dumpCommandObject(const CommandObject& command,
                            std::u16string_view label = logformat::kNoLabel);
 
-    /// Shows the current file to the user; the next line begins a new one.
+    /// Shows the current file to the user; the next line starts a new one.
     void viewCurrentLogFile();
 
-    /// Ends the current file; the next line begins a new one.
+    /// Closes the current file; the next line starts a new one.
     void closeLog();
 
-    /// Removes files of earlier runs: those older than 14 days, 30 where there is room, 10 where
-    /// there is little.
+    /// Removes files of earlier runs: those older than 14 days, 30 with much free space, 10 with
+    /// little.
     void checkSizeOfLogs();
 
-    /// Writes what is gathered. Called before the program ends.
+    /// Writes the buffered lines. Called before the program ends.
     void flush() noexcept;
 
-    /// The last line of a program that crashed. Any thread: the others are taken for dead.
+    /// The last line after a crash. Any thread may call: the others are assumed to be dead.
     void lastWords(std::u16string_view message, std::u16string_view label) noexcept;
 
 private:
@@ -94,7 +94,7 @@ private:
     std::u16string strLogFile_;
     bool debugOutput_ = false;
     std::unique_ptr<LogStream> stream_;  ///< null until the first line of a file
-    std::string buffer_;                 ///< lines of the open file that are not written yet
+    std::string buffer_;                 ///< lines of the open file not yet written
     bool failing_ = false;               ///< a failure to write is being reported
     std::int32_t depth_ = 0;
     std::u16string indent_;

@@ -1,5 +1,5 @@
-// How every procedure of the viewer survives its errors: it runs as a row of steps; a step that
-// fails is logged under the procedure's label, and the next step follows.
+// Error handling of the viewer's procedures: each runs as a sequence of steps; a step that fails is
+// logged under the procedure's label, and the next one follows.
 //
 //   void connectToDB(const std::u16string& path) {
 //       constexpr std::u16string_view kLabel = u"[modDatabase]connectToDB";
@@ -27,8 +27,8 @@ struct Failure {
     std::u16string description;
 };
 
-/// The failure behind an exception: a provider's, the run-time's or the system's own number and
-/// description; a number of 0 for an exception of another kind.
+/// The failure behind an exception: number and description of the provider, the run-time or the
+/// system; number 0 for any other kind of exception.
 Failure toFailure(const std::exception_ptr& error);
 
 /// "Err.Number = N Err.Description = TEXT".
@@ -51,10 +51,10 @@ FailureReporter setFailureReporter(FailureReporter reporter);
 using StepFault = std::function<void(std::u16string_view label)>;
 void setStepFault(StepFault fault);
 
-/// Whether a step is running on the viewer's own thread.
+/// Whether a step is running on the user-interface thread.
 bool isInStep();
 
-/// A failure that the viewer raises itself, with one of the run-time's customary numbers.
+/// A failure raised by the viewer itself, with one of the customary run-time error numbers.
 class RuntimeError : public std::exception {
 public:
     static constexpr std::int32_t kInvalidCall = 5;
@@ -87,9 +87,9 @@ private:
 
 /// How to go on after a failed step.
 enum class Resume {
-    Next,      ///< with the next step; nothing is logged
-    SameStep,  ///< once more with this one; nothing is logged
-    AsUsual,   ///< it is logged; the next step, or the same one under development
+    Next,      ///< with the next step, without logging
+    SameStep,  ///< retry the step, without logging
+    AsUsual,   ///< log it; then the next step, or under development the same one
 };
 
 enum class Limit {
@@ -97,13 +97,13 @@ enum class Limit {
     TenErrors,  ///< the eleventh error in one call ends the procedure
 };
 
-/// What of the common rules a procedure follows.
+/// How a procedure deviates from the defaults.
 struct Convention {
     Limit limit = Limit::None;
     bool numbersLines = false;  ///< reports end with the source line of the step
     bool timed = false;         ///< entry and exit are logged
     bool quiet = false;         ///< failures are not logged, and no step is repeated
-    classLog* log = nullptr;    ///< the log's own procedures name themselves; null: the shared one
+    classLog* log = nullptr;    ///< for the log's own procedures; null: the shared log
 };
 
 class Procedure {
@@ -111,13 +111,13 @@ public:
     Procedure(std::u16string_view label, const Convention& convention)
         : label_{label}, convention_{convention} {}
 
-    /// Runs one step. On failure it is counted, and `decide`, if given, says how to go on. True if
-    /// it succeeded.
+    /// Runs one step; true if it succeeded. A failure is counted, and `decide`, if given, says how
+    /// to continue.
     bool step(const std::function<void()>& action,
               const std::function<Resume(const Failure&)>& decide = {},
               int line = __builtin_LINE());
 
-    /// For a `decide` that logs the failure but goes on in a way of its own.
+    /// For a `decide` that logs the failure but continues in its own way.
     void report(const Failure& failure) const;
 
 private:

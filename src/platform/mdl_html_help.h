@@ -1,4 +1,4 @@
-// mdlHTMLHelp: the compiled help file in the user's language, and showing it.
+// mdlHTMLHelp: finds and shows the compiled help file in the user's language.
 //
 //   mdlHTMLHelp::showCHMHelp(hwnd(), mdlHTMLHelp::getHelpFileName(u"DEU"));
 //
@@ -21,7 +21,7 @@ std::u16string helpFileIn(const std::u16string& folder, std::u16string_view lang
 /// none.
 std::u16string getHelpFileName(std::u16string_view language);
 
-/// Opens the file in the system's help window, at its first page or at the page of a context.
+/// Opens the file in the system's help viewer, at its first page or at the page of a context.
 void showCHMHelp(HWND owner, const std::u16string& file,
                  std::optional<std::uint32_t> contextId = std::nullopt);
 

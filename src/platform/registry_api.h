@@ -1,4 +1,4 @@
-// RegistryAPI: the few reads of the registry that the viewer needs, and where they come from.
+// RegistryAPI: the few registry reads that the viewer needs, behind an interface.
 //
 //   if (!RegistryAPI::registry().keyExists(u"Software\\Pellamar")) return;
 //   const std::u16string version = RegistryAPI::readText(u"Software\\...", u"Version");

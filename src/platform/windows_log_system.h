@@ -1,4 +1,4 @@
-// The log's system on Windows: the clock, the volume, the debugger and the shell as they are.
+// The log's system services on Windows: clock, volume, debugger and shell.
 //
 //   setLogSystem(windowsLogSystem);
 //

@@ -1,8 +1,10 @@
-// The registry of the machine. A program of 32 bits has its keys in a view of their own on a 64-bit
-// Windows, so that view is looked at when the usual one lacks a key.
+// The registry of the machine. On 64-bit Windows a 32-bit program has its keys in a view of their
+// own, which is used if a key is missing in the usual one.
 //
 //   RegistryAPI::WindowsRegistry machine;
 //   RegistryAPI::setRegistry(&machine);
+//
+// The user-interface thread.
 #pragma once
 
 #include "src/platform/registry_api.h"

@@ -1,4 +1,4 @@
-// The about box: which program this is, who made it, and in which language it speaks.
+// The about box: the program's name, version, maker and language.
 //
 //   frmAbout about;
 //   about.layOutMainWindow = [this] { layOut(); };
@@ -41,7 +41,7 @@ public:
     forms::Label lblChangeLanguage{{.link = true}};
     forms::Button cmdOK;
 
-    forms::MenuItem mnuLanguage;  ///< never seen itself
+    forms::MenuItem mnuLanguage;  ///< never shown itself
     /// One item an installed language; its tag is the language's identifier in decimal.
     std::deque<forms::MenuItem> mnuLanguageList;
 

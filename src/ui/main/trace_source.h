@@ -1,4 +1,4 @@
-// The trace recordset as the grid wants to see it.
+// The trace recordset as the grid's data source.
 //
 //   TraceSource source{recordset};
 //   tdbgridData.setDataSource(&source);
@@ -32,5 +32,5 @@ private:
 
     ado::Recordset& recordset_;
     mutable std::vector<grid::Alignment> alignments_;  ///< of the columns asked for while open
-    mutable std::u16string cell_;  ///< kept so that painting a cell takes no new memory
+    mutable std::u16string cell_;  ///< reused, so that painting a cell does not allocate
 };

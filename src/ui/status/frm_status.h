@@ -1,4 +1,4 @@
-// The small window that long operations show while they run.
+// The small window shown during long operations.
 //
 //   status.displayStatus(u"Sorting data please wait...", false, this);
 //   sort();
@@ -19,17 +19,17 @@ public:
     frmStatus();
     ~frmStatus() override { destroy(); }
 
-    /// Shows the window over `owner` with a text, with or without its progress bar, and lets
-    /// pending events run so that it is painted at once.
+    /// Shows the window over `owner` with a text, with or without its progress bar, and processes
+    /// pending events so that it is painted at once.
     void displayStatus(const std::u16string& text, bool showProgress, const forms::Form* owner);
 
-    /// Changes the text and repaints it at once; no events run.
+    /// Changes the text and repaints it at once, without processing events.
     void setStatus(const std::u16string& text);
 
     /// Hides the window; it stays loaded.
     void hideStatus();
 
-    /// The captions in the language in use. A text that an operation has put there stays.
+    /// The captions in the language in use. An operation's text is kept.
     void frmStatus_Auto_Init();
 
     forms::Frame frameStatus;
@@ -42,5 +42,5 @@ private:
     void Form_Unload(bool& cancel) override;
     void Auto_Init() override { frmStatus_Auto_Init(); }
 
-    bool inUse_ = false;  ///< an operation has put a text there
+    bool inUse_ = false;  ///< an operation has set a text
 };
