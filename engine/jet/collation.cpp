@@ -1,6 +1,7 @@
 #include "engine/jet/collation.h"
 
 #include "engine/jet/collation_weights.h"
+#include "engine/jet/format/index_key.h"
 
 #include <algorithm>
 #include <array>
@@ -10,10 +11,7 @@
 namespace jet {
 namespace {
 
-constexpr std::uint8_t kSeparator = 0x01;
-constexpr std::uint8_t kNoAccent = 0x02;
-constexpr std::uint8_t kKanaUsual = 3;
-constexpr std::array<std::uint8_t, 5> kAfterKana{0xFF, 0x02, 0x80, 0xFF, 0x80};
+namespace layout = format::index_key;
 
 std::u16string_view withoutTrailingBlanks(std::u16string_view text) {
     const std::size_t last = text.find_last_not_of(u' ');
@@ -45,10 +43,10 @@ public:
             case WeightKind::Plain:
                 break;
             case WeightKind::Kana2:
-                addKana(2, unit.detail);
+                addKana(layout::kKanaRare, unit.detail);
                 break;
             case WeightKind::Kana3:
-                addKana(3, unit.detail);
+                addKana(layout::kKanaUsual, unit.detail);
                 break;
             case WeightKind::Accented:
                 addAccents({&unit.detail, 1});
@@ -73,14 +71,14 @@ public:
     void appendTo(Key& key) const {
         const auto accentsEnd =
             std::find_if(accents_.rbegin(), accents_.rend(), [](unsigned accent) {
-                return accent > kNoAccent;
+                return accent > layout::kNoAccent;
             }).base();
         key.insert(key.end(), accents_.begin(), accentsEnd);
         if (hidden_.empty() && kana_.empty()) return;
-        key.insert(key.end(), 2, static_cast<typename Key::value_type>(kSeparator));
+        key.insert(key.end(), 2, static_cast<typename Key::value_type>(layout::kSeparator));
         if (!kana_.empty()) appendKana(key);
         if (hidden_.empty()) return;
-        key.push_back(kSeparator);
+        key.push_back(layout::kSeparator);
         key.insert(key.end(), hidden_.begin(), hidden_.end());
     }
 
@@ -88,7 +86,7 @@ private:
     void padAccents() {
         touched_ = true;
         if (accentsUpTo_ >= position_) return;
-        accents_.insert(accents_.end(), position_ - accentsUpTo_, kNoAccent);
+        accents_.insert(accents_.end(), position_ - accentsUpTo_, layout::kNoAccent);
         accentsUpTo_ = position_;
     }
 
@@ -117,23 +115,26 @@ private:
     void addHidden(std::uint8_t code) {
         const std::size_t place =
             touched_ ? accents_.size() + position_ - accentsUpTo_ - beforeFirst_ : position_;
-        const auto stored = static_cast<unsigned>(7 + 4 * place) | 0x8000u;
+        const auto stored = layout::hiddenPlace(place);
         const std::array<std::uint8_t, 4> bytes{static_cast<std::uint8_t>(stored >> 8),
-                                                static_cast<std::uint8_t>(stored), 0x06, code};
+                                                static_cast<std::uint8_t>(stored),
+                                                layout::kHiddenMark, code};
         hidden_.insert(hidden_.end(), bytes.begin(), bytes.end());
     }
 
     template <typename Key>
     void appendKana(Key& key) const {
         std::size_t count = kana_.size();
-        while (count > 0 && kana_[count - 1] == kKanaUsual) --count;
+        while (count > 0 && kana_[count - 1] == layout::kKanaUsual) --count;
         const auto flag = [&](std::size_t i) { return i < count ? unsigned{kana_[i]} : 0u; };
-        for (std::size_t i = 0; i < count; i += 3) {
-            const unsigned packed = 0x80u | flag(i) << 4 | flag(i + 1) << 2 | flag(i + 2);
+        for (std::size_t i = 0; i < count; i += layout::kKanaPerByte) {
+            const unsigned packed = layout::kanaByte(flag(i), flag(i + 1), flag(i + 2));
             key.push_back(static_cast<typename Key::value_type>(packed));
         }
-        key.insert(key.end(), kAfterKana.begin(), kAfterKana.end());
-        if (!hidden_.empty()) key.push_back(static_cast<typename Key::value_type>(0xFF));
+        key.insert(key.end(), layout::kAfterKana.begin(), layout::kAfterKana.end());
+        if (!hidden_.empty()) {
+            key.push_back(static_cast<typename Key::value_type>(layout::kBeforeHidden));
+        }
     }
 
     // Room for the tail of an ordinary text, so that none is asked of the heap.
@@ -207,9 +208,9 @@ void appendAscending(std::u16string_view text, Key& key) {
         tail |= block.fill(weights, text.substr(at, kBlockUnits));
         key.insert(key.end(), block.begin(), block.end());
     }
-    key.push_back(kSeparator);
+    key.push_back(layout::kSeparator);
     if (tail) appendTail(weights, text, key);
-    key.push_back(0);
+    key.push_back(layout::kEnd);
 }
 
 /// The weights of a text one after the other, then zeros.
@@ -259,9 +260,9 @@ std::strong_ordering compareTails(const CharacterWeights& weights, std::u16strin
     std::pmr::vector<std::uint8_t> rightTail{&memory};
     appendTail(weights, left, leftTail);
     appendTail(weights, right, rightTail);
-    // The zero that ends every key takes part.
-    leftTail.push_back(0);
-    rightTail.push_back(0);
+    // The end of a key takes part.
+    leftTail.push_back(layout::kEnd);
+    rightTail.push_back(layout::kEnd);
     return std::lexicographical_compare_three_way(leftTail.begin(), leftTail.end(),
                                                   rightTail.begin(), rightTail.end());
 }
@@ -274,7 +275,7 @@ void appendTextKey(std::u16string_view text, bool ascending, std::vector<std::ui
     if (ascending) return;
     std::transform(key.begin() + start, key.end(), key.begin() + start,
                    [](unsigned byte) { return static_cast<std::uint8_t>(~byte); });
-    key.push_back(0);
+    key.push_back(layout::kEnd);
 }
 
 std::string textKey(std::u16string_view text) {

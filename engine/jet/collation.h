@@ -17,13 +17,10 @@
 
 namespace jet {
 
-/// How many characters take part in an index key.
-inline constexpr std::size_t kIndexedCharacters = 255;
-
 /// Appends the key of `text`, without the flag byte that marks null in an index: weights, then
 /// what tells accents and ignored characters apart, ended by a zero byte. Bytes of a descending
-/// key compare the other way round. No characters are cut off: pass the first kIndexedCharacters
-/// for an index.
+/// key compare the other way round. No characters are cut off: pass the
+/// first format::index_key::kMaxCharacters for an index.
 void appendTextKey(std::u16string_view text, bool ascending, std::vector<std::uint8_t>& key);
 
 /// The ascending key as a string of bytes: for hash sets, maps and memcmp.

@@ -1,22 +1,18 @@
-// Data pages: rows packed at the end of the page behind a table of slots.
+// The rows of a data page, by slot. The layout is in format/data_page.h.
 //
-//   offset  size  meaning
-//   0       1     1
-//   2       2     free bytes
-//   4       4     owner: page of the table's definition, "LVAL" on long-value pages, 0 on map pages
-//   12      2     number of slots
-//   14      2 x n slot words: bits 0-12 offset of the row's first byte, 0x4000 pointer to a record
-//                 that moved, 0x8000 a record that moved here, both: deleted
+//   const jet::DataPage rows{pages.page(number), number};
+//   if (const auto slot = rows.slot(3); slot && !slot->deleted) use(slot->bytes);
+//
+// A view that is valid as long as the bytes of the page; any thread may read it.
 #pragma once
 
 #include "engine/jet/bytes.h"
+#include "engine/jet/format/data_page.h"
 #include "engine/jet/page_cache.h"
 
 #include <optional>
 
 namespace jet {
-
-inline constexpr std::uint32_t kLongValueOwner = 0x4C41564C;  ///< "LVAL"
 
 class DataPage {
 public:
@@ -25,12 +21,12 @@ public:
     DataPage(Bytes page, PageNumber number);
 
     PageNumber number() const { return number_; }
-    std::uint32_t owner() const { return load<std::uint32_t>(page_, 4); }
+    std::uint32_t owner() const { return load(page_, format::data_page::kOwner); }
     unsigned slotCount() const { return slotCount_; }
 
     struct Slot {
         Bytes bytes;
-        bool pointer = false;  ///< the first 4 bytes name the place of the record
+        bool pointer = false;  ///< the first 4 bytes are the row id of the record
         bool moved = false;    ///< reached through a pointer only
         bool deleted = false;
     };
@@ -38,24 +34,20 @@ public:
     /// Nothing if the slot does not exist or its offsets contradict each other.
     std::optional<Slot> slot(unsigned index) const;
 
-    /// The bytes of a row that stands in its slot with no mark on it, as nearly all do; none for
-    /// every other slot: slot() tells those apart.
+    /// The bytes of a row whose slot has no flag, as nearly all have none; empty for every other
+    /// slot: slot() tells those apart.
     Bytes plainRow(unsigned index) const {
         if (index >= slotCount_) return {};
-        const std::size_t begin = load<std::uint16_t>(page_, kSlotTable + 2 * index);
+        const std::size_t begin = load(page_, format::data_page::slot(index));
         const std::size_t end = endOf(index);
         const std::size_t endAbove = index == 0 ? kPageSize : endOf(index - 1);
-        const bool plain = begin <= kOffsetMask && begin >= kSlotTable + 2 * slotCount_ &&
+        const bool plain = begin <= format::data_page::kOffsetMask && begin >= slotsEnd() &&
                            begin <= end && end <= kPageSize && end <= endAbove;
         return plain ? Bytes{page_.data() + begin, end - begin} : Bytes{};
     }
 
 private:
-    static constexpr std::size_t kSlotTable = 14;
-    static constexpr std::uint16_t kOffsetMask = 0x1FFF;
-    static constexpr std::uint16_t kPointerFlag = 0x4000;
-    static constexpr std::uint16_t kMovedFlag = 0x8000;
-
+    std::size_t slotsEnd() const { return format::data_page::slotsEnd(slotCount_); }
     std::size_t endOf(unsigned index) const;
 
     Bytes page_;
@@ -71,25 +63,24 @@ Bytes followPointer(PageReader& pages, Bytes pointer, std::uint32_t owner);
 /// Rows lie packed from the page's end downwards: each ends where the one before it begins.
 inline std::size_t DataPage::endOf(unsigned index) const {
     if (index == 0) return kPageSize;
-    return load<std::uint16_t>(page_, kSlotTable + 2 * (index - 1)) & kOffsetMask;
+    return load(page_, format::data_page::slot(index - 1)) & format::data_page::kOffsetMask;
 }
 
 inline std::optional<DataPage::Slot> DataPage::slot(unsigned index) const {
     if (index >= slotCount_) return std::nullopt;
-    const auto word = load<std::uint16_t>(page_, kSlotTable + 2 * index);
-    const std::size_t begin = word & kOffsetMask;
+    const auto word = load(page_, format::data_page::slot(index));
+    const std::size_t begin = word & format::data_page::kOffsetMask;
     const std::size_t end = endOf(index);
 
     Slot slot;
-    slot.pointer = (word & kPointerFlag) != 0;
-    slot.moved = (word & kMovedFlag) != 0;
+    slot.pointer = (word & format::data_page::kPointer) != 0;
+    slot.moved = (word & format::data_page::kMoved) != 0;
     slot.deleted = slot.pointer && slot.moved;
     if (slot.deleted) return slot;
-    const std::size_t firstByte = kSlotTable + 2 * slotCount_;
-    if (begin < firstByte || begin > end || end > kPageSize) return std::nullopt;
-    /// A wrong offset spoils two rows: its own and the one below, which ends there.
+    if (begin < slotsEnd() || begin > end || end > kPageSize) return std::nullopt;
+    // A wrong offset spoils two rows: its own and the one below, which ends there.
     const std::size_t endAbove = index == 0 ? kPageSize : endOf(index - 1);
-    if (end > endAbove && endAbove >= firstByte) return std::nullopt;
+    if (end > endAbove && endAbove >= slotsEnd()) return std::nullopt;
     slot.bytes = page_.subspan(begin, end - begin);
     return slot;
 }

@@ -12,9 +12,6 @@
 namespace jet {
 namespace {
 
-constexpr PageNumber kCatalogPage{2};
-constexpr std::uint32_t kObjectPageMask = 0x00FFFFFF;
-
 template <typename T>
 T valueOr(const Value& value, T otherwise) {
     const T* const held = std::get_if<T>(&value);
@@ -120,7 +117,7 @@ void Database::forgetCatalog() {
 std::vector<CatalogEntry> Database::readCatalog() {
     PageReader reader{pager_, cache_};
     const Table objects{shared_from_this(),
-                        TableDefinition::read(reader, kCatalogPage, u"MSysObjects")};
+                        TableDefinition::read(reader, format::catalog::kObjects, u"MSysObjects")};
     const TableDefinition& definition = objects.definition();
     const Column& id = requireColumn(definition, u"Id");
     const Column& parent = requireColumn(definition, u"ParentId");
@@ -161,9 +158,8 @@ std::shared_ptr<const Table> Database::table(std::u16string_view name) {
         if (!entry.isTable() || compareText(entry.name, name) != std::strong_ordering::equal)
             continue;
         PageReader reader{pager_, cache_};
-        const PageNumber page{entry.id & kObjectPageMask};
-        return std::make_shared<Table>(shared_from_this(),
-                                       TableDefinition::read(reader, page, entry.name));
+        return std::make_shared<Table>(
+            shared_from_this(), TableDefinition::read(reader, entry.definition(), entry.name));
     }
     throw Error{Fault::NoSuchTable, "There is no table named '" + toUtf8(name) + "'."};
 }

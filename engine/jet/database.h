@@ -8,6 +8,7 @@
 // time changes it.
 #pragma once
 
+#include "engine/jet/format/catalog.h"
 #include "engine/jet/page_cache.h"
 #include "engine/jet/pager.h"
 #include "engine/jet/storage.h"
@@ -22,14 +23,17 @@ namespace jet {
 
 /// One object of the catalog.
 struct CatalogEntry {
-    std::uint32_t id = 0;  ///< of a table: the first page of its definition
+    std::uint32_t id = 0;
     std::uint32_t parentId = 0;
     std::u16string name;
     std::int16_t type = 0;  ///< 1 table, 5 query, ... as stored
     std::uint32_t flags = 0;
 
-    bool isTable() const { return type == 1; }
-    bool isUserTable() const { return isTable() && (flags & 0x80000002u) == 0; }
+    bool isTable() const { return type == format::catalog::kTable; }
+    bool isUserTable() const { return isTable() && (flags & format::catalog::kSystemFlags) == 0; }
+
+    /// Of a table: the first page of its definition.
+    PageNumber definition() const { return PageNumber{id & format::catalog::kPageMask}; }
 };
 
 struct WriteContext;

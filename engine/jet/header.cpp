@@ -1,6 +1,10 @@
 #include "engine/jet/header.h"
 
 #include "engine/jet/bytes.h"
+#include "engine/jet/format/catalog.h"
+#include "engine/jet/format/header_page.h"
+#include "engine/jet/format/page.h"
+#include "engine/jet/format/table_definition.h"
 #include "engine/jet/usage_map.h"
 
 #include <algorithm>
@@ -15,27 +19,14 @@ namespace {
 
 using HeaderPage = std::array<std::uint8_t, kPageSize>;
 
-constexpr RowId kFreePages{PageNumber{1}, 0};
-
-constexpr std::size_t kMasked = 0x18;
-constexpr std::size_t kMaskedSize = 128;
-constexpr std::size_t kDatabaseKey = 0x3E;
-constexpr std::size_t kPassword = 0x42;
-constexpr std::size_t kPasswordSize = 40;
-constexpr std::size_t kCreationDate = 0x72;
-
-/// The header, the map of free pages and the catalog: no database has fewer.
-constexpr std::uint32_t kMinPages = 3;
-
-/// The mask is the RC4 key stream of this fixed key.
-constexpr std::array<std::uint8_t, 4> kMaskKey{0xC7, 0xDA, 0x39, 0x6B};
+namespace layout = format::header_page;
 
 void unmask(std::span<std::uint8_t> bytes) {
     std::array<std::uint8_t, 256> state{};
     std::iota(state.begin(), state.end(), std::uint8_t{0});
     std::uint8_t j = 0;
     for (std::size_t i = 0; i < state.size(); ++i) {
-        j = static_cast<std::uint8_t>(j + state[i] + kMaskKey[i % kMaskKey.size()]);
+        j = static_cast<std::uint8_t>(j + state[i] + layout::kMaskKey[i % layout::kMaskKey.size()]);
         std::swap(state[i], state[j]);
     }
     std::uint8_t i = 0;
@@ -50,31 +41,32 @@ void unmask(std::span<std::uint8_t> bytes) {
 
 void checkSignature(Bytes start) {
     const auto begins = [&](std::string_view text) {
-        return start.size() >= 0x18 && std::memcmp(start.data() + 4, text.data(), text.size()) == 0;
+        return start.size() >= layout::kMasked &&
+               std::memcmp(start.data() + layout::kSignature, text.data(), text.size()) == 0;
     };
-    if (begins("Standard ACE DB")) {
+    if (begins(layout::kAceSignature)) {
         throw Error{Fault::NewerFormat,
                     "The file is an ACE database (Access 2007 or later), not a Jet 4.0 one."};
     }
-    if (!begins("Standard Jet DB")) {
+    if (!begins(layout::kJetSignature)) {
         throw Error{Fault::NotADatabase, "The file is not a Jet database."};
     }
-    const auto version = load<std::uint32_t>(start, 0x14);
-    if (version == 0) {
+    const std::uint32_t version = load(start, layout::kVersion);
+    if (version == layout::kJet3) {
         throw Error{Fault::OlderFormat,
                     "The file is a Jet 3 database (Access 97), not a Jet 4.0 one."};
     }
-    if (version != 1) {
+    if (version != layout::kJet4) {
         throw Error{Fault::NewerFormat, "The file is a database of a later format than Jet 4.0."};
     }
 }
 
 bool hasPassword(Bytes header) {
-    const auto created = load<double>(header, kCreationDate);
+    const double created = load(header, layout::kCreationDate);
     const bool sane = std::isfinite(created) && std::abs(created) < 2e9;
     const std::int32_t mask = sane ? static_cast<std::int32_t>(created) : 0;
-    for (std::size_t i = 0; i < kPasswordSize; i += sizeof mask) {
-        if (load<std::int32_t>(header, kPassword + i) != mask) return true;
+    for (std::size_t i = 0; i < layout::kPasswordWords; ++i) {
+        if (load(header, layout::passwordWord(i)) != mask) return true;
     }
     return false;
 }
@@ -91,9 +83,10 @@ std::uint64_t lastClearBit(Bytes bitmap, std::uint64_t firstPage, std::uint64_t 
 /// The last used page from `from` on that a map of the reference kind knows of; 0 if there is none
 /// or the map makes no sense. A bitmap page is in use itself.
 std::uint64_t lastUsedByReference(PageReader& pages, Bytes row, std::uint64_t from) {
+    namespace map = format::usage_map;
     std::uint64_t last = 0;
-    for (std::size_t i = 0; 1 + 4 * (i + 1) <= row.size(); ++i) {
-        const PageNumber bitmap{load<std::uint32_t>(row, 1 + 4 * i)};
+    for (std::size_t i = 0; i < map::referenceCount(row.size()); ++i) {
+        const PageNumber bitmap = load(row, map::reference(i));
         if (bitmap == kNoPage) {
             if (i == 0) return 0;  // not even the header page would be in use
             continue;
@@ -103,24 +96,26 @@ std::uint64_t lastUsedByReference(PageReader& pages, Bytes row, std::uint64_t fr
             continue;
         }
         const Bytes page = pages.page(bitmap);
-        if (page[0] != kBitmapPageType) return 0;
-        last = std::max(last, lastClearBit(page.subspan(kBitmapOffset),
-                                           std::uint64_t{i} * kPagesPerBitmap, from));
+        if (load(page, format::page::kType) != format::PageType::Bitmap) return 0;
+        last = std::max(last, lastClearBit(page.subspan(map::kBitmapBits),
+                                           std::uint64_t{i} * map::kPagesPerBitmap, from));
     }
     return last;
 }
 
 /// The last page that the map of free pages counts as used, if it lies behind the end; else 0.
 std::uint64_t lastPageMissing(PageReader& pages) {
+    namespace map = format::usage_map;
     const std::uint32_t pageCount = pages.storage().pageCount();
-    const std::vector<std::uint8_t> row = readUsageMapRow(pages, kFreePages);
+    const std::vector<std::uint8_t> row = readUsageMapRow(pages, map::kFreePages);
+    const map::Kind kind = load(row, map::kKind);
     std::uint64_t last = 0;
-    if (row[0] == 0) {
-        last = lastClearBit(Bytes{row}.subspan(5), load<std::uint32_t>(row, 1), pageCount);
-    } else if (row[0] == 1) {
+    if (kind == map::Kind::Inline) {
+        last = lastClearBit(Bytes{row}.subspan(map::kBits), load(row, map::kFirstPage), pageCount);
+    } else if (kind == map::Kind::Reference) {
         last = lastUsedByReference(pages, row, pageCount);
     }
-    return last < kMaxFilePages ? last : 0;
+    return last < format::page::kMaxCount ? last : 0;
 }
 
 }  // namespace
@@ -146,11 +141,11 @@ void checkHeader(const Storage& storage) {
     if (got < page.size() || storage.size() % kPageSize != 0) {
         throw Error{Fault::Truncated, "The file is truncated: it ends in the middle of a page."};
     }
-    if (storage.pageCount() < kMinPages) {
+    if (storage.pageCount() < format::page::kMinCount) {
         throw Error{Fault::Truncated, "The file is truncated: it ends before its catalog."};
     }
-    unmask(std::span{page}.subspan(kMasked, kMaskedSize));
-    if (load<std::uint32_t>(page, kDatabaseKey) != 0) {
+    unmask(std::span{page}.subspan(layout::kMasked, layout::kMaskedSize));
+    if (load(page, layout::kDatabaseKey) != 0) {
         throw Error{Fault::Encrypted, "The database is encrypted."};
     }
     if (hasPassword(page)) {
@@ -159,34 +154,33 @@ void checkHeader(const Storage& storage) {
 }
 
 void writeHeader(Page& page) {
-    constexpr std::string_view kSignature = "Standard Jet DB";
-    constexpr std::string_view kVersionText = "4.0";
     constexpr std::uint64_t kCreated = 0x40E4AB3E3BD3853E;  // 2015-11-21
-    constexpr std::uint32_t kBuild = 9756;
+    constexpr std::uint16_t kBuild = 9756;
     constexpr std::uint16_t kAnsiCodePage = 1252;
-    constexpr std::uint16_t kGeneral = 0x0409;
-    constexpr std::size_t kCommitBytes = 0xE00;
+    constexpr auto kCreationDate = std::bit_cast<double>(kCreated);
     page.fill(0);
-    const auto put = [&](std::size_t offset, auto value) {
-        std::memcpy(page.data() + offset, &value, sizeof value);
-    };
-    page[1] = 1;
-    std::ranges::copy(kSignature, page.begin() + 4);
-    put(0x14, std::uint32_t{1});
-    put(0x18, RowId{PageNumber{1}, 0}.packed());
-    put(0x1C, RowId{PageNumber{1}, 1}.packed());
-    for (std::uint32_t table = 0; table < 4; ++table) put(0x20 + 4 * table, 2 + table);
-    put(0x3C, kAnsiCodePage);
-    const auto mask = static_cast<std::int32_t>(std::bit_cast<double>(kCreated));
-    for (std::size_t i = 0; i < kPasswordSize; i += sizeof mask) put(kPassword + i, mask);
-    put(0x6A, kBuild);
-    put(0x6E, kGeneral);
-    put(kCreationDate, kCreated);
-    unmask(std::span{page}.subspan(kMasked, kMaskedSize));
-    put(0x98, std::uint32_t{0x654});
-    std::ranges::copy(kVersionText, page.begin() + 0x9C);
-    page[kCommitBytes] = 1;
-    for (std::size_t at = kCommitBytes + 1; at < kPageSize; at += 2) page[at] = 1;
+    store(page, layout::kStart, layout::kStartValue);
+    std::ranges::copy(layout::kJetSignature, page.begin() + layout::kSignature);
+    store(page, layout::kVersion, layout::kJet4);
+    store(page, layout::kFreePages, format::usage_map::kFreePages);
+    store(page, layout::kSecondMap, format::usage_map::kSecondMap);
+    store(page, layout::kSystemTables,
+          {format::catalog::kObjects, format::catalog::kRights, format::catalog::kQueries,
+           format::catalog::kRelationships});
+    store(page, layout::kAnsiCodePage, kAnsiCodePage);
+    for (std::size_t i = 0; i < layout::kPasswordWords; ++i) {
+        store(page, layout::passwordWord(i), static_cast<std::int32_t>(kCreationDate));
+    }
+    store(page, layout::kBuild, kBuild);
+    store(page, layout::kLanguage, format::column::kGeneral);
+    store(page, layout::kCreationDate, kCreationDate);
+    unmask(std::span{page}.subspan(layout::kMasked, layout::kMaskedSize));
+    store(page, layout::kMagic, layout::kMagicValue);
+    store(page, layout::kVersionText, layout::kVersionTextValue);
+    store(page, layout::commitCounter(0), layout::kFirstExclusiveCommit);
+    for (std::size_t user = 1; user < layout::kCommitCounters; ++user) {
+        store(page, layout::commitCounter(user), layout::kFirstSharedCommit);
+    }
 }
 
 }  // namespace jet

@@ -1,12 +1,10 @@
-// The header page: what kind of file this is, and whether it can be read.
+// The header page: what kind of file this is, and whether it can be read. The layout is in
+// format/header_page.h.
 //
-//   offset  size  meaning
-//   0x04    16    "Standard Jet DB" or another signature
-//   0x14    4     0 = Jet 3, 1 = Jet 4, more = later
-//   0x18    128   masked with a fixed key stream; in it:
-//   0x3E    4       database key, 0 = pages are stored plainly
-//   0x42    40      password, masked with the creation date
-//   0x72    8       creation date
+//   const auto storage = jet::openFile(path);
+//   jet::checkHeader(*storage);
+//
+// Any thread may call.
 #pragma once
 
 #include "engine/jet/page_cache.h"

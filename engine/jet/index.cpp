@@ -5,13 +5,6 @@
 #include <utility>
 
 namespace jet {
-namespace {
-
-/// A file has at most 2^19 pages and every page of a tree takes two entries at least.
-constexpr int kDeepest = 20;
-
-}  // namespace
-
 IndexPage IndexCursor::load(PageNumber number) {
     return IndexPage{pages_.page(number), number, owner_};
 }
@@ -23,7 +16,8 @@ void IndexCursor::seek(Bytes key) {
     leavesSeen_ = 0;
     IndexPage page = load(root_);
     for (int depth = 1; !page.isLeaf(); ++depth) {
-        if (depth == kDeepest) throwDamaged(page.number(), "an index is deeper than can be");
+        if (depth == format::index_page::kMaxDepth)
+            throwDamaged(page.number(), "an index is deeper than can be");
         page = load(page.child(page.lowerBound(sought)));
     }
     position_ = page.lowerBound(sought);
@@ -63,12 +57,6 @@ void IndexCursor::throwOutOfOrder() {
     const PageNumber number = leaf_.number();
     leaf_ = {};
     throwDamaged(number, "the pages of an index are out of order");
-}
-
-RowId IndexCursor::rowId() const {
-    const Bytes stored = Bytes{entry_}.last(IndexPage::kRowIdBytes);
-    const unsigned page = unsigned{stored[0]} << 16 | unsigned{stored[1]} << 8 | stored[2];
-    return RowId{PageNumber{page}, stored[3]};
 }
 
 }  // namespace jet

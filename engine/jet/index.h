@@ -36,8 +36,8 @@ public:
     bool valid() const { return position_ < leaf_.size(); }
 
     /// Requires: valid(). The key's bytes hold until the cursor moves.
-    Bytes key() const { return Bytes{entry_}.first(entry_.size() - IndexPage::kRowIdBytes); }
-    RowId rowId() const;
+    Bytes key() const { return keyOf(entry_); }
+    RowId rowId() const { return rowOf(entry_); }
 
 private:
     IndexPage load(PageNumber number);

@@ -1,6 +1,7 @@
 #include "engine/jet/index_key.h"
 
 #include "engine/jet/collation.h"
+#include "engine/jet/format/index_key.h"
 
 #include <algorithm>
 #include <array>
@@ -12,16 +13,7 @@
 namespace jet {
 namespace {
 
-struct Flags {
-    std::uint8_t notNull;
-    std::uint8_t null;
-};
-constexpr Flags kAscending{0x7F, 0x00};
-constexpr Flags kDescending{0x80, 0xFF};
-
-/// Binary values go in groups of this many bytes.
-constexpr std::size_t kGroup = 8;
-constexpr std::uint8_t kMoreFollows = 0x09;
+namespace layout = format::index_key;
 
 std::uint8_t inverted(std::uint8_t byte) { return static_cast<std::uint8_t>(~byte); }
 
@@ -90,21 +82,21 @@ public:
     /// The separators between groups stay as they are in a descending key.
     void putBinary(Bytes bytes) {
         while (!bytes.empty()) {
-            const Bytes group = bytes.first(std::min(kGroup, bytes.size()));
+            const Bytes group = bytes.first(std::min(layout::kBinaryGroup, bytes.size()));
             bytes = bytes.subspan(group.size());
             for (const std::uint8_t byte : group) put(byte);
-            for (std::size_t i = group.size(); i < kGroup; ++i) put(0);
+            for (std::size_t i = group.size(); i < layout::kBinaryGroup; ++i) put(0);
             if (bytes.empty()) {
                 put(static_cast<std::uint8_t>(group.size()));
             } else {
-                key_.push_back(kMoreFollows);
+                key_.push_back(layout::kMoreFollows);
             }
         }
     }
 
     /// The sign byte is the same in both directions; a descending order is none across signs.
     void putNumeric(const Numeric& number) {
-        key_.push_back(number.negative ? 0x00 : 0xFF);
+        key_.push_back(number.negative ? layout::kNegative : layout::kPositive);
         for (const std::uint32_t word : number.magnitude) {
             putBigEndian(number.negative ? ~word : word);
         }
@@ -116,24 +108,23 @@ private:
 };
 
 /// In the order in which the digits are printed.
-std::array<std::uint8_t, 16> printedOrder(const Guid& guid) {
-    auto bytes = guid.bytes;
-    std::reverse(bytes.begin(), bytes.begin() + 4);
-    std::reverse(bytes.begin() + 4, bytes.begin() + 6);
-    std::reverse(bytes.begin() + 6, bytes.begin() + 8);
+std::array<std::uint8_t, format::value::kGuidSize> printedOrder(const Guid& guid) {
+    std::array<std::uint8_t, format::value::kGuidSize> bytes{};
+    std::ranges::transform(format::value::kGuidPrinted, bytes.begin(),
+                           [&](std::uint8_t place) { return guid.bytes[place]; });
     return bytes;
 }
 
 void appendText(const Value& value, bool ascending, Key& key) {
     const std::u16string_view text = expect<std::u16string>(value);
-    appendTextKey(text.substr(0, kIndexedCharacters), ascending, key);
+    appendTextKey(text.substr(0, layout::kMaxCharacters), ascending, key);
 }
 
 void appendValue(const Value& value, ColumnType type, bool ascending, Key& key) {
     Part part{ascending, key};
     switch (type) {
         case ColumnType::Boolean:
-            return part.put(expect<bool>(value) ? 0x00 : 0xFF);
+            return part.put(expect<bool>(value) ? layout::kTrue : layout::kFalse);
         case ColumnType::Byte:
             return part.put(expect<std::uint8_t>(value));
         case ColumnType::Integer:
@@ -174,7 +165,7 @@ bool canMakeKeys(const TableDefinition& definition, const PhysicalIndex& index) 
 
 void appendKeyPart(const Value& value, const Column& column, bool ascending, Key& key) {
     if (!hasKeys(column)) throw std::invalid_argument{"a column of this type has no keys"};
-    const Flags flags = ascending ? kAscending : kDescending;
+    const layout::Flags flags = layout::flags(ascending);
     key.push_back(isNull(value) ? flags.null : flags.notNull);
     if (!isNull(value)) appendValue(value, column.type, ascending, key);
 }

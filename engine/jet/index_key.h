@@ -1,10 +1,9 @@
-// Keys made of values, as the entries of an index hold them.
+// Keys made of values, as the entries of an index hold them. The layout is in format/index_key.h.
 //
 //   jet::Key key;
 //   jet::appendKeyPart(std::u16string{u"Notifier"}, column, true, key);
 //   cursor.seek(key);
 //
-// A part is a flag byte (null or not) and the value in a form whose bytes compare as the values do.
 // Any thread may call these functions.
 #pragma once
 

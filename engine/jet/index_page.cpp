@@ -1,6 +1,7 @@
 #include "engine/jet/index_page.h"
 
 #include "engine/jet/bytes.h"
+#include "engine/jet/format/page.h"
 
 #include <algorithm>
 #include <bit>
@@ -9,14 +10,7 @@
 namespace jet {
 namespace {
 
-constexpr std::uint8_t kIntermediate = 3;
-constexpr std::uint8_t kLeaf = 4;
-
-constexpr std::size_t kBitmapOffset = 27;
-constexpr std::size_t kAreaOffset = 480;
-
-/// A key is at least its flag byte.
-constexpr std::size_t kShortestEntry = 1 + IndexPage::kRowIdBytes;
+namespace layout = format::index_page;
 
 std::strong_ordering compareBytes(Bytes left, Bytes right) {
     const std::size_t common = std::min(left.size(), right.size());
@@ -26,19 +20,27 @@ std::strong_ordering compareBytes(Bytes left, Bytes right) {
 
 }  // namespace
 
+Bytes keyOf(Bytes entry) { return entry.first(entry.size() - layout::kRowIdSize); }
+
+RowId rowOf(Bytes entry) {
+    const Bytes stored = entry.last(layout::kRowIdSize);
+    return RowId{PageNumber{loadBigEndian(stored.first(layout::kRowPageSize))}, stored.back()};
+}
+
 IndexPage::IndexPage(Bytes page, PageNumber number, PageNumber owner)
-    : area_{page.subspan(kAreaOffset)}, number_{number} {
-    if (page[0] != kLeaf && page[0] != kIntermediate) {
+    : area_{page.subspan(layout::kEntries)}, number_{number} {
+    const auto type = load(page, format::page::kType);
+    if (type != format::PageType::Leaf && type != format::PageType::Intermediate) {
         throwDamaged(number, "a page of an index has the type of something else");
     }
-    if (load<std::uint32_t>(page, 4) != raw(owner)) {
+    if (load(page, layout::kOwner) != raw(owner)) {
         throwDamaged(number, "a page of an index belongs to another table");
     }
-    leaf_ = page[0] == kLeaf;
-    next_ = PageNumber{load<std::uint32_t>(page, 16)};
-    tail_ = leaf_ ? kNoPage : PageNumber{load<std::uint32_t>(page, 20)};
-    prefix_ = load<std::uint16_t>(page, 24);
-    readBitmap(page.subspan(kBitmapOffset, kAreaOffset - kBitmapOffset));
+    leaf_ = type == format::PageType::Leaf;
+    next_ = load(page, layout::kNext);
+    tail_ = leaf_ ? kNoPage : load(page, layout::kTail);
+    prefix_ = load(page, layout::kPrefix);
+    readBitmap(page.subspan(layout::kBitmap, layout::kBitmapSize));
     checkEntries();
 }
 
@@ -61,7 +63,7 @@ void IndexPage::checkEntries() const {
     }
     for (std::size_t i = 0; i < size(); ++i) {
         const std::size_t whole = stored(i).size() + (i == 0 ? 0 : prefix_);
-        if (whole < kShortestEntry + childBytes() || stored(i).size() < childBytes()) {
+        if (whole < layout::kMinEntrySize + childBytes() || stored(i).size() < childBytes()) {
             throwDamaged(number_, "an index entry is too short");
         }
         if (i > 0 && compareBytes(behindPrefix(i - 1), behindPrefix(i)) >= 0) {
@@ -117,9 +119,7 @@ PageNumber IndexPage::child(std::size_t index) const {
         if (ends_.empty()) throwDamaged(number_, "an index page has no pages below it");
         index = size() - 1;
     }
-    const Bytes page = stored(index).last(4);
-    return PageNumber{unsigned{page[0]} << 24 | unsigned{page[1]} << 16 | unsigned{page[2]} << 8 |
-                      page[3]};
+    return PageNumber{loadBigEndian(stored(index).last(layout::kChildSize))};
 }
 
 }  // namespace jet

@@ -1,24 +1,12 @@
-// One page of an index tree.
+// One page of an index tree. The layout is in format/index_page.h.
 //
-// Page layout (type 3 intermediate, 4 leaf):
+//   const jet::IndexPage node{pages.page(number), number, definition.page};
+//   if (!node.isLeaf()) use(node.child(node.lowerBound(key)));
 //
-//   offset  size  meaning
-//   2       2     free bytes of the entry area
-//   4       4     page of the table's definition
-//   12      4     previous page of the level, 0 = none
-//   16      4     next page of the level, 0 = none
-//   20      4     intermediate: child page behind the last entry
-//   24      2     prefix length
-//   26      1     level, 0 = leaf
-//   27      453   bitmap: bit k set = an entry ends at offset k of the entry area
-//   480     3616  entries
-//
-// A leaf's entry is a key, the row's page (3 bytes, big-endian) and its slot. An intermediate page
-// repeats the last entry of each child and adds the child's page (4 bytes, big-endian); its last
-// child has no entry. The first entry stands whole; all others leave out the prefix, the first
-// bytes that they share with it. The child's page is no part of what is shared or compared.
+// A view that is valid as long as the bytes of the page; any thread may read it.
 #pragma once
 
+#include "engine/jet/format/index_page.h"
 #include "engine/jet/format/types.h"
 
 #include <compare>
@@ -30,11 +18,13 @@ namespace jet {
 /// A key as it stands in the tree, to be compared byte by byte.
 using Key = std::vector<std::uint8_t>;
 
+/// An entry of a leaf, or that of a page above without its child, taken apart.
+/// Requires: at least a row id.
+Bytes keyOf(Bytes entry);
+RowId rowOf(Bytes entry);
+
 class IndexPage {
 public:
-    /// Bytes of an entry behind the key.
-    static constexpr std::size_t kRowIdBytes = 4;
-
     /// A leaf without entries.
     IndexPage() = default;
 
@@ -61,7 +51,7 @@ public:
 private:
     void readBitmap(Bytes bitmap);
     void checkEntries() const;
-    std::size_t childBytes() const { return leaf_ ? 0 : 4; }
+    std::size_t childBytes() const { return leaf_ ? 0 : format::index_page::kChildSize; }
     Bytes stored(std::size_t index) const;
     Bytes behindPrefix(std::size_t index) const;
 

@@ -14,13 +14,10 @@
 namespace jet {
 namespace {
 
-constexpr std::uint64_t kMagic = 0x4A454C4C45524F56;  // "VORELLEJ"
-constexpr std::uint32_t kVersion = 1;
-constexpr std::size_t kRecordHead = 16;
-constexpr std::size_t kRecordSize = kRecordHead + kPageSize;
+namespace layout = format::journal;
 
 /// A few hundred pages at a time.
-constexpr std::size_t kBufferSize = 256 * kRecordSize;
+constexpr std::size_t kBufferSize = 256 * layout::kRecordSize;
 
 /// Four independent chains keep the multiplier busy; a page takes a fraction of a microsecond.
 std::uint64_t checksum(std::uint64_t seed, Bytes bytes) {
@@ -40,12 +37,6 @@ std::uint64_t recordChecksum(std::uint64_t salt, std::uint64_t head, Bytes page)
     return checksum(salt ^ (head * 0xD6E8FEB86659FD93), page);
 }
 
-template <typename T>
-void append(std::vector<std::uint8_t>& bytes, T value) {
-    const auto* const at = reinterpret_cast<const std::uint8_t*>(&value);
-    bytes.insert(bytes.end(), at, at + sizeof value);
-}
-
 struct Head {
     std::uint32_t pageCount = 0;
     std::uint64_t salt = 0;
@@ -53,13 +44,14 @@ struct Head {
 };
 
 std::vector<std::uint8_t> encode(const Head& head) {
-    std::vector<std::uint8_t> bytes;
-    append(bytes, kMagic);
-    append(bytes, kVersion);
-    append(bytes, head.pageCount);
-    append(bytes, head.salt);
-    append(bytes, head.fingerprint);
-    append(bytes, checksum(head.salt, bytes));
+    std::vector<std::uint8_t> bytes(layout::kHeadSize);
+    store(bytes, layout::kMagic, layout::kMagicValue);
+    store(bytes, layout::kVersion, layout::kVersionValue);
+    store(bytes, layout::kPageCount, head.pageCount);
+    store(bytes, layout::kSalt, head.salt);
+    store(bytes, layout::kFingerprint, head.fingerprint);
+    const Bytes checked = Bytes{bytes}.first(layout::kChecksum.offset);
+    store(bytes, layout::kChecksum, checksum(head.salt, checked));
     return bytes;
 }
 
@@ -68,8 +60,8 @@ std::optional<Head> readHead(const Storage& journal) {
     std::array<std::uint8_t, Journal::kFirstRecord> stored{};
     if (journal.readAt(0, stored) != stored.size()) return std::nullopt;
     const Bytes bytes{stored};
-    const Head head{load<std::uint32_t>(bytes, 12), load<std::uint64_t>(bytes, 16),
-                    load<std::uint64_t>(bytes, 24)};
+    const Head head{load(bytes, layout::kPageCount), load(bytes, layout::kSalt),
+                    load(bytes, layout::kFingerprint)};
     const auto expected = encode(head);
     if (!std::equal(expected.begin(), expected.end(), stored.begin())) return std::nullopt;
     return head;
@@ -77,9 +69,9 @@ std::optional<Head> readHead(const Storage& journal) {
 
 /// Uses the record if its checksum is right.
 bool replayRecord(Bytes record, std::uint64_t salt, const Journal::Use& use) {
-    const auto head = load<std::uint64_t>(record, 0);
-    const Bytes page = record.subspan(kRecordHead);
-    if (load<std::uint64_t>(record, 8) != recordChecksum(salt, head, page)) return false;
+    const std::uint64_t head = load(record, layout::kRecordHead);
+    const Bytes page = record.subspan(layout::kRecordPage);
+    if (load(record, layout::kRecordChecksum) != recordChecksum(salt, head, page)) return false;
     use(Journal::Kind{static_cast<std::uint32_t>(head >> 32)},
         PageNumber{static_cast<std::uint32_t>(head)}, page);
     return true;
@@ -91,11 +83,11 @@ bool replayRecord(Bytes record, std::uint64_t salt, const Journal::Use& use) {
 /// Returns where it stopped.
 std::uint64_t replayRecords(const Storage& journal, std::uint64_t salt, std::uint64_t from,
                             std::uint64_t end, const Journal::Use& use) {
-    std::vector<std::uint8_t> record(kRecordSize);
+    std::vector<std::uint8_t> record(layout::kRecordSize);
     std::uint64_t at = from;
-    while (at < end && journal.readAt(at, record) == kRecordSize &&
+    while (at < end && journal.readAt(at, record) == layout::kRecordSize &&
            replayRecord(record, salt, use)) {
-        at += kRecordSize;
+        at += layout::kRecordSize;
     }
     return at;
 }
@@ -123,7 +115,7 @@ using PageImages = std::map<std::uint32_t, std::vector<std::uint8_t>>;
 
 /// `images` stand for the file's own pages.
 std::uint64_t fingerprint(const Storage& file, std::uint32_t pageCount, const PageImages& images) {
-    std::uint64_t sum = kMagic ^ pageCount;
+    std::uint64_t sum = layout::kMagicValue ^ pageCount;
     std::vector<std::uint8_t> page(kPageSize);
     for (const std::uint32_t number : samplePages(pageCount)) {
         const auto image = images.find(number);
@@ -177,7 +169,7 @@ void Journal::append(Kind kind, PageNumber number, Bytes page) {
     jet::append(buffer_, head);
     jet::append(buffer_, recordChecksum(salt_, head, page));
     buffer_.insert(buffer_.end(), page.begin(), page.end());
-    end_ += kRecordSize;
+    end_ += layout::kRecordSize;
     synced_ = false;
     if (buffer_.size() >= kBufferSize) flush();
 }
@@ -202,9 +194,10 @@ void Journal::replay(std::uint64_t from, const Use& use) {
     if (from < stored && replayRecords(*file_, salt_, from, stored, use) != stored) {
         throw Error{Fault::ReadFailed, "The journal of a change cannot be read."};
     }
-    for (std::uint64_t at = std::max(from, stored); at < end_; at += kRecordSize) {
-        replayRecord(Bytes{unwritten}.subspan(static_cast<std::size_t>(at - stored), kRecordSize),
-                     salt_, use);
+    for (std::uint64_t at = std::max(from, stored); at < end_; at += layout::kRecordSize) {
+        replayRecord(
+            Bytes{unwritten}.subspan(static_cast<std::size_t>(at - stored), layout::kRecordSize),
+            salt_, use);
     }
 }
 

@@ -1,21 +1,19 @@
 // The rollback journal: pages as they were before they were changed, so that a change which was
-// cut short can be taken back.
+// cut short can be taken back. The layout is in format/journal.h.
 //
-//   offset  size  meaning
-//   0       8     "VORELLEJ"
-//   8       4     version, 1
-//   12      4     pages that the file had
-//   16      8     salt of the checksums, new for every journal
-//   24      8     fingerprint of the file, see below
-//   32      8     checksum of the above
-//   40      ..    records: u32 page, u32 kind, u64 checksum, 4096 bytes
+//   const std::uint32_t pageCount = storage.pageCount();
+//   jet::Journal journal{storage.createJournal(), pageCount, jet::fingerprintOf(storage, pageCount)};
+//   journal.append(jet::Journal::Kind::Transaction, number, bytes);
+//   journal.sync();                             // before the first page is overwritten
+//   journal.invalidate();                       // the commit point
 //
 // A record counts only if its checksum is right, so it does not matter where a crash cut the
-// journal off. A journal whose header is not valid means nothing.
+// journal off. A journal whose head is not valid is ignored.
 //
-// A Journal belongs to the one who writes the file.
+// One thread, that of whoever holds the lock of the file.
 #pragma once
 
+#include "engine/jet/format/journal.h"
 #include "engine/jet/storage.h"
 
 #include <functional>
@@ -48,9 +46,9 @@ public:
     /// begins. Throws Error{ReadFailed}, also for a record that is not as it was written.
     using Use = std::function<void(Kind, PageNumber, Bytes)>;
     void replay(std::uint64_t from, const Use& use);
-    static constexpr std::uint64_t kFirstRecord = 40;
+    static constexpr std::uint64_t kFirstRecord = format::journal::kHeadSize;
 
-    /// Makes the journal mean nothing, for good: the moment in which a change becomes durable.
+    /// Invalidates the journal: the commit point, at which a change becomes durable.
     void invalidate();
 
 private:

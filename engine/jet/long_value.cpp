@@ -5,16 +5,14 @@
 #include <unordered_set>
 
 namespace jet {
-namespace {
 
-constexpr std::size_t kLinkSize = 4;
-
-}  // namespace
+namespace layout = format::long_value;
 
 void LongValueReader::turnTo(PageNumber number) {
     page_.reset();
     const DataPage page{pages_.page(number), number};
-    if (page.owner() != kLongValueOwner) throwDamaged(number, "a long value is missing");
+    if (page.owner() != format::data_page::kLongValueOwner)
+        throwDamaged(number, "a long value is missing");
     page_ = page;
 }
 
@@ -29,15 +27,18 @@ Bytes LongValueReader::rowBytes(RowId row) {
 
 Bytes LongValueReader::readOther(Bytes header, PageNumber page, Binary& scratch) {
     if (header.empty()) return header;
-    if (header.size() < kHeaderSize) throwDamaged(page, "the head of a long value is cut short");
-    const auto word = load<std::uint32_t>(header, 0);
-    const std::size_t length = word & kLengthMask;
-    if ((word & kInlineFlag) != 0) {
-        if (header.size() - kHeaderSize < length) throwDamaged(page, "a long value is cut short");
-        return header.subspan(kHeaderSize, length);
+    if (header.size() < layout::kHeadSize) {
+        throwDamaged(page, "the head of a long value is cut short");
+    }
+    const std::uint32_t word = load(header, layout::kLength);
+    const std::size_t length = word & layout::kLengthMask;
+    if ((word & layout::kInline) != 0) {
+        const Bytes value = header.subspan(layout::kHeadSize);
+        if (value.size() < length) throwDamaged(page, "a long value is cut short");
+        return value.first(length);
     }
     if (length == 0) return {};
-    return chain(RowId::fromPacked(load<std::uint32_t>(header, 4)), length, scratch);
+    return chain(load(header, layout::kRow), length, scratch);
 }
 
 /// Memory is taken only as rows arrive, so a false length costs nothing, and no row is taken twice,
@@ -50,10 +51,12 @@ Bytes LongValueReader::chain(RowId row, std::size_t length, Binary& scratch) {
             throwDamaged(row.page(), "a long value runs in a ring");
         }
         const Bytes bytes = rowBytes(row);
-        if (bytes.size() <= kLinkSize) throwDamaged(row.page(), "a piece of a long value is empty");
-        const Bytes data = bytes.subspan(kLinkSize);
+        if (bytes.size() <= layout::kPiece) {
+            throwDamaged(row.page(), "a piece of a long value is empty");
+        }
+        const Bytes data = bytes.subspan(layout::kPiece);
         scratch.insert(scratch.end(), data.begin(), data.end());
-        const auto next = RowId::fromPacked(load<std::uint32_t>(bytes, 0));
+        const RowId next = load(bytes, layout::kNext);
         if (scratch.size() < length && next.page() == kNoPage) {
             throwDamaged(row.page(), "a long value ends early");
         }

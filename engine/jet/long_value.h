@@ -1,15 +1,15 @@
-// Memo and Ole values. In the record stands a header:
+// Memo and Ole values, which may stand outside of their record. The layout is in
+// format/long_value.h.
 //
-//   offset  size  meaning
-//   0       4     bits 0-29 length in bytes; bit 31: the data follow; bit 30: in one row elsewhere;
-//                 neither: in a chain of rows
-//   4       4     row id of the (first) row
-//   8       4     stamp of a chain
+//   jet::LongValueReader values{pages};
+//   jet::Binary scratch;
+//   use(values.read(field.bytes, record.page(), scratch));
 //
-// A row of a chain begins with the row id of the next one, 0 in the last.
+// Belongs to one thread.
 #pragma once
 
 #include "engine/jet/data_page.h"
+#include "engine/jet/format/long_value.h"
 #include "engine/jet/value.h"
 
 #include <optional>
@@ -26,11 +26,12 @@ public:
 
     /// As readLongValue.
     Bytes read(Bytes header, PageNumber page, Binary& scratch) {
-        if (header.size() >= kHeaderSize) {
-            const auto word = load<std::uint32_t>(header, 0);
-            if ((word & (kInlineFlag | kSingleFlag)) == kSingleFlag && (word & kLengthMask) != 0) {
-                const auto row = RowId::fromPacked(load<std::uint32_t>(header, 4));
-                return single(row, word & kLengthMask);
+        namespace layout = format::long_value;
+        if (header.size() >= layout::kHeadSize) {
+            const std::uint32_t word = load(header, layout::kLength);
+            const std::uint32_t length = word & layout::kLengthMask;
+            if ((word & (layout::kInline | layout::kSingle)) == layout::kSingle && length != 0) {
+                return single(load(header, layout::kRow), length);
             }
         }
         return readOther(header, page, scratch);
@@ -39,11 +40,6 @@ public:
     void forgetPage() { page_.reset(); }
 
 private:
-    static constexpr std::size_t kHeaderSize = 12;
-    static constexpr std::uint32_t kLengthMask = 0x3FFFFFFF;
-    static constexpr std::uint32_t kInlineFlag = 0x80000000;
-    static constexpr std::uint32_t kSingleFlag = 0x40000000;
-
     Bytes single(RowId row, std::size_t length) {
         if (!page_ || page_->number() != row.page()) turnTo(row.page());
         Bytes bytes = page_->plainRow(row.slot());

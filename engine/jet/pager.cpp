@@ -1,6 +1,6 @@
 #include "engine/jet/pager.h"
 
-#include "engine/jet/usage_map.h"
+#include "engine/jet/format/page.h"
 
 #include <algorithm>
 #include <mutex>
@@ -255,7 +255,7 @@ PageEdit Pager::edit(PageNumber number) {
 }
 
 PageNumber Pager::append() {
-    if (pageCount_ >= kMaxFilePages) {
+    if (pageCount_ >= format::page::kMaxCount) {
         throw Error{Fault::FileFull, "The database has reached its largest size of 2 GB."};
     }
     transaction();

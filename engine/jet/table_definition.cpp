@@ -2,26 +2,14 @@
 
 #include "engine/jet/bytes.h"
 #include "engine/jet/collation.h"
+#include "engine/jet/format/page.h"
 
 #include <algorithm>
 
 namespace jet {
 namespace {
 
-constexpr std::uint8_t kDefinitionPageType = 2;
-constexpr std::size_t kPageHeader = 8;
-constexpr std::size_t kVariablePart = 63;
-constexpr std::size_t kColumnSize = 25;
-constexpr std::size_t kCounterSize = 12;
-constexpr std::size_t kPhysicalIndexSize = 52;
-constexpr std::size_t kLogicalIndexSize = 28;
-constexpr std::size_t kIndexColumnSlots = 10;
-constexpr std::uint16_t kNoColumn = 0xFFFF;
-
-// A table has at most 255 columns and 32 indexes; the caps leave room for odd but harmless files.
-constexpr std::size_t kMaxPages = 64;
-constexpr unsigned kMaxColumns = 255;
-constexpr std::uint32_t kMaxIndexes = 255;
+namespace layout = format::table_definition;
 
 /// The chained pages as one buffer: the first page whole, of the others all but their headers.
 struct Buffer {
@@ -31,7 +19,9 @@ struct Buffer {
 
 Bytes definitionPage(PageReader& pages, PageNumber number) {
     const Bytes page = pages.page(number);
-    if (page[0] != kDefinitionPageType) throwDamaged(number, "a table definition was expected");
+    if (load(page, format::page::kType) != format::PageType::Definition) {
+        throwDamaged(number, "a table definition was expected");
+    }
     return page;
 }
 
@@ -39,13 +29,13 @@ Buffer gatherPages(PageReader& pages, PageNumber first) {
     Buffer buffer;
     Bytes page = definitionPage(pages, first);
     buffer.bytes.assign(page.begin(), page.end());
-    for (PageNumber next{load<std::uint32_t>(page, 4)}; next != kNoPage;
-         next = PageNumber{load<std::uint32_t>(page, 4)}) {
-        if (buffer.continuation.size() == kMaxPages) {
+    for (PageNumber next = load(page, layout::kNextPage); next != kNoPage;
+         next = load(page, layout::kNextPage)) {
+        if (buffer.continuation.size() + 1 == layout::kMaxPages) {
             throwDamaged(first, "the table definition does not end");
         }
         page = definitionPage(pages, next);
-        buffer.bytes.insert(buffer.bytes.end(), page.begin() + kPageHeader, page.end());
+        buffer.bytes.insert(buffer.bytes.end(), page.begin() + layout::kPageHead, page.end());
         buffer.continuation.push_back(next);
     }
     return buffer;
@@ -53,56 +43,61 @@ Buffer gatherPages(PageReader& pages, PageNumber first) {
 
 std::u16string readName(Reader& reader) {
     const auto length = reader.next<std::uint16_t>();
-    if (length % 2 != 0) throwDamaged(reader.page(), "a name has half a character");
+    if (length % sizeof(char16_t) != 0) throwDamaged(reader.page(), "a name has half a character");
     const Bytes bytes = reader.take(length);
-    std::u16string name(length / 2, u'\0');
+    std::u16string name(length / sizeof(char16_t), u'\0');
     std::memcpy(name.data(), bytes.data(), length);
     return name;
 }
 
 Column readColumn(Reader& reader) {
-    const Bytes at = reader.take(kColumnSize);
-    const std::uint8_t flags = at[15];
+    namespace block = format::column;
+    const Bytes at = reader.take(block::kSize);
+    const std::uint8_t flags = load(at, block::kFlags);
     Column column;
-    column.type = ColumnType{at[0]};
-    column.id = load<std::uint16_t>(at, 5);
-    column.variableIndex = load<std::uint16_t>(at, 7);
-    column.ordinal = load<std::uint16_t>(at, 9);
-    column.fixed = (flags & 0x01) != 0;
-    column.autonumber = (flags & 0x04) != 0;
-    column.compressed = (at[16] & 0x01) != 0;
-    column.fixedOffset = load<std::uint16_t>(at, 21);
-    column.size = load<std::uint16_t>(at, 23);
+    column.type = load(at, block::kType);
+    column.id = load(at, block::kId);
+    column.variableIndex = load(at, block::kVariableIndex);
+    column.ordinal = load(at, block::kOrdinal);
+    column.fixed = (flags & block::kFixed) != 0;
+    column.autonumber = (flags & block::kAutonumber) != 0;
+    column.compressed = (load(at, block::kMoreFlags) & block::kCompressed) != 0;
+    column.fixedOffset = load(at, block::kFixedOffset);
+    column.size = load(at, block::kLength);
     if (column.type == ColumnType::Numeric) {
-        column.precision = at[11];
-        column.scale = at[12];
+        column.precision = load(at, block::kPrecision);
+        column.scale = load(at, block::kScale);
     } else {
-        column.collation = {load<std::uint16_t>(at, 11), at[14]};
+        column.collation = {load(at, block::kLanguage), load(at, block::kOrderVersion)};
     }
     return column;
 }
 
 PhysicalIndex readPhysicalIndex(Reader& reader) {
-    const Bytes at = reader.take(kPhysicalIndexSize);
+    namespace block = format::physical_index;
+    const Bytes at = reader.take(block::kSize);
     PhysicalIndex index;
-    for (std::size_t i = 0; i < kIndexColumnSlots; ++i) {
-        const auto id = load<std::uint16_t>(at, 4 + 3 * i);
-        if (id != kNoColumn) index.columns.push_back({id, at[4 + 3 * i + 2] != 0});
+    for (std::size_t i = 0; i < block::kMaxColumns; ++i) {
+        const std::uint16_t id = load(at, block::columnId(i));
+        if (id != layout::kNoColumn)
+            index.columns.push_back({id, load(at, block::ascending(i)) != 0});
     }
-    index.map = RowId::fromPacked(load<std::uint32_t>(at, 34));
-    index.root = PageNumber{load<std::uint32_t>(at, 38)};
-    index.unique = (at[46] & 0x01) != 0;
-    index.ignoreNulls = (at[46] & 0x02) != 0;
-    index.required = (at[46] & 0x08) != 0;
+    const std::uint8_t flags = load(at, block::kFlags);
+    index.map = load(at, block::kMap);
+    index.root = load(at, block::kRoot);
+    index.unique = (flags & block::kUnique) != 0;
+    index.ignoreNulls = (flags & block::kIgnoreNulls) != 0;
+    index.required = (flags & block::kRequired) != 0;
     return index;
 }
 
 LogicalIndex readLogicalIndex(Reader& reader, std::size_t physicalCount) {
-    const Bytes at = reader.take(kLogicalIndexSize);
+    namespace block = format::logical_index;
+    const Bytes at = reader.take(block::kSize);
     LogicalIndex index;
-    index.number = load<std::uint32_t>(at, 4);
-    index.physical = load<std::uint32_t>(at, 8);
-    index.kind = IndexKind{at[23]};
+    index.number = load(at, block::kNumber);
+    index.physical = load(at, block::kPhysical);
+    index.kind = load(at, block::kKind);
     if (index.physical >= physicalCount) throwDamaged(reader.page(), "an index has no tree");
     return index;
 }
@@ -117,13 +112,13 @@ void readColumns(Reader& reader, unsigned count, TableDefinition& definition) {
     }
 }
 
-/// A list of (column id, two maps) ended by FF FF.
+/// One block a column, up to the end of the definition.
 void readLongValueMaps(Reader& reader, TableDefinition& definition) {
-    while (reader.remaining() >= 2) {
+    while (reader.remaining() >= sizeof layout::kNoColumn) {
         const auto id = reader.next<std::uint16_t>();
-        if (id == kNoColumn) return;
-        const auto owned = RowId::fromPacked(reader.next<std::uint32_t>());
-        const auto free = RowId::fromPacked(reader.next<std::uint32_t>());
+        if (id == layout::kNoColumn) return;
+        const auto owned = reader.next<RowId>();
+        const auto free = reader.next<RowId>();
         for (Column& column : definition.columns) {
             if (column.id != id) continue;
             column.ownedMap = owned;
@@ -150,8 +145,8 @@ const Column* TableDefinition::findColumn(std::uint16_t columnId) const {
 TableDefinition TableDefinition::read(PageReader& pages, PageNumber first, std::u16string name) {
     Buffer buffer = gatherPages(pages, first);
     const Bytes bytes{buffer.bytes};
-    const auto length = load<std::uint32_t>(bytes, 8);
-    if (length < kVariablePart || length > bytes.size()) {
+    const std::uint32_t length = load(bytes, layout::kLength);
+    if (length < layout::kHeadSize || length > bytes.size()) {
         throwDamaged(first, "the table definition is longer than its pages");
     }
 
@@ -159,28 +154,30 @@ TableDefinition TableDefinition::read(PageReader& pages, PageNumber first, std::
     definition.name = std::move(name);
     definition.page = first;
     definition.continuation = std::move(buffer.continuation);
-    definition.rowCount = load<std::uint32_t>(bytes, 16);
-    definition.lastAutonumber = load<std::uint32_t>(bytes, 20);
-    definition.system = bytes[40] == 'S';
-    definition.columnsEver = load<std::uint16_t>(bytes, 41);
-    definition.variableColumnsEver = load<std::uint16_t>(bytes, 43);
-    const unsigned columnCount = load<std::uint16_t>(bytes, 45);
-    const auto logicalCount = load<std::uint32_t>(bytes, 47);
-    const auto physicalCount = load<std::uint32_t>(bytes, 51);
-    definition.ownedMap = RowId::fromPacked(load<std::uint32_t>(bytes, 55));
-    definition.freeMap = RowId::fromPacked(load<std::uint32_t>(bytes, 59));
-    if (columnCount > kMaxColumns || logicalCount > kMaxIndexes || physicalCount > kMaxIndexes) {
+    definition.rowCount = load(bytes, layout::kRowCount);
+    definition.lastAutonumber = load(bytes, layout::kLastAutonumber);
+    definition.system = load(bytes, layout::kTableKind) == layout::kSystemTable;
+    definition.columnsEver = load(bytes, layout::kColumnsEver);
+    definition.variableColumnsEver = load(bytes, layout::kVariableColumnsEver);
+    const unsigned columnCount = load(bytes, layout::kColumnCount);
+    const std::uint32_t logicalCount = load(bytes, layout::kLogicalIndexCount);
+    const std::uint32_t physicalCount = load(bytes, layout::kPhysicalIndexCount);
+    definition.ownedMap = load(bytes, layout::kOwnedMap);
+    definition.freeMap = load(bytes, layout::kFreeMap);
+    if (columnCount > layout::kMaxColumns || logicalCount > layout::kMaxIndexesRead ||
+        physicalCount > layout::kMaxIndexesRead) {
         throwDamaged(first, "the table definition has impossible counts");
     }
 
     Reader reader{bytes.first(length), first};
-    reader.seek(kVariablePart);
-    const Bytes counters = reader.take(kCounterSize * physicalCount);
+    reader.seek(layout::kHeadSize);
+    const Bytes counters = reader.take(format::index_counter::kSize * physicalCount);
     readColumns(reader, columnCount, definition);
     for (std::uint32_t i = 0; i < physicalCount; ++i) {
         PhysicalIndex index = readPhysicalIndex(reader);
-        index.entriesAtBuild = load<std::uint32_t>(counters, kCounterSize * i);
-        index.distinctKeys = load<std::uint32_t>(counters, kCounterSize * i + 4);
+        const Bytes counter = counters.subspan(format::index_counter::kSize * i);
+        index.entriesAtBuild = load(counter, format::index_counter::kEntriesAtBuild);
+        index.distinctKeys = load(counter, format::index_counter::kDistinctKeys);
         definition.physicalIndexes.push_back(std::move(index));
     }
     for (std::uint32_t i = 0; i < logicalCount; ++i) {

@@ -1,23 +1,13 @@
-// The definition of a table: its columns, its indexes and where its pages are listed.
+// The definition of a table: its columns, its indexes and where its pages are listed. The layout is
+// in format/table_definition.h.
 //
-// The definition stands on one or more chained pages (type 2). Read as one buffer, the header is
+//   const auto traces = jet::TableDefinition::read(pages, number, u"tblTraces");
+//   if (const jet::Column* const found = traces.findColumn(u"Trace")) use(found->size);
 //
-//   offset  size  meaning
-//   8       4     length of the whole definition
-//   16      4     row count
-//   20      4     last autonumber value
-//   40      1     'N' user table, 'S' system table
-//   41      2     columns ever (a new record's column count)
-//   43      2     variable columns ever
-//   45      2     columns now
-//   47      4     logical indexes
-//   51      4     physical indexes
-//   55      4     row id of the map of owned pages
-//   59      4     row id of the map of pages with room
-//   63            index counters, columns, column names, physical indexes, logical indexes,
-//                 logical index names, maps of long-value columns
+// Plain values; any thread. A change of the table does not show in a definition that was read before.
 #pragma once
 
+#include "engine/jet/format/table_definition.h"
 #include "engine/jet/format/types.h"
 #include "engine/jet/page_cache.h"
 
@@ -33,7 +23,9 @@ struct Collation {
     std::uint16_t lcid = 0;
     std::uint8_t version = 0;
 
-    bool isGeneralLegacy() const { return lcid == 0x0409 && version == 0; }
+    bool isGeneralLegacy() const {
+        return lcid == format::column::kGeneral && version == format::column::kGeneralVersion;
+    }
 };
 
 struct Column {
@@ -73,8 +65,6 @@ struct PhysicalIndex {
     std::uint32_t entriesAtBuild = 0;
     std::uint32_t distinctKeys = 0;
 };
-
-enum class IndexKind : std::uint8_t { Plain = 0, PrimaryKey = 1, ForeignKey = 2 };
 
 /// A name for a tree; several may share one.
 struct LogicalIndex {

@@ -13,17 +13,17 @@ constexpr std::uint64_t kHighs = 0x8080808080808080u;
 /// a first pointer and an end; a wide stretch is a whole number of pairs.
 template <typename Narrow, typename Wide>
 void forEachStretch(Bytes stored, Narrow narrow, Wide wide) {
-    const std::uint8_t* at = stored.data() + 2;
+    const std::uint8_t* at = stored.data() + format::text::kCompressed.size();
     const std::uint8_t* const end = stored.data() + stored.size();
     for (bool isWide = false; at < end; isWide = !isWide) {
         const std::uint8_t* stop = at;
         if (isWide) {
-            while (end - stop >= 2 && *stop != 0) stop += 2;
+            while (end - stop >= 2 && *stop != format::text::kChange) stop += 2;
             wide(at, stop);
             // Behind the stretch stands the zero byte, or an odd last byte, or the end.
         } else {
             stop = static_cast<const std::uint8_t*>(
-                std::memchr(at, 0, static_cast<std::size_t>(end - at)));
+                std::memchr(at, format::text::kChange, static_cast<std::size_t>(end - at)));
             if (stop == nullptr) stop = end;
             narrow(at, stop);
         }

@@ -1,5 +1,4 @@
-// Stored text: UTF-16LE, or, when it begins with FF FE, "compressed": one byte a character with
-// stretches of two bytes between zero bytes.
+// Stored text, plain or compressed, as UTF-16 and UTF-8. The layout is in format/text.h.
 //
 //   std::u16string name;
 //   jet::appendUtf16(field.bytes, name);
@@ -8,6 +7,7 @@
 // Pure functions; any thread may call them.
 #pragma once
 
+#include "engine/jet/format/text.h"
 #include "engine/jet/format/types.h"
 
 #include <string>
@@ -17,7 +17,8 @@ namespace jet {
 
 /// Whether stored text begins with the mark of the compressed form.
 inline bool isCompressedText(Bytes stored) {
-    return stored.size() >= 2 && stored[0] == 0xFF && stored[1] == 0xFE;
+    constexpr auto kMark = format::text::kCompressed;
+    return stored.size() >= kMark.size() && stored[0] == kMark[0] && stored[1] == kMark[1];
 }
 
 /// Appends the characters of stored text. Never fails: an odd last byte is dropped, a stretch

@@ -1,6 +1,7 @@
 #include "engine/jet/value.h"
 
 #include "engine/jet/bytes.h"
+#include "engine/jet/format/value.h"
 #include "engine/jet/text.h"
 
 #include <algorithm>
@@ -10,9 +11,12 @@ namespace {
 
 Numeric decodeNumeric(Bytes bytes, std::uint8_t scale) {
     Numeric number;
-    number.negative = (bytes[0] & 0x80) != 0;
+    namespace layout = format::value;
+    number.negative = (load(bytes, layout::kNumericSign) & layout::kNegative) != 0;
     number.scale = scale;
-    for (std::size_t i = 0; i < 4; ++i) number.magnitude[i] = load<std::uint32_t>(bytes, 1 + 4 * i);
+    for (std::size_t i = 0; i < layout::kNumericWords; ++i) {
+        number.magnitude[i] = load(bytes, layout::numericWord(i));
+    }
     return number;
 }
 
@@ -97,12 +101,11 @@ std::string toDecimalText(const Numeric& number) {
 }
 
 std::string toText(const Guid& guid) {
-    // The order in which the stored bytes are printed, with a dash before some of them.
-    constexpr std::array<std::size_t, 16> kOrder{3, 2, 1,  0,  5,  4,  7,  6,
-                                                 8, 9, 10, 11, 12, 13, 14, 15};
+    constexpr auto kOrder = format::value::kGuidPrinted;
     constexpr std::string_view kHex = "0123456789ABCDEF";
     std::string text = "{";
     for (std::size_t i = 0; i < kOrder.size(); ++i) {
+        // Groups of 8, 4, 4, 4 and 12 digits.
         if (i == 4 || i == 6 || i == 8 || i == 10) text.push_back('-');
         const std::uint8_t byte = guid.bytes[kOrder[i]];
         text.push_back(kHex[byte >> 4]);

@@ -1,4 +1,4 @@
-// A field's value out of the file's own forms.
+// A field's value out of the file's own forms. The layout is in format/value.h.
 //
 //   const jet::Value value = jet::decodeField(pages, column, record.field(column), record.page());
 //   if (const auto* name = std::get_if<std::u16string>(&value)) use(*name);
@@ -7,6 +7,7 @@
 #pragma once
 
 #include "engine/jet/format/types.h"
+#include "engine/jet/format/value.h"
 #include "engine/jet/page_cache.h"
 #include "engine/jet/record.h"
 
@@ -30,7 +31,8 @@ struct Date {
 };
 
 struct Guid {
-    std::array<std::uint8_t, 16> bytes{};  ///< as stored: first three groups little-endian
+    std::array<std::uint8_t, format::value::kGuidSize>
+        bytes{};  ///< as stored: first three groups little-endian
     friend bool operator==(const Guid&, const Guid&) = default;
 };
 
@@ -38,7 +40,8 @@ struct Guid {
 struct Numeric {
     bool negative = false;
     std::uint8_t scale = 0;
-    std::array<std::uint32_t, 4> magnitude{};  ///< most significant word first
+    std::array<std::uint32_t, format::value::kNumericWords>
+        magnitude{};  ///< most significant word first
     friend bool operator==(const Numeric&, const Numeric&) = default;
 };
 

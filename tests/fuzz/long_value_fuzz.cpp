@@ -7,7 +7,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::Input input{data, size};
     const jet::Bytes header = input.take(input.next<std::uint8_t>() % 64);
     fuzz::SmallPages content{input, 5};
-    content.setOwner(jet::kLongValueOwner);
+    content.setOwner(jet::format::data_page::kLongValueOwner);
     const jet::MemoryStorage storage = std::move(content).storage();
     jet::PageCache cache{storage};
     jet::PageReader pages{storage, cache};

@@ -1,4 +1,5 @@
 // Usage maps of any content: the pages come ascending, and none is the header or beyond the format.
+#include "engine/jet/format/page.h"
 #include "engine/jet/header.h"
 #include "engine/jet/usage_map.h"
 #include "tests/fuzz/small_pages.h"
@@ -13,7 +14,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<std::uint8_t> bytes(storage.size());
     storage.readAt(0, bytes);
     if (bitmapPage % 4 != 0)
-        bytes[std::size_t{bitmapPage} % 4 * jet::kPageSize] = jet::kBitmapPageType;
+        bytes[std::size_t{bitmapPage} % 4 * jet::kPageSize] =
+            static_cast<std::uint8_t>(jet::format::PageType::Bitmap);
     storage = jet::MemoryStorage{std::move(bytes)};
 
     jet::PageCache cache{storage};
@@ -23,8 +25,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             const auto set = jet::readUsageMap(pages, jet::RowId{jet::PageNumber{1}, slot});
             fuzz::require(std::is_sorted(set.begin(), set.end()), "pages ascend");
             fuzz::require(std::adjacent_find(set.begin(), set.end()) == set.end(), "no page twice");
-            fuzz::require(set.empty() ||
-                              (set.front() != jet::kNoPage && raw(set.back()) < jet::kMaxFilePages),
+            fuzz::require(set.empty() || (set.front() != jet::kNoPage &&
+                                          raw(set.back()) < jet::format::page::kMaxCount),
                           "pages that a file can have");
         } catch (const jet::Error& error) {
             fuzz::require(error.fault() == jet::Fault::Damaged, "maps are damaged at worst");

@@ -1,6 +1,7 @@
 #include "tests/support/index_keys.h"
 
 #include "engine/jet/collation.h"
+#include "engine/jet/format/index_key.h"
 
 #include <bit>
 #include <stdexcept>
@@ -109,7 +110,8 @@ void appendKeyPart(ColumnType type, const Cell& cell, bool ascending, ByteVector
         case ColumnType::Text:
         case ColumnType::Memo: {
             const auto& text = std::get<std::u16string>(cell.value);
-            const auto head = std::u16string_view{text}.substr(0, jet::kIndexedCharacters);
+            const auto head =
+                std::u16string_view{text}.substr(0, jet::format::index_key::kMaxCharacters);
             return jet::appendTextKey(head, ascending, key);
         }
         case ColumnType::Binary:

@@ -1,6 +1,6 @@
 // A file of any size of which only the pages that are not all zeros take memory.
 //
-//   auto storage = std::make_unique<fixture::SparseStorage>(jet::kMaxFilePages - 3);
+//   auto storage = std::make_unique<fixture::SparseStorage>(jet::format::page::kMaxCount - 3);
 //
 // Belongs to one thread.
 #pragma once

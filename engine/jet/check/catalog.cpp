@@ -9,9 +9,7 @@
 namespace jet::checking {
 namespace {
 
-constexpr PageNumber kObjectsPage{2};
-constexpr PageNumber kRightsPage{3};
-constexpr std::uint32_t kObjectPageMask = 0x00FFFFFF;
+namespace layout = format::catalog;
 
 struct Object {
     RowId row;
@@ -31,7 +29,7 @@ public:
     explicit CatalogCheck(Context& context) : context_{context} {}
 
     void run() {
-        const auto catalog = checkTable(context_, kObjectsPage, u"MSysObjects");
+        const auto catalog = checkTable(context_, layout::kObjects, u"MSysObjects");
         if (!catalog) return;
         readObjects(*catalog);
         checkTables();
@@ -77,11 +75,11 @@ private:
     }
 
     void checkTables() {
-        std::unordered_set<std::uint32_t> ids{raw(kObjectsPage)};
+        std::unordered_set<std::uint32_t> ids{raw(layout::kObjects)};
         bool catalogListed = false;
         for (const Object& object : tables_) {
-            const PageNumber page{object.entry.id & kObjectPageMask};
-            if (page == kObjectsPage && !catalogListed) {
+            const PageNumber page = object.entry.definition();
+            if (page == layout::kObjects && !catalogListed) {
                 catalogListed = true;
             } else if (!ids.insert(raw(page)).second) {
                 fail(object, "another object has the same table");
@@ -89,17 +87,18 @@ private:
                 fail(object, "there is no definition of the table on its page");
             } else {
                 auto table = checkTable(context_, page, object.entry.name);
-                if (page == kRightsPage) rights_ = std::move(table);
+                if (page == layout::kRights) rights_ = std::move(table);
             }
         }
         if (catalogListed || !context_.ownersKnown) return;
         context_.report.setTable(u"MSysObjects");
-        context_.report.error(Rule::Catalog, kObjectsPage, "the catalog does not list itself");
+        context_.report.error(Rule::Catalog, layout::kObjects, "the catalog does not list itself");
     }
 
     bool isDefinition(PageNumber page) {
-        constexpr std::uint8_t kDefinitionPageType = 2;
-        return context_.inFile(page) && context_.reader().page(page)[0] == kDefinitionPageType;
+        if (!context_.inFile(page)) return false;
+        const auto type = load(context_.reader().page(page), format::page::kType);
+        return type == format::PageType::Definition;
     }
 
     void checkRights(const CheckedTable& rights) {

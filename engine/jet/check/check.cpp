@@ -1,5 +1,6 @@
 #include "engine/jet/check/check.h"
 
+#include "engine/jet/bytes.h"
 #include "engine/jet/check/catalog.h"
 #include "engine/jet/check/maps.h"
 #include "engine/jet/check/pages.h"
@@ -29,7 +30,7 @@ void checkFileLength(Context& context, const Storage& storage) {
         context.report.error(Rule::FileLength, kNoPage, message);
     };
     if (storage.size() % kPageSize != 0) fail("the file ends in the middle of a page");
-    if (storage.size() / kPageSize > kMaxFilePages) fail("the file is too large");
+    if (storage.size() / kPageSize > format::page::kMaxCount) fail("the file is too large");
     PageReader pages = context.reader();
     try {
         checkLength(pages);
@@ -50,7 +51,7 @@ void checkRemainingPages(Context& context, const std::vector<bool>& free) {
             context.report.error(Rule::PageOwnership, page,
                                  "the page is listed as free, but belongs to " + describe(owner));
         } else if (!free[i] && context.ownersKnown) {
-            if (pages.page(page)[0] == kDefinitionPageType) {
+            if (load(pages.page(page), format::page::kType) == PageType::Definition) {
                 context.report.error(Rule::Catalog, page,
                                      "no object of the catalog has the definition on this page");
             } else {

@@ -9,8 +9,8 @@
 
 #include "engine/jet/check/ownership.h"
 #include "engine/jet/check/report.h"
+#include "engine/jet/format/page.h"
 #include "engine/jet/page_cache.h"
-#include "engine/jet/usage_map.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -20,7 +20,7 @@ namespace jet::checking {
 struct Context {
     explicit Context(const Storage& source)
         : storage{source},
-          pageCount{std::min(source.pageCount(), kMaxFilePages)},
+          pageCount{std::min(source.pageCount(), format::page::kMaxCount)},
           cache{source},
           owners{pageCount} {}
 

@@ -10,17 +10,7 @@
 namespace jet::checking {
 namespace {
 
-constexpr std::size_t kPageHeader = 8;
-constexpr std::size_t kVariablePart = 63;
-constexpr std::size_t kColumnSize = 25;
-constexpr std::size_t kCounterSize = 12;
-constexpr std::size_t kPhysicalIndexSize = 52;
-constexpr std::size_t kLogicalIndexSize = 28;
-constexpr std::size_t kLongValueMapSize = 8;
-constexpr std::uint32_t kDefinitionMark = 0x659;
-constexpr std::uint32_t kIndexMark = 0x783;
-constexpr std::uint16_t kEnd = 0xFFFF;
-constexpr std::size_t kMaxPages = 65;
+namespace layout = format::table_definition;
 
 /// The definition's bytes, whose lengths and constants are checked without a view to their meaning.
 class Layout {
@@ -31,25 +21,25 @@ public:
     bool gather() {
         PageReader pages = context_.reader();
         for (PageNumber next = first_; pageStarts_.empty() || next != kNoPage;) {
-            if (pageStarts_.size() == kMaxPages) {
+            if (pageStarts_.size() == layout::kMaxPages) {
                 fail("the definition has too many pages");
                 return false;
             }
             const auto page = takePage(context_, pages, next, {OwnerKind::Definition, first_},
-                                       {kDefinitionPageType});
+                                       {PageType::Definition});
             if (!page) return false;
-            pageStarts_.push_back({next, bytes_.size(), load<std::uint16_t>(*page, 2)});
-            const std::size_t skipped = bytes_.empty() ? 0 : kPageHeader;
+            pageStarts_.push_back({next, bytes_.size(), load(*page, format::page::kFreeBytes)});
+            const std::size_t skipped = bytes_.empty() ? 0 : layout::kPageHead;
             bytes_.insert(bytes_.end(), page->begin() + static_cast<std::ptrdiff_t>(skipped),
                           page->end());
-            next = PageNumber{load<std::uint32_t>(*page, 4)};
+            next = load(*page, layout::kNextPage);
         }
         return true;
     }
 
     void check() {
-        const auto length = load<std::uint32_t>(bytes_, 8);
-        if (length < kVariablePart || length > bytes_.size()) {
+        const std::uint32_t length = load(bytes_, layout::kLength);
+        if (length < layout::kHeadSize || length > bytes_.size()) {
             return fail("the definition is longer than its pages");
         }
         for (const PageStart& page : pageStarts_) checkFreeBytes(page, length);
@@ -75,12 +65,10 @@ private:
         if (!right) fail(message);
     }
 
-    /// The field counts the header of a page once more.
     void checkFreeBytes(const PageStart& page, std::size_t length) {
-        const std::size_t header = page.begin == 0 ? 0 : kPageHeader;
+        const std::size_t head = page.begin == 0 ? 0 : layout::kPageHead;
         const std::size_t part = length > page.begin ? length - page.begin : 0;
-        const std::size_t used = header + part + kPageHeader;
-        const std::size_t expected = used < kPageSize ? kPageSize - used : 0;
+        const std::uint16_t expected = layout::freeBytes(head + part);
         if (page.freeBytes == expected) return;
         context_.report.error(Rule::DefinitionLayout, page.number,
                               std::to_string(expected) + " bytes are free, but the page says " +
@@ -88,33 +76,40 @@ private:
     }
 
     void walk(Reader reader) {
-        const Bytes header = reader.take(kVariablePart);
-        const auto columns = load<std::uint16_t>(header, 45);
-        const auto logical = load<std::uint32_t>(header, 47);
-        const auto physical = load<std::uint32_t>(header, 51);
-        expect(load<std::uint32_t>(header, 12) == kDefinitionMark,
+        const Bytes header = reader.take(layout::kHeadSize);
+        const std::uint16_t columns = load(header, layout::kColumnCount);
+        const std::uint32_t logical = load(header, layout::kLogicalIndexCount);
+        const std::uint32_t physical = load(header, layout::kPhysicalIndexCount);
+        const std::uint8_t kind = load(header, layout::kTableKind);
+        expect(load(header, layout::kMagic) == layout::kMagicValue,
                "the constant of the definition is wrong");
-        expect(header[40] == 'N' || header[40] == 'S', "the kind of the table is unknown");
-        for (std::uint32_t i = 0; i < physical; ++i) reader.take(kCounterSize);
+        expect(kind == layout::kUserTable || kind == layout::kSystemTable,
+               "the kind of the table is unknown");
+        for (std::uint32_t i = 0; i < physical; ++i) reader.take(format::index_counter::kSize);
         for (unsigned i = 0; i < columns; ++i) {
-            expect(load<std::uint32_t>(reader.take(kColumnSize), 1) == kDefinitionMark,
+            const Bytes column = reader.take(format::column::kSize);
+            expect(load(column, format::column::kMagic) == layout::kMagicValue,
                    "the constant of a column is wrong");
         }
         for (unsigned i = 0; i < columns; ++i) skipName(reader);
         for (std::uint32_t i = 0; i < physical; ++i) {
-            expect(load<std::uint32_t>(reader.take(kPhysicalIndexSize), 0) == kIndexMark,
-                   "the constant of an index is wrong");
+            const Bytes index = reader.take(format::physical_index::kSize);
+            expect(
+                load(index, format::physical_index::kMagic) == format::physical_index::kMagicValue,
+                "the constant of an index is wrong");
         }
         for (std::uint32_t i = 0; i < logical; ++i) {
-            const Bytes index = reader.take(kLogicalIndexSize);
-            expect(load<std::uint32_t>(index, 0) == kDefinitionMark,
+            const Bytes index = reader.take(format::logical_index::kSize);
+            expect(load(index, format::logical_index::kMagic) == layout::kMagicValue,
                    "the constant of an index's name is wrong");
-            if (load<std::uint32_t>(index, 8) >= physical) {
+            if (load(index, format::logical_index::kPhysical) >= physical) {
                 context_.report.error(Rule::IndexDefinition, first_, "an index has no tree");
             }
         }
         for (std::uint32_t i = 0; i < logical; ++i) skipName(reader);
-        while (reader.next<std::uint16_t>() != kEnd) reader.take(kLongValueMapSize);
+        while (reader.next<std::uint16_t>() != layout::kNoColumn) {
+            reader.take(format::long_value_maps::kSize - format::long_value_maps::kColumn.end());
+        }
         expect(reader.remaining() == 0, "the definition ends before its stated length");
     }
 

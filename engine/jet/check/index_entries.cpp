@@ -1,5 +1,7 @@
 #include "engine/jet/check/index_entries.h"
 
+#include "engine/jet/format/index_key.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -14,7 +16,9 @@ EntryCheck::EntryCheck(Context& context, const TableDefinition& definition,
       name_{std::move(name)},
       keys_{context, definition, index, rows, name_},
       seen_(rows.ids.size()) {
-    for (const IndexColumn& part : index.columns) nullKey_.push_back(part.ascending ? 0x00 : 0xFF);
+    for (const IndexColumn& part : index.columns) {
+        nullKey_.push_back(format::index_key::flags(part.ascending).null);
+    }
 }
 
 void EntryCheck::add(Bytes key, RowId row, PageNumber leaf) {

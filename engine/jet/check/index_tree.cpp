@@ -11,23 +11,15 @@
 namespace jet::checking {
 namespace {
 
-constexpr unsigned kDeepest = 20;
-constexpr std::size_t kBitmapOffset = 27;
-constexpr std::size_t kAreaOffset = 480;
-constexpr std::size_t kArea = kPageSize - kAreaOffset;
+namespace layout = format::index_page;
 
 /// Where the last entry ends, as the bitmap says.
 std::size_t usedBytes(Bytes page) {
-    for (std::size_t i = kAreaOffset; i-- > kBitmapOffset;) {
+    for (std::size_t i = layout::kEntries; i-- > layout::kBitmap;) {
         if (page[i] == 0) continue;
-        return 8 * (i - kBitmapOffset) + static_cast<std::size_t>(std::bit_width(page[i])) - 1;
+        return 8 * (i - layout::kBitmap) + static_cast<std::size_t>(std::bit_width(page[i])) - 1;
     }
     return 0;
-}
-
-RowId rowOf(Bytes entry) {
-    const Bytes at = entry.last(IndexPage::kRowIdBytes);
-    return {PageNumber{unsigned{at[0]} << 16 | unsigned{at[1]} << 8 | at[2]}, at[3]};
 }
 
 }  // namespace
@@ -63,12 +55,12 @@ bool IndexTreeCheck::run() {
 }
 
 bool IndexTreeCheck::visit(PageNumber number, const Position& position) {
-    if (position.depth > kDeepest) {
+    if (position.depth > layout::kMaxDepth) {
         fail(number, "the tree is too deep");
         return false;
     }
     const auto taken =
-        takePage(context_, pages_, number, owner_, {kLeafPageType, kIntermediatePageType});
+        takePage(context_, pages_, number, owner_, {PageType::Leaf, PageType::Intermediate});
     if (!taken) return false;
     visited_.push_back(number);
     // The reader holds one page only, and the way down needs those above.
@@ -82,7 +74,7 @@ bool IndexTreeCheck::visit(PageNumber number, const Position& position) {
         return visitLeaf(bytes, page);
     } catch (const Error& error) {
         if (error.fault() != Fault::Damaged) throw;
-        const bool foreign = load<std::uint32_t>(bytes, 4) != raw(definition_.page);
+        const bool foreign = load(bytes, layout::kOwner) != raw(definition_.page);
         context_.report.error(foreign ? Rule::PageOwner : Rule::IndexPage, number,
                               name_ + ": " + error.what());
         return false;
@@ -94,21 +86,23 @@ void IndexTreeCheck::checkLayout(Bytes bytes, PageNumber number, const Position&
         context_.report.error(Rule::IndexPage, number, name_ + ": " + message);
     };
     const std::size_t used = usedBytes(bytes);
-    if (used > kArea) return;  // reported with the entries
-    if (load<std::uint16_t>(bytes, 2) != kArea - used) report("the number of free bytes is wrong");
-    const bool leaf = bytes[0] == kLeafPageType;
-    const unsigned level = bytes[26];
+    if (used > layout::kCapacity) return;  // reported with the entries
+    if (load(bytes, format::page::kFreeBytes) != layout::kCapacity - used) {
+        report("the number of free bytes is wrong");
+    }
+    const bool leaf = load(bytes, format::page::kType) == PageType::Leaf;
+    const unsigned level = load(bytes, layout::kLevel);
     if (leaf != (level == 0) || (position.level && *position.level != level)) {
         // Some writers leave the field at 0, and readers go by the page's type.
         context_.report.warning(Rule::IndexPage, number,
                                 name_ + ": the level of the page is wrong");
     }
     if (leaf) {
-        if (load<std::uint32_t>(bytes, 20) != 0) report("a leaf has a page below it");
+        if (load(bytes, layout::kTail) != kNoPage) report("a leaf has a page below it");
         return;
     }
-    if (PageNumber{load<std::uint32_t>(bytes, 12)} != position.previous ||
-        PageNumber{load<std::uint32_t>(bytes, 16)} != position.next) {
+    if (load(bytes, layout::kPrevious) != position.previous ||
+        load(bytes, layout::kNext) != position.next) {
         context_.report.warning(Rule::IndexTree, number,
                                 name_ + ": the page is not linked with its neighbours");
     }
@@ -116,7 +110,7 @@ void IndexTreeCheck::checkLayout(Bytes bytes, PageNumber number, const Position&
 
 bool IndexTreeCheck::visitLeaf(Bytes bytes, const IndexPage& page) {
     const PageNumber number = page.number();
-    if (complete_ && PageNumber{load<std::uint32_t>(bytes, 12)} != lastLeaf_) {
+    if (complete_ && load(bytes, layout::kPrevious) != lastLeaf_) {
         fail(number, "the leaf is linked to another one before it");
     }
     if (complete_ && lastLeaf_ != kNoPage && expectedLeaf_ != number) {
@@ -130,8 +124,7 @@ bool IndexTreeCheck::visitLeaf(Bytes bytes, const IndexPage& page) {
         if (i == 0 && !lastEntry_.empty() && entry <= lastEntry_) {
             fail(number, "the leaf's entries do not follow those before");
         }
-        const Bytes whole{entry};
-        entries_.add(whole.first(whole.size() - IndexPage::kRowIdBytes), rowOf(whole), number);
+        entries_.add(keyOf(entry), rowOf(entry), number);
     }
     if (page.size() > 0) lastEntry_ = std::move(entry);
     return true;
@@ -140,7 +133,8 @@ bool IndexTreeCheck::visitLeaf(Bytes bytes, const IndexPage& page) {
 bool IndexTreeCheck::visitChildren(Bytes bytes, const IndexPage& page, const Position& position) {
     std::vector<PageNumber> children;
     for (std::size_t i = 0; i < page.size(); ++i) children.push_back(page.child(i));
-    const PageNumber tail{load<std::uint32_t>(bytes, 20)};
+    const unsigned level = load(bytes, layout::kLevel);
+    const PageNumber tail = load(bytes, layout::kTail);
     if (tail == kNoPage) {
         fail(page.number(), "there is no page behind the last entry");
     } else {
@@ -150,7 +144,7 @@ bool IndexTreeCheck::visitChildren(Bytes bytes, const IndexPage& page, const Pos
     for (std::size_t i = 0; i < children.size(); ++i) {
         Position below;
         below.depth = position.depth + 1;
-        if (bytes[26] > 0) below.level = bytes[26] - 1u;
+        if (level > 0) below.level = level - 1;
         if (i > 0) below.previous = children[i - 1];
         if (i + 1 < children.size()) below.next = children[i + 1];
         const bool whole = visit(children[i], below);

@@ -23,7 +23,7 @@ public:
 private:
     /// What the page above says about a page.
     struct Position {
-        unsigned depth = 1;
+        int depth = 1;
         std::optional<unsigned> level;  ///< above the leaves; the root's own page says it
         PageNumber previous = kNoPage;  ///< on an intermediate level: under the same parent
         PageNumber next = kNoPage;
@@ -46,7 +46,7 @@ private:
     std::vector<PageNumber> visited_;
     PageNumber lastLeaf_ = kNoPage;
     PageNumber expectedLeaf_ = kNoPage;  ///< that the last leaf names as the next one
-    unsigned leafDepth_ = 0;
+    int leafDepth_ = 0;
     Key lastEntry_;
     bool complete_ = true;
 };

@@ -3,6 +3,7 @@
 #include "engine/jet/bytes.h"
 #include "engine/jet/check/maps.h"
 #include "engine/jet/check/pages.h"
+#include "engine/jet/format/long_value.h"
 #include "engine/jet/text.h"
 
 #include <algorithm>
@@ -10,12 +11,7 @@
 namespace jet::checking {
 namespace {
 
-constexpr std::size_t kHeaderSize = 12;
-constexpr std::size_t kLinkSize = 4;
-constexpr std::size_t kStamp = 8;  ///< in the header, and on the first page of a chain
-constexpr std::uint32_t kLengthMask = 0x3FFFFFFF;
-constexpr std::uint32_t kInlineFlag = 0x80000000;
-constexpr std::uint32_t kSingleFlag = 0x40000000;
+namespace layout = format::long_value;
 
 }  // namespace
 
@@ -39,8 +35,9 @@ LongValueCheck::LongValueCheck(Context& context, const TableDefinition& definiti
 
 void LongValueCheck::takePages(const std::vector<PageNumber>& pages, const Owner& owner) {
     for (const PageNumber number : pages) {
-        const auto page = takePage(context_, reader_, number, owner, {kDataPageType});
-        const bool owned = page && checkPageOwner(context_, *page, number, kLongValueOwner);
+        const auto page = takePage(context_, reader_, number, owner, {PageType::Data});
+        const bool owned =
+            page && checkPageOwner(context_, *page, number, format::data_page::kLongValueOwner);
         if (!owned || !checkDataPage(context_, *page, number)) {
             complete_ = false;
             continue;
@@ -72,22 +69,23 @@ bool LongValueCheck::fail(RowId row, const std::string& message) {
 
 bool LongValueCheck::check(Bytes field, RowId row) {
     if (field.empty()) return true;
-    const auto word = load<std::uint32_t>(field, 0);
-    const std::size_t length = word & kLengthMask;
-    if ((word & kInlineFlag) != 0) return checkInline(field, length, row);
-    if (field.size() != kHeaderSize) return fail(row, "bytes follow the head of the long value");
-    const auto part = RowId::fromPacked(load<std::uint32_t>(field, 4));
+    const std::uint32_t word = load(field, layout::kLength);
+    const std::size_t length = word & layout::kLengthMask;
+    if ((word & layout::kInline) != 0) return checkInline(field, length, row);
+    if (field.size() != layout::kHeadSize)
+        return fail(row, "bytes follow the head of the long value");
+    const RowId part = load(field, layout::kRow);
     if (length == 0 && part.page() == kNoPage) return true;
     ++context_.report.report().longValues;
-    return (word & kSingleFlag) != 0 ? checkSingle(part, length, row)
-                                     : checkChain(field, part, length, row);
+    return (word & layout::kSingle) != 0 ? checkSingle(part, length, row)
+                                         : checkChain(field, part, length, row);
 }
 
 bool LongValueCheck::checkInline(Bytes field, std::size_t length, RowId row) {
-    if (field.size() != kHeaderSize + length) {
+    if (field.size() != layout::kHeadSize + length) {
         return fail(row, "the long value is not as long as it says");
     }
-    return checkCharacters(field.subspan(kHeaderSize), length, row);
+    return checkCharacters(field.subspan(layout::kHeadSize), length, row);
 }
 
 bool LongValueCheck::checkSingle(RowId part, std::size_t length, RowId row) {
@@ -103,17 +101,17 @@ bool LongValueCheck::checkChain(Bytes field, RowId part, std::size_t length, Row
         // No part is taken twice, so a ring ends.
         const auto bytes = takePart(part, row);
         if (!bytes) return false;
-        if (bytes->size() <= kLinkSize) return fail(row, "a part of the long value is empty");
-        const auto next = load<std::uint32_t>(*bytes, 0);
+        if (bytes->size() <= layout::kPiece) return fail(row, "a part of the long value is empty");
+        const RowId next = load(*bytes, layout::kNext);
         if (first) {
-            if (!checkCharacters(bytes->subspan(kLinkSize), length, row)) return false;
+            if (!checkCharacters(bytes->subspan(layout::kPiece), length, row)) return false;
             const Bytes page = reader_.page(part.page());
-            if (load<std::uint32_t>(page, kStamp) != load<std::uint32_t>(field, kStamp)) {
+            if (load(page, format::data_page::kStamp) != load(field, layout::kStamp)) {
                 return fail(row, "the first page of the long value has another stamp");
             }
         }
-        found += bytes->size() - kLinkSize;
-        part = RowId::fromPacked(next);
+        found += bytes->size() - layout::kPiece;
+        part = next;
     }
     return found == length || fail(row, "the long value is not as long as it says");
 }
@@ -141,7 +139,7 @@ std::optional<Bytes> LongValueCheck::takePart(RowId part, RowId row) {
 }
 
 bool LongValueCheck::checkCharacters(Bytes beginning, std::size_t length, RowId row) {
-    if (column_.type != ColumnType::Memo || length % 2 == 0) return true;
+    if (column_.type != ColumnType::Memo || length % format::text::kUnitSize == 0) return true;
     return isCompressedText(beginning) || fail(row, "the text ends in half a character");
 }
 

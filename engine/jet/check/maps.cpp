@@ -3,6 +3,7 @@
 #include "engine/jet/bytes.h"
 #include "engine/jet/check/pages.h"
 #include "engine/jet/data_page.h"
+#include "engine/jet/format/usage_map.h"
 
 #include <algorithm>
 #include <bit>
@@ -10,11 +11,7 @@
 namespace jet::checking {
 namespace {
 
-constexpr RowId kFreePages{PageNumber{1}, 0};
-constexpr std::uint32_t kFreePagesOwner = 1;
-constexpr std::size_t kShortestRow = 5;
-constexpr std::uint8_t kInline = 0;
-constexpr std::uint8_t kReference = 1;
+namespace layout = format::usage_map;
 
 /// The set bits of a map while it is read.
 struct Bits {
@@ -45,33 +42,35 @@ std::optional<std::vector<std::uint8_t>> takeRow(Context& context, PageReader& p
     if (!context.mapRows.insert(map.packed()).second) return fail("two maps share the row");
     const bool known =
         context.inFile(map.page()) && context.owners.of(map.page()).kind == OwnerKind::MapRows;
-    const auto page = takePage(context, pages, map.page(), {OwnerKind::MapRows}, {kDataPageType});
+    const auto page = takePage(context, pages, map.page(), {OwnerKind::MapRows}, {PageType::Data});
     if (!page) return std::nullopt;
     if (!known) {
         checkDataPage(context, *page, map.page());
-        checkPageOwner(context, *page, map.page(), 0);
+        checkPageOwner(context, *page, map.page(), layout::kOwner);
     }
-    if (load<std::uint16_t>(*page, 12) > 256) return std::nullopt;
+    if (load(*page, format::data_page::kSlotCount) > format::data_page::kMaxSlots)
+        return std::nullopt;
     const auto slot = DataPage{*page, map.page()}.slot(map.slot());
     if (!slot || slot->deleted) return fail("the row of a usage map does not exist");
     if (slot->pointer || slot->moved) return fail("the row of a usage map is marked as moved");
-    if (slot->bytes.size() < kShortestRow) return fail("a usage map is too short");
+    if (slot->bytes.size() < layout::kMinRowSize) return fail("a usage map is too short");
     return std::vector<std::uint8_t>{slot->bytes.begin(), slot->bytes.end()};
 }
 
 /// Adds the bits behind each slot of a reference map; false if a bitmap page cannot be read.
 bool addReferences(Context& context, PageReader& pages, Bytes row, PageNumber table, Bits& bits) {
     bool readable = true;
-    for (std::size_t i = 0; 1 + 4 * (i + 1) <= row.size(); ++i) {
-        const PageNumber number{load<std::uint32_t>(row, 1 + 4 * i)};
+    for (std::size_t i = 0; i < layout::referenceCount(row.size()); ++i) {
+        const PageNumber number = load(row, layout::reference(i));
         if (number == kNoPage) continue;
         const auto page =
-            takePage(context, pages, number, {OwnerKind::Bitmap, table}, {kBitmapPageType});
+            takePage(context, pages, number, {OwnerKind::Bitmap, table}, {PageType::Bitmap});
         if (!page) {
             readable = false;
             continue;
         }
-        bits.add(context, page->subspan(kBitmapOffset), std::uint64_t{i} * kPagesPerBitmap);
+        bits.add(context, page->subspan(layout::kBitmapBits),
+                 std::uint64_t{i} * layout::kPagesPerBitmap);
     }
     return readable;
 }
@@ -89,13 +88,13 @@ void setFree(std::vector<bool>& free, Bytes bitmap, std::size_t begin) {
 bool setFreeByReference(Context& context, PageReader& pages, Bytes row, std::vector<bool>& free) {
     bool readable = true;
     std::fill(free.begin(), free.end(), true);
-    for (std::size_t i = 0; 1 + 4 * (i + 1) <= row.size(); ++i) {
-        const PageNumber number{load<std::uint32_t>(row, 1 + 4 * i)};
-        const std::size_t first = i * kPagesPerBitmap;
+    for (std::size_t i = 0; i < layout::referenceCount(row.size()); ++i) {
+        const PageNumber number = load(row, layout::reference(i));
+        const std::size_t first = i * layout::kPagesPerBitmap;
         if (number == kNoPage || first >= free.size()) continue;
-        const auto page = takePage(context, pages, number, {OwnerKind::Bitmap}, {kBitmapPageType});
+        const auto page = takePage(context, pages, number, {OwnerKind::Bitmap}, {PageType::Bitmap});
         if (page) {
-            setFree(free, page->subspan(kBitmapOffset), first);
+            setFree(free, page->subspan(layout::kBitmapBits), first);
         } else {
             readable = false;
         }
@@ -113,9 +112,10 @@ std::optional<std::vector<PageNumber>> readMap(Context& context, RowId map, Page
     if (!row) return std::nullopt;
     Bits bits;
     bool readable = true;
-    if (row->front() == kInline) {
-        bits.add(context, Bytes{*row}.subspan(kShortestRow), load<std::uint32_t>(*row, 1));
-    } else if (row->front() == kReference) {
+    const layout::Kind kind = load(*row, layout::kKind);
+    if (kind == layout::Kind::Inline) {
+        bits.add(context, Bytes{*row}.subspan(layout::kBits), load(*row, layout::kFirstPage));
+    } else if (kind == layout::Kind::Reference) {
         readable = addReferences(context, pages, *row, table, bits);
     } else {
         context.report.error(Rule::UsageMap, map, "the usage map is of an unknown kind");
@@ -141,25 +141,28 @@ void checkFreeMap(Context& context, const std::vector<PageNumber>& owned,
 
 std::optional<std::vector<bool>> readFreePages(Context& context) {
     PageReader pages = context.reader();
-    const PageNumber number = kFreePages.page();
-    const auto page = takePage(context, pages, number, {OwnerKind::FreePages}, {kDataPageType});
+    const PageNumber number = layout::kFreePages.page();
+    const auto page = takePage(context, pages, number, {OwnerKind::FreePages}, {PageType::Data});
     if (!page) return std::nullopt;
-    checkPageOwner(context, *page, number, kFreePagesOwner);
+    checkPageOwner(context, *page, number, layout::kFreePagesOwner);
     if (!checkDataPage(context, *page, number)) return std::nullopt;
-    const auto slot = DataPage{*page, number}.slot(kFreePages.slot());
-    if (!slot || slot->bytes.size() < kShortestRow) {
-        context.report.error(Rule::UsageMap, kFreePages, "the map of free pages is missing");
+    const auto slot = DataPage{*page, number}.slot(layout::kFreePages.slot());
+    if (!slot || slot->bytes.size() < layout::kMinRowSize) {
+        context.report.error(Rule::UsageMap, layout::kFreePages,
+                             "the map of free pages is missing");
         return std::nullopt;
     }
     const std::vector<std::uint8_t> row{slot->bytes.begin(), slot->bytes.end()};
     std::vector<bool> free(context.pageCount);
-    if (row[0] == kInline) {
-        setFree(free, Bytes{row}.subspan(kShortestRow), load<std::uint32_t>(row, 1));
+    const layout::Kind kind = load(row, layout::kKind);
+    if (kind == layout::Kind::Inline) {
+        setFree(free, Bytes{row}.subspan(layout::kBits), load(row, layout::kFirstPage));
         return free;
     }
-    if (row[0] == kReference && setFreeByReference(context, pages, row, free)) return free;
-    if (row[0] > kReference) {
-        context.report.error(Rule::UsageMap, kFreePages,
+    if (kind == layout::Kind::Reference && setFreeByReference(context, pages, row, free))
+        return free;
+    if (kind > layout::Kind::Reference) {
+        context.report.error(Rule::UsageMap, layout::kFreePages,
                              "the map of free pages is of an unknown kind");
     }
     return std::nullopt;

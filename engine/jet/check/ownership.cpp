@@ -1,6 +1,6 @@
 #include "engine/jet/check/ownership.h"
 
-#include "engine/jet/usage_map.h"
+#include "engine/jet/format/page.h"
 
 namespace jet::checking {
 namespace {
@@ -8,7 +8,7 @@ namespace {
 // From the top: 4 bits for the kind, 9 for the part, 19 for the table.
 constexpr unsigned kPartShift = 19;
 constexpr unsigned kKindShift = 28;
-static_assert(kMaxFilePages <= 1u << kPartShift);
+static_assert(format::page::kMaxCount <= 1u << kPartShift);
 
 std::uint32_t pack(const Owner& owner) {
     return static_cast<std::uint32_t>(owner.kind) << kKindShift | owner.part << kPartShift |

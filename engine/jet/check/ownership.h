@@ -28,7 +28,7 @@ enum class OwnerKind : std::uint8_t {
 
 struct Owner {
     OwnerKind kind = OwnerKind::None;
-    PageNumber table = kNoPage;  ///< first page of its definition; below kMaxFilePages
+    PageNumber table = kNoPage;  ///< first page of its definition; below format::page::kMaxCount
     unsigned part = 0;           ///< place of the column or index in the definition; below 512
 
     friend bool operator==(const Owner&, const Owner&) = default;

@@ -2,6 +2,7 @@
 
 #include "engine/jet/bytes.h"
 #include "engine/jet/data_page.h"
+#include "engine/jet/format/header_page.h"
 
 #include <algorithm>
 #include <array>
@@ -9,11 +10,7 @@
 namespace jet::checking {
 namespace {
 
-constexpr std::size_t kSlotTable = 14;
-constexpr std::uint16_t kOffsetMask = 0x1FFF;
-constexpr std::uint16_t kFlagMask = 0xC000;
-constexpr std::uint16_t kDeleted = 0xC000;
-constexpr unsigned kMaxSlots = 255;
+namespace layout = format::data_page;
 
 /// One after the other: where the rows of a page begin, and how they are marked.
 class SlotCheck {
@@ -22,10 +19,10 @@ public:
         : report_{context.report},
           page_{page},
           number_{number},
-          count_{load<std::uint16_t>(page, 12)} {}
+          count_{load(page, layout::kSlotCount)} {}
 
     bool run() {
-        if (count_ > kMaxSlots) {
+        if (count_ > layout::kMaxSlotsWritten) {
             report_.error(Rule::DataPage, number_,
                           "there are " + std::to_string(count_) + " slots");
             return false;
@@ -37,22 +34,23 @@ public:
 
 private:
     void checkSlot(unsigned slot) {
-        const auto word = load<std::uint16_t>(page_, kSlotTable + 2 * slot);
-        const std::size_t offset = word & kOffsetMask;
+        const auto word = load(page_, layout::slot(slot));
+        const std::size_t offset = word & layout::kOffsetMask;
         const RowId row{number_, slot};
-        if ((word & ~(kFlagMask | kOffsetMask)) != 0) fail(row, "the slot has an unknown mark");
-        if (offset > end_ || offset < kSlotTable + std::size_t{2} * count_) {
+        if ((word & ~(layout::kFlagMask | layout::kOffsetMask)) != 0)
+            fail(row, "the slot has an unknown mark");
+        if (offset > end_ || offset < layout::slotsEnd(count_)) {
             return fail(row, "the row lies outside its place on the page");
         }
-        if ((word & kFlagMask) == kDeleted && offset != end_) {
+        if ((word & layout::kFlagMask) == layout::kDeleted && offset != end_) {
             report_.warning(Rule::DataPage, row, "a deleted row keeps its bytes");
         }
         end_ = offset;
     }
 
     void checkFreeBytes() {
-        const std::size_t expected = end_ - kSlotTable - std::size_t{2} * count_;
-        const auto stored = load<std::uint16_t>(page_, 2);
+        const std::size_t expected = end_ - layout::slotsEnd(count_);
+        const auto stored = load(page_, format::page::kFreeBytes);
         if (stored == expected) return;
         report_.error(Rule::DataPage, number_,
                       std::to_string(expected) + " bytes are free, but the page says " +
@@ -75,24 +73,25 @@ private:
 }  // namespace
 
 void checkHeaderPage(Context& context) {
-    constexpr std::size_t kZeros = 0xA0;
-    constexpr std::size_t kZerosEnd = 0xE00;
+    namespace header = format::header_page;
     std::array<std::uint8_t, kPageSize> page{};
     context.storage.readPages(kNoPage, page);
     context.owners.claim(kNoPage, {OwnerKind::Header});
     const auto expect = [&](bool right, const char* message) {
         if (!right) context.report.error(Rule::Header, kNoPage, message);
     };
-    expect(load<std::uint32_t>(page, 0) == 0x100, "the page's type is wrong");
-    expect(load<std::uint32_t>(page, 0x98) == 0x654, "the constant behind the header is wrong");
-    expect(load<std::uint32_t>(page, 0x9C) == 0x302E34, "the version's text is not 4.0");
-    expect(std::all_of(page.begin() + kZeros, page.begin() + kZerosEnd,
+    expect(load(page, header::kStart) == header::kStartValue, "the page's type is wrong");
+    expect(load(page, header::kMagic) == header::kMagicValue,
+           "the constant behind the header is wrong");
+    expect(load(page, header::kVersionText) == header::kVersionTextValue,
+           "the version's text is not 4.0");
+    expect(std::all_of(page.begin() + header::kZeros, page.begin() + header::kCommits,
                        [](std::uint8_t byte) { return byte == 0; }),
            "bytes that no writer uses are not zero");
 }
 
 std::optional<Bytes> takePage(Context& context, PageReader& pages, PageNumber number,
-                              const Owner& owner, std::initializer_list<std::uint8_t> types) {
+                              const Owner& owner, std::initializer_list<PageType> types) {
     if (!context.inFile(number)) {
         context.report.error(Rule::PageReference, number,
                              "the page lies outside the file, but belongs to " + describe(owner));
@@ -106,11 +105,13 @@ std::optional<Bytes> takePage(Context& context, PageReader& pages, PageNumber nu
         return std::nullopt;
     }
     const Bytes page = pages.page(number);
-    const bool expected = std::find(types.begin(), types.end(), page[0]) != types.end();
-    if (!again && (!expected || page[1] != 1)) {
+    const PageType type = load(page, format::page::kType);
+    const std::uint8_t mark = load(page, format::page::kMark);
+    const bool expected = std::find(types.begin(), types.end(), type) != types.end();
+    if (!again && (!expected || mark != format::page::kInUse)) {
         context.report.error(Rule::PageType, number,
-                             "a page of type " + std::to_string(page[0]) + ", " +
-                                 std::to_string(page[1]) + " is no page of " + describe(owner));
+                             "a page of type " + std::to_string(static_cast<unsigned>(type)) +
+                                 ", " + std::to_string(mark) + " is no page of " + describe(owner));
     }
     if (!expected) return std::nullopt;
     return page;
@@ -121,7 +122,7 @@ bool checkDataPage(Context& context, Bytes page, PageNumber number) {
 }
 
 bool checkPageOwner(Context& context, Bytes page, PageNumber number, std::uint32_t owner) {
-    const auto stored = load<std::uint32_t>(page, 4);
+    const std::uint32_t stored = load(page, layout::kOwner);
     if (stored == owner) return true;
     context.report.error(
         Rule::PageOwner, number,

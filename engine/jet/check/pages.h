@@ -1,21 +1,19 @@
 // Checks of single pages, whatever stands on them.
 //
-//   const auto page = takePage(context, pages, number, {OwnerKind::Rows, table}, {kDataPageType});
+//   const auto page = takePage(context, pages, number, {OwnerKind::Rows, table}, {PageType::Data});
 //   if (page) checkDataPage(context, *page, number);
 //
 // One thread, that of the check.
 #pragma once
 
 #include "engine/jet/check/context.h"
+#include "engine/jet/format/page.h"
 
 #include <initializer_list>
 
 namespace jet::checking {
 
-inline constexpr std::uint8_t kDataPageType = 1;
-inline constexpr std::uint8_t kDefinitionPageType = 2;
-inline constexpr std::uint8_t kIntermediatePageType = 3;
-inline constexpr std::uint8_t kLeafPageType = 4;
+using format::PageType;
 
 /// Constants of the header page.
 void checkHeaderPage(Context& context);
@@ -23,12 +21,13 @@ void checkHeaderPage(Context& context);
 /// Gives the page to `owner` and returns its bytes; nothing, and a finding, if it lies outside the
 /// file, has an owner already or is of none of `types`.
 std::optional<Bytes> takePage(Context& context, PageReader& pages, PageNumber number,
-                              const Owner& owner, std::initializer_list<std::uint8_t> types);
+                              const Owner& owner, std::initializer_list<PageType> types);
 
 /// The slots of a page of rows. Returns whether they can be relied on.
 bool checkDataPage(Context& context, Bytes page, PageNumber number);
 
-/// Whether the page of rows names `owner`: a table's number, kLongValueOwner, 0 on map pages.
+/// Whether the page of rows names `owner`: a table's number, or as
+/// format/data_page.h and format/usage_map.h say.
 bool checkPageOwner(Context& context, Bytes page, PageNumber number, std::uint32_t owner);
 
 }  // namespace jet::checking

@@ -2,6 +2,7 @@
 
 #include "engine/jet/bytes.h"
 #include "engine/jet/check/definition.h"
+#include "engine/jet/format/long_value.h"
 #include "engine/jet/text.h"
 
 #include <algorithm>
@@ -10,8 +11,7 @@
 namespace jet::checking {
 namespace {
 
-constexpr std::size_t kCountSize = 2;
-constexpr std::size_t kLongValueHeader = 12;
+namespace layout = format::record;
 
 }  // namespace
 
@@ -25,7 +25,7 @@ RecordCheck::RecordCheck(Context& context, const TableDefinition& definition)
         if (column == nullptr) {
             shape.allKnown = false;
         } else if (column->fixed) {
-            const std::size_t end = kCountSize + column->fixedOffset + fixedBytes(*column);
+            const std::size_t end = layout::kFixedPart + column->fixedOffset + fixedBytes(*column);
             if (fixedBytes(*column) > 0) shape.fixedEnd = std::max(shape.fixedEnd, end);
         } else if (column->type != ColumnType::Boolean) {
             shape.hasVariable = true;
@@ -42,13 +42,13 @@ bool RecordCheck::fail(RowId row, const std::string& message) {
 }
 
 bool RecordCheck::check(Bytes bytes, RowId row) {
-    if (bytes.size() < kCountSize) return fail(row, "the record is cut short");
-    const std::size_t columns = load<std::uint16_t>(bytes, 0);
+    if (bytes.size() < layout::kFixedPart) return fail(row, "the record is cut short");
+    const std::size_t columns = load(bytes, layout::kColumnCount);
     if (columns >= shapes_.size()) {
         return fail(row, "the record has " + std::to_string(columns) + " columns");
     }
     const Shape& shape = shapes_[columns];
-    const std::size_t maskSize = (columns + 7) / 8;
+    const std::size_t maskSize = layout::maskSize(columns);
     if (shape.fixedEnd + maskSize > bytes.size()) {
         return fail(row, "the record is too short for its columns");
     }
@@ -60,25 +60,28 @@ bool RecordCheck::check(Bytes bytes, RowId row) {
 /// From the mask towards the front: number of variable columns, where each begins, where the last
 /// one ends.
 bool RecordCheck::checkTrailer(Bytes bytes, std::size_t maskOffset, const Shape& shape, RowId row) {
-    if (maskOffset < shape.fixedEnd + 4) return fail(row, "the record lacks its offset table");
-    const std::size_t count = load<std::uint16_t>(bytes, maskOffset - 2);
+    if (shape.fixedEnd + layout::trailerSize(0) > maskOffset) {
+        return fail(row, "the record lacks its offset table");
+    }
+    const std::size_t count = load(bytes, layout::variableCount(maskOffset));
     if (count > definition_.variableColumnsEver) {
         return fail(row, "the record has " + std::to_string(count) + " variable columns");
     }
-    if (shape.fixedEnd + 4 + 2 * count > maskOffset) {
+    if (shape.fixedEnd + layout::trailerSize(count) > maskOffset) {
         return fail(row, "the offset table is too long");
     }
-    const std::size_t firstPlace = maskOffset - 4;
-    std::size_t before = load<std::uint16_t>(bytes, firstPlace);
+    std::size_t before = load(bytes, layout::variableOffset(maskOffset, 0));
     if (before < shape.fixedEnd || (shape.allKnown && before != shape.fixedEnd)) {
         return fail(row, "the first variable value does not follow the fixed ones");
     }
     for (std::size_t i = 1; i <= count; ++i) {
-        const std::size_t offset = load<std::uint16_t>(bytes, firstPlace - 2 * i);
+        const std::size_t offset = load(bytes, layout::variableOffset(maskOffset, i));
         if (offset < before) return fail(row, "the offsets of the record do not ascend");
         before = offset;
     }
-    if (before > firstPlace - 2 * count) return fail(row, "the values run into the offset table");
+    if (before > layout::variableOffset(maskOffset, count).offset) {
+        return fail(row, "the values run into the offset table");
+    }
     return true;
 }
 
@@ -103,15 +106,16 @@ const char* RecordCheck::whatIsWrong(const Column& column, Bytes value) {
         return value.size() == ownSize ? nullptr : "the value is not as long as its type";
     }
     if (column.isLongValue()) {
-        const bool whole = value.empty() || value.size() >= kLongValueHeader;
+        const bool whole = value.empty() || value.size() >= format::long_value::kHeadSize;
         return whole ? nullptr : "the head of the long value is cut short";
     }
     if (column.type == ColumnType::Text) {
-        if (!isCompressedText(value) && value.size() % 2 != 0) {
+        if (!isCompressedText(value) && value.size() % format::text::kUnitSize != 0) {
             return "the text ends in half a character";
         }
-        return countCharacters(value) <= column.size / 2u ? nullptr
-                                                          : "the text is longer than its column";
+        return countCharacters(value) <= column.size / format::text::kUnitSize
+                   ? nullptr
+                   : "the text is longer than its column";
     }
     if (column.type == ColumnType::Binary && value.size() > column.size) {
         return "the value is longer than its column";
@@ -120,10 +124,11 @@ const char* RecordCheck::whatIsWrong(const Column& column, Bytes value) {
 }
 
 std::size_t RecordCheck::countCharacters(Bytes text) {
-    if (!isCompressedText(text)) return text.size() / 2;
+    if (!isCompressedText(text)) return text.size() / format::text::kUnitSize;
     // Without a zero byte there is a byte a character.
-    const Bytes characters = text.subspan(2);
-    if (characters.empty() || std::memchr(characters.data(), 0, characters.size()) == nullptr) {
+    const Bytes characters = text.subspan(format::text::kCompressed.size());
+    if (characters.empty() ||
+        std::memchr(characters.data(), format::text::kChange, characters.size()) == nullptr) {
         return characters.size();
     }
     text_.clear();

@@ -23,8 +23,9 @@ public:
 private:
     /// What a record must have that knows the columns below some number.
     struct Shape {
-        std::size_t fixedEnd = 2;  ///< first byte behind the fixed columns that there still are
-        bool allKnown = true;      ///< no column of a lower number was deleted
+        std::size_t fixedEnd = format::record::
+            kFixedPart;        ///< first byte behind the fixed columns that there still are
+        bool allKnown = true;  ///< no column of a lower number was deleted
         bool hasVariable = false;
     };
 

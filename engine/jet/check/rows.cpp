@@ -30,7 +30,7 @@ private:
 
     bool takePageOfRows(PageNumber number) {
         const auto page =
-            takePage(context_, pages_, number, {OwnerKind::Rows, owner_}, {kDataPageType});
+            takePage(context_, pages_, number, {OwnerKind::Rows, owner_}, {PageType::Data});
         if (!page) return false;
         const bool owned = checkPageOwner(context_, *page, number, raw(owner_));
         if (!checkDataPage(context_, *page, number) || !owned) return false;
@@ -48,9 +48,9 @@ private:
         }
         rows_.ids.push_back(row);
         if (!slot.pointer) return;
-        const bool whole = slot.bytes.size() >= sizeof(std::uint32_t);
-        const auto target = whole ? load<std::uint32_t>(slot.bytes, 0) : 0;
-        pointers_.push_back({row, RowId::fromPacked(target)});
+        namespace layout = format::data_page;
+        const bool whole = slot.bytes.size() >= layout::kTarget.end();
+        pointers_.push_back({row, whole ? load(slot.bytes, layout::kTarget) : RowId{}});
     }
 
     void checkPointers() {

@@ -1,4 +1,4 @@
-// The small vocabulary of the file format: page numbers, row identities, column types.
+// The vocabulary of the file format: page numbers, row ids, types of columns, kinds of indexes.
 //
 //   const jet::RowId row{jet::PageNumber{17}, 3};
 //   use(row.page(), row.slot());
@@ -13,7 +13,7 @@
 
 namespace jet {
 
-/// Bytes of one page. Page n stands at byte n * kPageSize of the file.
+/// Bytes of one page. Page n begins at byte n * kPageSize of the file.
 inline constexpr std::size_t kPageSize = 4096;
 
 /// A view of stored bytes; whoever hands it out says how long it holds.
@@ -27,8 +27,8 @@ constexpr std::uint32_t raw(PageNumber page) { return static_cast<std::uint32_t>
 /// No page: links that end, maps that do not exist. (Page 0 is the header and never a target.)
 inline constexpr PageNumber kNoPage{0};
 
-/// Names one row of the file: a page and a slot on it. Also the pointers to usage maps and long
-/// values, which are rows too. As stored: low byte the slot, upper three bytes the page.
+/// Names one row of the file: a page and a slot on it. Usage maps and pieces of long values are rows
+/// too. As stored: the slot in the low byte, the page in the upper three.
 class RowId {
 public:
     constexpr RowId() = default;
@@ -68,5 +68,8 @@ enum class ColumnType : std::uint8_t {
     Numeric = 16,  ///< 17 bytes: sign and a 128-bit magnitude, scaled by the column
     InternalBinary = 17,
 };
+
+/// Kinds of logical indexes, with the codes that stand in the file.
+enum class IndexKind : std::uint8_t { Plain = 0, PrimaryKey = 1, ForeignKey = 2 };
 
 }  // namespace jet

@@ -11,13 +11,7 @@
 namespace jet {
 namespace {
 
-constexpr std::uint32_t kTablesContainer = 0x0F000001;
-constexpr std::uint32_t kDatabaseObject = 0x10000000;  ///< its owner is the database's Admin user
-constexpr std::uint32_t kSystemFlags = 0x80000002;
-constexpr std::uint32_t kPageMask = 0x00FFFFFF;
-
-// Rights of the access control entries that new tables get.
-constexpr std::int32_t kAllRights = 0x000FFEFF;
+namespace layout = format::catalog;
 
 std::shared_ptr<const Table> systemTable(Database& database, std::u16string_view name) {
     auto table = database.table(name);
@@ -83,7 +77,7 @@ std::optional<Found> findObject(const Table& objects, std::uint32_t id) {
 
 void CatalogWriter::requireFree(std::u16string_view name) {
     for (const CatalogEntry& entry : context_.database.catalog()) {
-        if (entry.parentId != kTablesContainer ||
+        if (entry.parentId != layout::kTablesContainer ||
             compareText(entry.name, name) != std::strong_ordering::equal) {
             continue;
         }
@@ -93,13 +87,13 @@ void CatalogWriter::requireFree(std::u16string_view name) {
 
 void CatalogWriter::addTable(PageNumber definition, std::u16string_view name) {
     const auto objects = systemTable(context_.database, u"MSysObjects");
-    const auto admin = findObject(*objects, kDatabaseObject);
+    const auto admin = findObject(*objects, layout::kDatabaseObject);
     if (!admin) throwDamaged(objects->definition().page, "the catalog lacks the database itself");
     SystemRow row{objects->definition()};
     row[u"Id"] = static_cast<std::int32_t>(raw(definition));
-    row[u"ParentId"] = static_cast<std::int32_t>(kTablesContainer);
+    row[u"ParentId"] = static_cast<std::int32_t>(layout::kTablesContainer);
     row[u"Name"] = std::u16string{name};
-    row[u"Type"] = std::int16_t{1};
+    row[u"Type"] = layout::kTable;
     row[u"DateCreate"] = context_.now;
     row[u"DateUpdate"] = context_.now;
     row[u"Owner"] = admin->owner;
@@ -116,15 +110,15 @@ void CatalogWriter::addTable(PageNumber definition, std::u16string_view name) {
 void CatalogWriter::grantRights(PageNumber definition) {
     const auto objects = systemTable(context_.database, u"MSysObjects");
     const auto rights = systemTable(context_.database, u"MSysACEs");
-    const Value owner = findObject(*objects, kDatabaseObject)->owner;
-    constexpr std::int32_t kCreatorRights = 0x000F00FE;
+    const Value owner = findObject(*objects, layout::kDatabaseObject)->owner;
     std::vector<Value> holders{owner};
     forEachRow(*rights, [&](RowId, const auto& field) {
         const Value inherited = field(u"FInheritable");
         const Value granted = field(u"ACM");
-        if (idOf(field(u"ObjectId")) != kTablesContainer || inherited != Value{true}) return;
+        if (idOf(field(u"ObjectId")) != layout::kTablesContainer || inherited != Value{true})
+            return;
         const Value holder = field(u"SID");
-        if (granted == Value{kCreatorRights}) return;
+        if (granted == Value{layout::kCreatorRights}) return;
         if (std::ranges::find(holders, holder) == holders.end()) holders.push_back(holder);
     });
     TableWriter writer{context_, rights->definition()};
@@ -132,7 +126,7 @@ void CatalogWriter::grantRights(PageNumber definition) {
         SystemRow row{rights->definition()};
         row[u"ObjectId"] = static_cast<std::int32_t>(raw(definition));
         row[u"SID"] = holder;
-        row[u"ACM"] = kAllRights;
+        row[u"ACM"] = layout::kAllRights;
         row[u"FInheritable"] = false;
         writer.insert(row.values);
     }
@@ -143,8 +137,8 @@ void CatalogWriter::touch(PageNumber definition) {
     const auto objects = systemTable(context_.database, u"MSysObjects");
     std::optional<RowId> found;
     forEachRow(*objects, [&](RowId row, const auto& field) {
-        const bool isTable = field(u"Type") == Value{std::int16_t{1}};
-        if (isTable && (idOf(field(u"Id")) & kPageMask) == raw(definition)) found = row;
+        const bool isTable = field(u"Type") == Value{layout::kTable};
+        if (isTable && (idOf(field(u"Id")) & layout::kPageMask) == raw(definition)) found = row;
     });
     if (!found) throwDamaged(objects->definition().page, "the catalog lacks a table");
     TableWriter writer{context_, objects->definition()};
@@ -157,7 +151,7 @@ void CatalogWriter::removeTable(PageNumber definition) {
     const auto objects = systemTable(context_.database, u"MSysObjects");
     const auto found = findObject(*objects, raw(definition));
     if (!found) throwDamaged(objects->definition().page, "the catalog lacks a table");
-    if ((found->flags & kSystemFlags) != 0) {
+    if ((found->flags & layout::kSystemFlags) != 0) {
         throw Error{Fault::ReadOnly, "A system table cannot be dropped."};
     }
     TableWriter objectWriter{context_, objects->definition()};

@@ -1,42 +1,43 @@
 #include "engine/jet/write/data_page_edit.h"
 
+#include "engine/jet/format/page.h"
+
 #include <algorithm>
-#include <cstring>
 
 namespace jet {
 namespace {
 
-constexpr std::size_t kSlotTable = 14;
-constexpr std::uint16_t kOffsetMask = 0x1FFF;
+namespace layout = format::data_page;
 
-void store16(Page& page, std::size_t offset, std::size_t value) {
-    const auto stored = static_cast<std::uint16_t>(value);
-    std::memcpy(page.data() + offset, &stored, sizeof stored);
+std::uint16_t slotWord(std::size_t offset, std::uint16_t flags) {
+    return static_cast<std::uint16_t>(offset | flags);
 }
 
 std::size_t startOfRows(const Page& page) {
     const unsigned count = slotCount(page);
     if (count == 0) return kPageSize;
-    return load<std::uint16_t>(page, kSlotTable + 2 * (count - 1)) & kOffsetMask;
+    return load(page, layout::slot(count - 1)) & layout::kOffsetMask;
 }
 
-void noteFreeBytes(Page& page) { store16(page, 2, freeBytes(page)); }
+void noteFreeBytes(Page& page) {
+    store(page, format::page::kFreeBytes, static_cast<std::uint16_t>(freeBytes(page)));
+}
 
 }  // namespace
 
 void formatDataPage(Page& page, std::uint32_t owner) {
     page.fill(0);
-    page[0] = 1;
-    page[1] = 1;
-    std::memcpy(page.data() + 4, &owner, sizeof owner);
+    store(page, format::page::kType, format::PageType::Data);
+    store(page, format::page::kMark, format::page::kInUse);
+    store(page, layout::kOwner, owner);
     noteFreeBytes(page);
 }
 
-unsigned slotCount(const Page& page) { return load<std::uint16_t>(page, 12); }
+unsigned slotCount(const Page& page) { return load(page, layout::kSlotCount); }
 
 std::size_t freeBytes(const Page& page) {
     const std::size_t start = startOfRows(page);
-    const std::size_t slotsEnd = kSlotTable + 2 * slotCount(page);
+    const std::size_t slotsEnd = layout::slotsEnd(slotCount(page));
     return start > kPageSize || start < slotsEnd ? 0 : start - slotsEnd;
 }
 
@@ -49,7 +50,8 @@ bool isSound(const Page& page, PageNumber number) {
 }
 
 bool hasRoom(const Page& page, std::size_t size) {
-    return slotCount(page) < kMaxRows && freeBytes(page) >= size + 2;
+    return slotCount(page) < layout::kMaxSlotsWritten &&
+           freeBytes(page) >= size + layout::kSlotSize;
 }
 
 std::optional<unsigned> appendRow(Page& page, Bytes row, std::uint16_t flags) {
@@ -57,8 +59,8 @@ std::optional<unsigned> appendRow(Page& page, Bytes row, std::uint16_t flags) {
     const unsigned slot = slotCount(page);
     const std::size_t start = startOfRows(page) - row.size();
     std::copy(row.begin(), row.end(), page.begin() + static_cast<std::ptrdiff_t>(start));
-    store16(page, kSlotTable + 2 * slot, start | flags);
-    store16(page, 12, slot + 1);
+    store(page, layout::slot(slot), slotWord(start, flags));
+    store(page, layout::kSlotCount, static_cast<std::uint16_t>(slot + 1));
     noteFreeBytes(page);
     return slot;
 }
@@ -76,14 +78,14 @@ PageLayout::PageLayout(const Page& page, PageNumber number) : number_{number}, c
     for (unsigned i = 0; i < source.slotCount(); ++i) {
         const auto slot = source.slot(i);
         if (!slot) throwDamaged(number, "a row lies outside its page");
-        rows.push_back({static_cast<std::uint16_t>((slot->pointer ? kPointerSlot : 0) |
-                                                   (slot->moved ? kMovedSlot : 0)),
+        rows.push_back({static_cast<std::uint16_t>((slot->pointer ? layout::kPointer : 0) |
+                                                   (slot->moved ? layout::kMoved : 0)),
                         slot->bytes});
     }
 }
 
 std::size_t PageLayout::size() const {
-    std::size_t size = 2 * rows.size();
+    std::size_t size = layout::kSlotSize * rows.size();
     for (const Row& row : rows) size += row.bytes.size();
     return size;
 }
@@ -96,10 +98,10 @@ void PageLayout::writeTo(Page& page) const {
         start -= row.bytes.size();
         std::copy(row.bytes.begin(), row.bytes.end(),
                   page.begin() + static_cast<std::ptrdiff_t>(start));
-        store16(page, kSlotTable + 2 * i, start | row.flags);
+        store(page, layout::slot(i), slotWord(start, row.flags));
     }
-    store16(page, 12, rows.size());
-    const std::size_t slotsEnd = kSlotTable + 2 * rows.size();
+    store(page, layout::kSlotCount, static_cast<std::uint16_t>(rows.size()));
+    const std::size_t slotsEnd = layout::slotsEnd(rows.size());
     std::fill(page.begin() + static_cast<std::ptrdiff_t>(slotsEnd),
               page.begin() + static_cast<std::ptrdiff_t>(start), std::uint8_t{0});
     noteFreeBytes(page);

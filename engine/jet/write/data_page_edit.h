@@ -6,7 +6,7 @@
 //   layout.rows[3].bytes = longerRecord;
 //   if (layout.fits()) layout.writeTo(*page);
 //
-// One thread, that of the statement.
+// The layout of a page is in format/data_page.h. One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/data_page.h"
@@ -15,19 +15,6 @@
 #include <vector>
 
 namespace jet {
-
-inline constexpr std::uint16_t kPointerSlot = 0x4000;
-inline constexpr std::uint16_t kMovedSlot = 0x8000;
-inline constexpr std::uint16_t kDeletedSlot = 0xC000;
-
-/// A row's identity has one byte for the slot, and this engine's makers use 255 of them.
-inline constexpr unsigned kMaxRows = 255;
-
-/// A pointer to a record that moved.
-inline constexpr std::size_t kPointerRowSize = 4;
-
-/// The usual limit of a record; a page could hold 20 bytes more.
-inline constexpr std::size_t kMaxRecordBytes = 4060;
 
 /// Makes `page` an empty data page.
 void formatDataPage(Page& page, std::uint32_t owner);
@@ -54,8 +41,8 @@ std::span<std::uint8_t> rowBytes(Page& page, PageNumber number, unsigned slot);
 class PageLayout {
 public:
     struct Row {
-        std::uint16_t flags = 0;
-        Bytes bytes;  ///< none of a deleted row
+        std::uint16_t flags = 0;  ///< as in format/data_page.h
+        Bytes bytes;              ///< none of a deleted row
     };
 
     /// Throws Error{Damaged} if it is no data page or a row lies outside it: what cannot be read
@@ -66,8 +53,7 @@ public:
 
     /// Bytes of rows and slots together.
     std::size_t size() const;
-    static constexpr std::size_t kCapacity = kPageSize - 14;
-    bool fits() const { return size() <= kCapacity; }
+    bool fits() const { return size() <= format::data_page::kCapacity; }
 
     /// Throws Error{Damaged} if it does not fit: as it was read, that is, as rows overlapped.
     void writeTo(Page& page) const;

@@ -1,69 +1,77 @@
 #include "engine/jet/write/definition_blocks.h"
 
-#include <cstring>
-
 namespace jet {
-namespace {
 
 using Block = DefinitionEditor::Block;
 
-template <typename T>
-void put(Block& block, std::size_t offset, T value) {
-    std::memcpy(block.data() + offset, &value, sizeof value);
-}
-
-}  // namespace
-
 Block encodeColumn(const ColumnBlock& column) {
-    constexpr std::size_t kSize = 25;
-    constexpr std::uint16_t kGeneral = 0x0409;
-    Block block(kSize);
-    block[0] = static_cast<std::uint8_t>(column.type);
-    put(block, 1, std::uint32_t{0x659});
-    put(block, 5, column.id);
-    put(block, 7, column.variableIndex);
-    put(block, 9, column.ordinal);
+    namespace layout = format::column;
+    Block block(layout::kSize);
+    store(block, layout::kType, column.type);
+    store(block, layout::kMagic, format::table_definition::kMagicValue);
+    store(block, layout::kId, column.id);
+    store(block, layout::kVariableIndex, column.variableIndex);
+    store(block, layout::kOrdinal, column.ordinal);
     if (column.type == ColumnType::Numeric) {
-        block[11] = column.precision;
-        block[12] = column.scale;
+        store(block, layout::kPrecision, column.precision);
+        store(block, layout::kScale, column.scale);
     } else {
-        put(block, 11, kGeneral);
+        store(block, layout::kLanguage, layout::kGeneral);
     }
-    block[15] = column.flags;
-    block[16] = column.compressed ? 1 : 0;
-    put(block, 21, column.fixedOffset);
-    put(block, 23, column.size);
+    store(block, layout::kFlags, column.flags);
+    store(block, layout::kMoreFlags, column.compressed ? layout::kCompressed : std::uint8_t{0});
+    store(block, layout::kFixedOffset, column.fixedOffset);
+    store(block, layout::kLength, column.size);
     return block;
 }
 
 Block encodePhysicalIndex(const PhysicalIndex& index) {
-    constexpr std::size_t kSize = 52;
-    constexpr std::uint8_t kAlways = 0x80;
-    Block block(kSize);
-    put(block, 0, std::uint32_t{0x783});
-    for (std::size_t i = 0; i < kMaxIndexColumns; ++i) {
+    namespace layout = format::physical_index;
+    Block block(layout::kSize);
+    store(block, layout::kMagic, layout::kMagicValue);
+    for (std::size_t i = 0; i < layout::kMaxColumns; ++i) {
         const bool used = i < index.columns.size();
-        put(block, 4 + 3 * i, used ? index.columns[i].columnId : std::uint16_t{0xFFFF});
-        block[4 + 3 * i + 2] = used && index.columns[i].ascending ? 1 : 0;
+        const std::uint16_t id =
+            used ? index.columns[i].columnId : format::table_definition::kNoColumn;
+        store(block, layout::columnId(i), id);
+        store(block, layout::ascending(i), used && index.columns[i].ascending ? 1 : 0);
     }
-    put(block, 34, index.map.packed());
-    put(block, 38, raw(index.root));
-    block[46] =
-        static_cast<std::uint8_t>(kAlways | (index.unique ? 0x01 : 0) |
-                                  (index.ignoreNulls ? 0x02 : 0) | (index.required ? 0x08 : 0));
+    store(block, layout::kMap, index.map);
+    store(block, layout::kRoot, index.root);
+    store(block, layout::kFlags,
+          static_cast<std::uint8_t>(layout::kAlways | (index.unique ? layout::kUnique : 0) |
+                                    (index.ignoreNulls ? layout::kIgnoreNulls : 0) |
+                                    (index.required ? layout::kRequired : 0)));
     return block;
 }
 
 Block encodeLogicalIndex(const LogicalIndex& index) {
-    constexpr std::size_t kSize = 28;
-    Block block(kSize);
-    put(block, 0, std::uint32_t{0x659});
-    put(block, 4, index.number);
-    put(block, 8, index.physical);
-    put(block, 13, std::uint32_t{0xFFFFFFFF});
-    block[21] = 4;
-    block[22] = 4;
-    block[23] = static_cast<std::uint8_t>(index.kind);
+    namespace layout = format::logical_index;
+    Block block(layout::kSize);
+    store(block, layout::kMagic, format::table_definition::kMagicValue);
+    store(block, layout::kNumber, index.number);
+    store(block, layout::kPhysical, index.physical);
+    store(block, layout::kOtherIndex, layout::kNoIndex);
+    store(block, layout::kCascadeUpdates, layout::kNoCascade);
+    store(block, layout::kCascadeDeletes, layout::kNoCascade);
+    store(block, layout::kKind, index.kind);
+    return block;
+}
+
+Block encodeIndexCounter(std::uint32_t entries, std::uint32_t distinctKeys) {
+    namespace layout = format::index_counter;
+    Block block(layout::kSize);
+    store(block, layout::kEntriesAtBuild, entries);
+    store(block, layout::kDistinctKeys, distinctKeys);
+    return block;
+}
+
+Block encodeLongValueMaps(std::uint16_t columnId, RowId owned, RowId free) {
+    namespace layout = format::long_value_maps;
+    Block block(layout::kSize);
+    store(block, layout::kColumn, columnId);
+    store(block, layout::kOwned, owned);
+    store(block, layout::kFree, free);
     return block;
 }
 

@@ -1,4 +1,5 @@
-// The blocks that a table definition consists of, as they are stored.
+// The blocks that a table definition consists of, as they are stored. The layout is in
+// format/table_definition.h.
 //
 //   definition.addColumn(jet::encodeColumn({.type = jet::ColumnType::Long, .size = 4}), u"Age");
 //
@@ -17,13 +18,6 @@ struct ColumnCounts {
     std::size_t fixedEnd = 0;  ///< of the fixed part of a record
 };
 
-/// Flags of a column's descriptor.
-inline constexpr std::uint8_t kColumnFixed = 0x01;
-inline constexpr std::uint8_t kColumnUpdatable = 0x02;  ///< set on every column
-inline constexpr std::uint8_t kColumnAutonumber = 0x04;
-inline constexpr std::uint8_t kColumnOfSystem = 0x10;
-inline constexpr std::uint8_t kColumnOfRights = 0x20;  ///< security identifiers
-
 /// What a descriptor says, in the order of its fields.
 struct ColumnBlock {
     ColumnType type = ColumnType::Text;
@@ -32,7 +26,7 @@ struct ColumnBlock {
     std::uint16_t ordinal = 0;
     std::uint8_t precision = 0;
     std::uint8_t scale = 0;
-    std::uint8_t flags = kColumnUpdatable;
+    std::uint8_t flags = format::column::kUpdatable;
     bool compressed = false;
     std::uint16_t fixedOffset = 0;
     std::uint16_t size = 0;
@@ -41,8 +35,7 @@ struct ColumnBlock {
 DefinitionEditor::Block encodeColumn(const ColumnBlock& column);
 DefinitionEditor::Block encodePhysicalIndex(const PhysicalIndex& index);
 DefinitionEditor::Block encodeLogicalIndex(const LogicalIndex& index);
-
-/// An index has at most this many columns.
-inline constexpr std::size_t kMaxIndexColumns = 10;
+DefinitionEditor::Block encodeIndexCounter(std::uint32_t entries, std::uint32_t distinctKeys);
+DefinitionEditor::Block encodeLongValueMaps(std::uint16_t columnId, RowId owned, RowId free);
 
 }  // namespace jet

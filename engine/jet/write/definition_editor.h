@@ -5,14 +5,14 @@
 //   definition.addColumn(descriptor, name);
 //   definition.write();
 //
-// One thread, that of the statement.
+// The layout is in format/table_definition.h. One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/bytes.h"
+#include "engine/jet/format/table_definition.h"
 #include "engine/jet/table_definition.h"
 #include "engine/jet/write/write_context.h"
 
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -20,7 +20,6 @@ namespace jet {
 
 class DefinitionEditor {
 public:
-    static constexpr std::size_t kHeadSize = 63;
     using Block = std::vector<std::uint8_t>;
 
     struct Named {
@@ -35,7 +34,7 @@ public:
     DefinitionEditor(WriteContext& context, PageNumber first, bool system, RowId ownedMap,
                      RowId freeMap);
 
-    /// Appends a column: its descriptor of 25 bytes. Counts are the caller's to set.
+    /// Appends a column and its block (definition_blocks.h). Counts are the caller's to set.
     void addColumn(Block descriptor, std::u16string name);
 
     /// Appends a physical index, and its counters.
@@ -48,11 +47,11 @@ public:
     /// Appends the maps of a long-value column.
     void addLongValueMaps(std::uint16_t columnId, RowId owned, RowId free);
 
-    /// Fields of the head, by their offset.
+    /// Sets a field of the head.
     template <typename T>
-    T get(std::size_t offset) const;
-    template <typename T>
-    void set(std::size_t offset, T value);
+    void set(format::Field<T> field, std::type_identity_t<T> value) {
+        store(head_, field, value);
+    }
 
     /// Writes the definition to its first page and as many others as it needs.
     /// Throws as Pager::edit, Error{FileFull}.
@@ -60,6 +59,7 @@ public:
 
 private:
     Block encode() const;
+    void takePages(std::size_t size);
 
     WriteContext& context_;
     PageNumber first_;
@@ -71,21 +71,5 @@ private:
     std::vector<Named> logical_;
     std::vector<Block> longValueMaps_;
 };
-
-/// Offsets in the head.
-inline constexpr std::size_t kDefinitionRowCount = 16;
-inline constexpr std::size_t kDefinitionColumnsEver = 41;
-inline constexpr std::size_t kDefinitionVariableEver = 43;
-inline constexpr std::size_t kDefinitionColumns = 45;
-
-template <typename T>
-T DefinitionEditor::get(std::size_t offset) const {
-    return load<T>(head_, offset);
-}
-
-template <typename T>
-void DefinitionEditor::set(std::size_t offset, T value) {
-    std::memcpy(head_.data() + offset, &value, sizeof value);
-}
 
 }  // namespace jet

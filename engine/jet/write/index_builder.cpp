@@ -16,7 +16,8 @@ void IndexBuilder::add(Bytes key, RowId row) {
 /// Whether the leaf has room for the entry, which must share what the others share.
 bool IndexBuilder::takes(std::size_t entrySize) const {
     if (leaf_.entries.empty()) return true;
-    if (used_ + entrySize - std::min(prefix_, entrySize) > IndexNode::kCapacity) return false;
+    if (used_ + entrySize - std::min(prefix_, entrySize) > format::index_page::kCapacity)
+        return false;
     return commonPrefix(leaf_.entries.front().bytes, entry_) >= prefix_;
 }
 
@@ -63,8 +64,9 @@ IndexBuilder::Level IndexBuilder::group(const Level& children) {
     Level parents;
     std::size_t used = 0;
     for (std::size_t i = 0; i < children.size(); ++i) {
-        const std::size_t entry = i == 0 ? 0 : children[i - 1].last.size() + IndexNode::kChildBytes;
-        if (i == 0 || used + entry > IndexNode::kCapacity) {
+        const std::size_t entry =
+            i == 0 ? 0 : children[i - 1].last.size() + format::index_page::kChildSize;
+        if (i == 0 || used + entry > format::index_page::kCapacity) {
             parents.emplace_back().first = i;
             used = 0;
         } else {

@@ -1,26 +1,13 @@
 #include "engine/jet/write/index_node.h"
 
 #include "engine/jet/bytes.h"
+#include "engine/jet/format/page.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace jet {
-namespace {
 
-constexpr std::size_t kBitmapOffset = 27;
-constexpr std::size_t kAreaOffset = 480;
-
-template <typename T>
-void store(Page& page, std::size_t offset, T value) {
-    std::memcpy(page.data() + offset, &value, sizeof value);
-}
-
-void appendBigEndian(Key& out, std::uint32_t value, unsigned bytes) {
-    for (unsigned i = bytes; i-- > 0;) out.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
-}
-
-}  // namespace
+namespace layout = format::index_page;
 
 std::size_t commonPrefix(Bytes left, Bytes right) {
     return static_cast<std::size_t>(std::ranges::mismatch(left, right).in1 - left.begin());
@@ -28,18 +15,18 @@ std::size_t commonPrefix(Bytes left, Bytes right) {
 
 void makeEntry(Bytes key, RowId row, Key& out) {
     out.assign(key.begin(), key.end());
-    appendBigEndian(out, raw(row.page()), 3);
-    appendBigEndian(out, row.slot(), 1);
+    appendBigEndian(out, raw(row.page()), layout::kRowPageSize);
+    appendBigEndian(out, row.slot(), layout::kRowSlotSize);
 }
 
 IndexNode::IndexNode(const Page& page, PageNumber pageNumber, PageNumber owner)
     : number{pageNumber},
-      previous{load<std::uint32_t>(page, 12)},
-      next{load<std::uint32_t>(page, 16)},
-      tail{load<std::uint32_t>(page, 20)} {
+      previous{load(page, layout::kPrevious)},
+      next{load(page, layout::kNext)},
+      tail{load(page, layout::kTail)} {
     const IndexPage source{page, pageNumber, owner};
     // Pages found in the wild may lack the level of anything above a leaf.
-    level = source.isLeaf() ? 0u : std::max(1u, unsigned{page[26]});
+    level = source.isLeaf() ? 0u : std::max(1u, unsigned{load(page, layout::kLevel)});
     if (source.isLeaf()) tail = kNoPage;
     entries.resize(source.size());
     for (std::size_t i = 0; i < entries.size(); ++i) {
@@ -68,7 +55,7 @@ std::size_t IndexNode::lowerBound(Bytes entry) const {
 std::size_t IndexNode::plainSize(std::size_t begin, std::size_t end) const {
     std::size_t size = 0;
     for (std::size_t i = begin; i < end; ++i) {
-        size += entries[i].bytes.size() + (isLeaf() ? 0 : kChildBytes);
+        size += entries[i].bytes.size() + childSize();
     }
     return size;
 }
@@ -76,7 +63,7 @@ std::size_t IndexNode::plainSize(std::size_t begin, std::size_t end) const {
 /// Bytes that all entries but the first leave out. Only leaves are compressed, as the original
 /// engine does, and only when they have to be.
 std::size_t IndexNode::prefix(std::size_t begin, std::size_t end) const {
-    if (!isLeaf() || plainSize(begin, end) <= kCapacity) return 0;
+    if (!isLeaf() || plainSize(begin, end) <= layout::kCapacity) return 0;
     return commonPrefix(entries[begin].bytes, entries[end - 1].bytes);
 }
 
@@ -89,26 +76,27 @@ std::size_t IndexNode::size(std::size_t begin, std::size_t end) const {
 void IndexNode::writeTo(Page& page, PageNumber owner) const {
     if (!fits()) throwDamaged(number, "an index page is fuller than this engine can write it");
     page.fill(0);
-    page[0] = isLeaf() ? 4 : 3;
-    page[1] = 1;
-    store(page, 2, static_cast<std::uint16_t>(kCapacity - size()));
-    store(page, 4, raw(owner));
-    store(page, 12, raw(previous));
-    store(page, 16, raw(next));
-    store(page, 20, raw(tail));
+    const auto type = isLeaf() ? format::PageType::Leaf : format::PageType::Intermediate;
     const std::size_t shared = prefix(0, entries.size());
-    store(page, 24, static_cast<std::uint16_t>(shared));
-    page[26] = static_cast<std::uint8_t>(level);
+    store(page, format::page::kType, type);
+    store(page, format::page::kMark, format::page::kInUse);
+    store(page, format::page::kFreeBytes, static_cast<std::uint16_t>(layout::kCapacity - size()));
+    store(page, layout::kOwner, raw(owner));
+    store(page, layout::kPrevious, previous);
+    store(page, layout::kNext, next);
+    store(page, layout::kTail, tail);
+    store(page, layout::kPrefix, static_cast<std::uint16_t>(shared));
+    store(page, layout::kLevel, static_cast<std::uint8_t>(level));
     std::size_t end = 0;
     Key stored;
     for (std::size_t i = 0; i < entries.size(); ++i) {
         const Bytes bytes = Bytes{entries[i].bytes}.subspan(i == 0 ? 0 : shared);
         stored.assign(bytes.begin(), bytes.end());
-        if (!isLeaf()) appendBigEndian(stored, raw(entries[i].child), 4);
+        appendBigEndian(stored, raw(entries[i].child), childSize());
         std::copy(stored.begin(), stored.end(),
-                  page.begin() + static_cast<std::ptrdiff_t>(kAreaOffset + end));
+                  page.begin() + static_cast<std::ptrdiff_t>(layout::kEntries + end));
         end += stored.size();
-        std::uint8_t& bits = page[kBitmapOffset + end / 8];
+        std::uint8_t& bits = page[layout::kBitmap + end / 8];
         bits = static_cast<std::uint8_t>(bits | 1u << (end % 8));
     }
 }

@@ -4,7 +4,7 @@
 //   node.entries.insert(node.entries.begin() + at, {entry, kNoPage});
 //   if (node.fits()) node.writeTo(*pager.edit(number), owner);
 //
-// One thread, that of the statement.
+// The layout is in format/index_page.h. One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/index_page.h"
@@ -20,9 +20,6 @@ struct IndexNode {
         PageNumber child = kNoPage;
     };
 
-    static constexpr std::size_t kCapacity = 3616;  ///< bytes of the entry area
-    static constexpr std::size_t kChildBytes = 4;
-
     /// An empty leaf.
     IndexNode() = default;
 
@@ -30,6 +27,9 @@ struct IndexNode {
     IndexNode(const Page& page, PageNumber number, PageNumber owner);
 
     bool isLeaf() const { return level == 0; }
+
+    /// Bytes of an entry that are not in Entry::bytes.
+    std::size_t childSize() const { return isLeaf() ? 0 : format::index_page::kChildSize; }
 
     /// The first entry that is not less than `entry`.
     std::size_t lowerBound(Bytes entry) const;
@@ -41,10 +41,12 @@ struct IndexNode {
 
     /// Bytes that the entries take on a page.
     std::size_t size() const { return size(0, entries.size()); }
-    bool fits() const { return size() <= kCapacity; }
+    bool fits() const { return size() <= format::index_page::kCapacity; }
 
     /// Whether the entries from `begin` to before `end` would fit onto a page.
-    bool fits(std::size_t begin, std::size_t end) const { return size(begin, end) <= kCapacity; }
+    bool fits(std::size_t begin, std::size_t end) const {
+        return size(begin, end) <= format::index_page::kCapacity;
+    }
 
     /// Throws Error{Damaged} if it does not fit: a page above the leaves may have been packed by
     /// another engine.

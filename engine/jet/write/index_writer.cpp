@@ -1,6 +1,7 @@
 #include "engine/jet/write/index_writer.h"
 
 #include "engine/jet/bytes.h"
+#include "engine/jet/format/index_key.h"
 #include "engine/jet/write/index_builder.h"
 
 #include <algorithm>
@@ -9,20 +10,14 @@
 namespace jet {
 namespace {
 
-/// A file has at most 2^19 pages and every page of a tree takes two entries at least.
-constexpr int kDeepest = 20;
-
-bool hasKey(const Key& entry, const Key& key) {
-    return entry.size() == key.size() + IndexPage::kRowIdBytes &&
-           std::equal(key.begin(), key.end(), entry.begin());
-}
+bool hasKey(const Key& entry, const Key& key) { return std::ranges::equal(keyOf(entry), key); }
 
 }  // namespace
 
 bool isNullKey(const Key& key, const PhysicalIndex& index) {
     if (key.size() != index.columns.size()) return false;
     for (std::size_t i = 0; i < key.size(); ++i) {
-        if (key[i] != (index.columns[i].ascending ? 0x00 : 0xFF)) return false;
+        if (key[i] != format::index_key::flags(index.columns[i].ascending).null) return false;
     }
     return true;
 }
@@ -49,7 +44,8 @@ void IndexWriter::insert(const Key& key, RowId row) {
 }
 
 IndexWriter::Outcome IndexWriter::insertBelow(PageNumber number, const Key& entry, int depth) {
-    if (depth == kDeepest) throwDamaged(number, "an index is deeper than can be");
+    if (depth == format::index_page::kMaxDepth)
+        throwDamaged(number, "an index is deeper than can be");
     IndexNode node = load(number);
     const std::size_t at = node.lowerBound(entry);
     Outcome outcome;
@@ -88,7 +84,8 @@ void IndexWriter::remove(const Key& key, RowId row) {
 }
 
 IndexWriter::Outcome IndexWriter::removeBelow(PageNumber number, const Key& entry, int depth) {
-    if (depth == kDeepest) throwDamaged(number, "an index is deeper than can be");
+    if (depth == format::index_page::kMaxDepth)
+        throwDamaged(number, "an index is deeper than can be");
     IndexNode node = load(number);
     const std::size_t at = node.lowerBound(entry);
     Outcome outcome;
@@ -152,7 +149,7 @@ void IndexWriter::store(IndexNode& node, bool appended, Outcome& outcome) {
 std::size_t IndexWriter::splitPoint(const IndexNode& node, bool appended) const {
     const std::size_t most = node.entries.size() - 1;
     if (appended) return most;
-    const std::size_t child = node.isLeaf() ? 0 : IndexNode::kChildBytes;
+    const std::size_t child = node.childSize();
     std::size_t total = 0;
     for (const auto& entry : node.entries) total += entry.bytes.size() + child;
     std::size_t count = 1;
@@ -243,7 +240,8 @@ void IndexWriter::unlink(const IndexNode& node) {
 bool IndexWriter::holds(const Key& key) const {
     IndexNode node = load(index_.root);
     for (int depth = 0; !node.isLeaf(); ++depth) {
-        if (depth == kDeepest) throwDamaged(node.number, "an index is deeper than can be");
+        if (depth == format::index_page::kMaxDepth)
+            throwDamaged(node.number, "an index is deeper than can be");
         node = load(node.child(node.lowerBound(key)));
     }
     std::size_t at = node.lowerBound(key);

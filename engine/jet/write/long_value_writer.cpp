@@ -1,71 +1,56 @@
 #include "engine/jet/write/long_value_writer.h"
 
 #include "engine/jet/bytes.h"
+#include "engine/jet/format/long_value.h"
+#include "engine/jet/format/page.h"
 #include "engine/jet/write/data_page_edit.h"
 
 #include <algorithm>
-#include <cstring>
 #include <vector>
 
 namespace jet {
 namespace {
 
-constexpr std::size_t kHeaderSize = 12;
-constexpr std::size_t kLinkSize = 4;
-constexpr std::uint32_t kLengthMask = 0x3FFFFFFF;
-constexpr std::uint32_t kInlineFlag = 0x80000000;
-constexpr std::uint32_t kSingleFlag = 0x40000000;
+namespace layout = format::long_value;
+namespace data_page = format::data_page;
 
-/// The original engine's limits of the forms.
-constexpr std::size_t kMaxInRecord = 64;
-constexpr std::size_t kMaxInRow = 4076;
-constexpr std::size_t kChunk = kMaxInRow - kLinkSize;
-
-/// A page with less than this is not looked at for more values; one that has this much again is.
-constexpr std::size_t kMinRoom = 50;
-constexpr std::size_t kRoomAgain = 100;
-
-template <typename T>
-void append(Binary& out, T value) {
-    const auto* const at = reinterpret_cast<const std::uint8_t*>(&value);
-    out.insert(out.end(), at, at + sizeof value);
-}
-
-void appendHeader(Binary& out, std::size_t word, RowId row, std::uint32_t stamp) {
-    append(out, static_cast<std::uint32_t>(word));
-    append(out, row.packed());
-    append(out, stamp);
+void setHead(Binary& out, std::size_t word, RowId row, std::uint32_t stamp) {
+    out.resize(layout::kHeadSize);
+    store(out, layout::kLength, static_cast<std::uint32_t>(word));
+    store(out, layout::kRow, row);
+    store(out, layout::kStamp, stamp);
 }
 
 }  // namespace
 
 void LongValueWriter::store(Bytes content, bool inRecord, Binary& field) {
-    field.clear();
-    if (content.empty() || (inRecord && content.size() <= kMaxInRecord)) {
-        appendHeader(field, content.size() | kInlineFlag, RowId{}, 0);
+    if (content.empty() || (inRecord && content.size() <= layout::kMaxInline)) {
+        setHead(field, content.size() | layout::kInline, RowId{}, 0);
         field.insert(field.end(), content.begin(), content.end());
-    } else if (content.size() <= kMaxInRow) {
-        appendHeader(field, content.size() | kSingleFlag, storeRow(content), 0);
+    } else if (content.size() <= layout::kMaxRow) {
+        setHead(field, content.size() | layout::kSingle, storeRow(content), 0);
     } else {
         // The first page's number tells the chain from others as well as any number does.
         const RowId first = storeChain(content);
-        appendHeader(field, content.size(), first, raw(first.page()));
+        setHead(field, content.size(), first, raw(first.page()));
     }
 }
 
 RowId LongValueWriter::storeRow(Bytes row) {
     UsageMapWriter& free = maps().free;
     constexpr int kAttempts = 3;
-    PageNumber candidate = current_ != kNoPage ? current_ : free.lastBefore(kMaxFilePages);
+    PageNumber candidate =
+        current_ != kNoPage ? current_ : free.lastBefore(format::page::kMaxCount);
     for (int attempt = 0; attempt < kAttempts && candidate != kNoPage; ++attempt) {
         const PagePtr page = pager_.page(candidate);
-        const bool usable = DataPage{*page, candidate}.owner() == kLongValueOwner &&
+        const bool usable = DataPage{*page, candidate}.owner() == data_page::kLongValueOwner &&
                             (candidate == current_ || isSound(*page, candidate));
         if (usable && hasRoom(*page, row.size())) {
             current_ = candidate;
             return RowId{candidate, *appendRow(*pager_.edit(candidate), row, 0)};
         }
-        if (!usable || freeBytes(*page) < kMinRoom || slotCount(*page) >= kMaxRows) {
+        if (!usable || freeBytes(*page) < data_page::kMinRoom ||
+            slotCount(*page) >= data_page::kMaxSlotsWritten) {
             free.erase(candidate);
         }
         candidate = free.lastBefore(raw(candidate));
@@ -80,7 +65,7 @@ RowId LongValueWriter::storeChain(Bytes content) {
     RowId next;
     std::vector<std::uint8_t> row;
     for (std::size_t end = content.size(); end > 0;) {
-        const std::size_t start = (end - 1) / kChunk * kChunk;
+        const std::size_t start = (end - 1) / layout::kMaxPiece * layout::kMaxPiece;
         row.clear();
         append(row, next.packed());
         const Bytes piece = content.subspan(start, end - start);
@@ -88,10 +73,7 @@ RowId LongValueWriter::storeChain(Bytes content) {
         const PageNumber number = addPage();
         const PageEdit page = pager_.edit(number);
         next = RowId{number, *appendRow(*page, row, 0)};
-        if (start == 0) {
-            const std::uint32_t stamp = raw(number);
-            std::memcpy(page->data() + 8, &stamp, sizeof stamp);
-        }
+        if (start == 0) jet::store(*page, data_page::kStamp, raw(number));
         end = start;
     }
     return next;
@@ -99,25 +81,25 @@ RowId LongValueWriter::storeChain(Bytes content) {
 
 PageNumber LongValueWriter::addPage() {
     const PageNumber number = allocator_.allocate();
-    formatDataPage(*pager_.edit(number), kLongValueOwner);
+    formatDataPage(*pager_.edit(number), data_page::kLongValueOwner);
     maps().owned.insert(number);
     return number;
 }
 
 void LongValueWriter::remove(Bytes field) {
-    if (field.size() < kHeaderSize) return;
-    const auto word = load<std::uint32_t>(field, 0);
-    auto row = RowId::fromPacked(load<std::uint32_t>(field, 4));
-    if ((word & kInlineFlag) != 0 || (word & kLengthMask) == 0) return;
-    if ((word & kSingleFlag) != 0) return removeRow(row);
+    if (field.size() < layout::kHeadSize) return;
+    const std::uint32_t word = load(field, layout::kLength);
+    RowId row = load(field, layout::kRow);
+    if ((word & layout::kInline) != 0 || (word & layout::kLengthMask) == 0) return;
+    if ((word & layout::kSingle) != 0) return removeRow(row);
     // A ring ends where it comes back to a row that is gone.
     while (row.page() != kNoPage) {
         RowId next;
         {
             const PagePtr page = pager_.page(row.page());
             const auto slot = DataPage{*page, row.page()}.slot(row.slot());
-            if (!slot || slot->deleted || slot->bytes.size() < kLinkSize) return;
-            next = RowId::fromPacked(load<std::uint32_t>(slot->bytes, 0));
+            if (!slot || slot->deleted || slot->bytes.size() < layout::kPiece) return;
+            next = load(slot->bytes, layout::kNext);
         }
         removeRow(row);
         row = next;
@@ -127,20 +109,22 @@ void LongValueWriter::remove(Bytes field) {
 void LongValueWriter::removeRow(RowId row) {
     // Not this column's: leave it alone.
     if (!maps().owned.contains(row.page())) return;
-    if (DataPage{*pager_.page(row.page()), row.page()}.owner() != kLongValueOwner) return;
+    if (DataPage{*pager_.page(row.page()), row.page()}.owner() != data_page::kLongValueOwner)
+        return;
     const PageEdit page = pager_.edit(row.page());
     PageLayout layout{*page, row.page()};
     if (row.slot() >= layout.rows.size()) return;
-    layout.rows[row.slot()] = {kDeletedSlot, {}};
+    layout.rows[row.slot()] = {data_page::kDeleted, {}};
     layout.writeTo(*page);
-    const bool empty = std::all_of(layout.rows.begin(), layout.rows.end(),
-                                   [](const auto& other) { return other.flags == kDeletedSlot; });
+    const bool empty = std::all_of(layout.rows.begin(), layout.rows.end(), [](const auto& other) {
+        return other.flags == data_page::kDeleted;
+    });
     if (empty) {
         maps().owned.erase(row.page());
         maps().free.erase(row.page());
         if (current_ == row.page()) current_ = kNoPage;
         allocator_.release(row.page());
-    } else if (freeBytes(*page) >= kRoomAgain) {
+    } else if (freeBytes(*page) >= data_page::kRoomAgain) {
         maps().free.insert(row.page());
     }
 }

@@ -1,6 +1,7 @@
 #include "engine/jet/write/new_database.h"
 
 #include "engine/jet/database.h"
+#include "engine/jet/format/system_tables.h"
 #include "engine/jet/header.h"
 #include "engine/jet/write/data_page_edit.h"
 #include "engine/jet/write/definition_blocks.h"
@@ -14,160 +15,9 @@
 namespace jet {
 namespace {
 
-constexpr std::uint32_t kPageCount = 16;
-constexpr PageNumber kMaps{6};
-constexpr unsigned kMapCount = 31;
-
-constexpr RowId mapAt(unsigned slot) { return RowId{kMaps, slot}; }
+namespace layout = format::system_tables;
 
 // ---- The system tables --------------------------------------------------------------------------
-
-constexpr std::uint8_t kFixed = kColumnOfSystem | kColumnUpdatable | kColumnFixed;
-constexpr std::uint8_t kVariable = kColumnOfSystem | kColumnUpdatable;
-constexpr std::uint8_t kRights = kColumnOfRights | kColumnOfSystem | kColumnUpdatable;
-
-struct SystemColumn {
-    const char16_t* name;
-    ColumnType type;
-    std::uint16_t id;
-    std::uint16_t variableIndex;
-    std::uint16_t fixedOffset;
-    std::uint16_t size;
-    std::uint8_t flags;
-};
-
-struct SystemIndex {
-    const char16_t* name;
-    std::vector<std::uint16_t> columns;
-    unsigned map;  ///< row on the page of maps
-    PageNumber root;
-    bool unique;
-    bool ignoreNulls;
-    bool required;
-    IndexKind kind;
-};
-
-struct LongValueMaps {
-    std::uint16_t column;
-    unsigned owned;
-    unsigned free;
-};
-
-struct SystemTable {
-    PageNumber definition;
-    unsigned ownedMap;
-    std::uint16_t columnsEver;
-    std::uint16_t variableEver;
-    std::vector<SystemColumn> columns;  ///< by name
-    std::vector<SystemIndex> indexes;   ///< in the order of their creation
-    std::vector<LongValueMaps> longValues;
-    PageNumber data = kNoPage;  ///< its only page; kNoPage if it has no rows
-};
-
-SystemTable objectsTable() {
-    using enum ColumnType;
-    return {.definition = PageNumber{2},
-            .ownedMap = 0,
-            .columnsEver = 17,
-            .variableEver = 11,
-            .columns = {{u"Connect", Memo, 9, 3, 0, 0, kVariable},
-                        {u"Database", Memo, 8, 2, 0, 0, kVariable},
-                        {u"DateCreate", Date, 4, 1, 10, 8, kFixed},
-                        {u"DateUpdate", Date, 5, 1, 18, 8, kFixed},
-                        {u"Flags", Long, 7, 2, 26, 4, kFixed},
-                        {u"ForeignName", Text, 10, 4, 0, 510, kVariable},
-                        {u"Id", Long, 0, 0, 0, 4, kFixed},
-                        {u"Lv", Ole, 13, 7, 0, 0, kVariable},
-                        {u"LvExtra", Ole, 16, 10, 0, 0, kVariable},
-                        {u"LvModule", Ole, 15, 9, 0, 0, kVariable},
-                        {u"LvProp", Ole, 14, 8, 0, 0, kVariable},
-                        {u"Name", Text, 2, 0, 0, 510, kVariable},
-                        {u"Owner", Binary, 6, 1, 0, 510, kRights},
-                        {u"ParentId", Long, 1, 0, 4, 4, kFixed},
-                        {u"RmtInfoLong", Ole, 12, 6, 0, 0, kVariable},
-                        {u"RmtInfoShort", Binary, 11, 5, 0, 510, kVariable},
-                        {u"Type", Integer, 3, 1, 8, 2, kFixed}},
-            .indexes =
-                {{u"ParentIdName", {1, 2}, 16, PageNumber{7}, true, false, false, IndexKind::Plain},
-                 {u"Id", {0}, 17, PageNumber{8}, true, false, false, IndexKind::PrimaryKey}},
-            .longValues = {{9, 4, 5},
-                           {8, 2, 3},
-                           {13, 8, 9},
-                           {16, 14, 15},
-                           {15, 12, 13},
-                           {14, 10, 11},
-                           {12, 6, 7}},
-            .data = PageNumber{14}};
-}
-
-SystemTable rightsTable() {
-    using enum ColumnType;
-    return {
-        .definition = PageNumber{3},
-        .ownedMap = 18,
-        .columnsEver = 4,
-        .variableEver = 1,
-        .columns = {{u"ACM", Long, 2, 1, 4, 4, kFixed},
-                    {u"FInheritable", Boolean, 3, 1, 0, 1, kFixed},
-                    {u"ObjectId", Long, 0, 0, 0, 4, kFixed},
-                    {u"SID", Binary, 1, 0, 0, 510, kRights}},
-        .indexes = {{u"ObjectId", {0}, 20, PageNumber{9}, false, false, true, IndexKind::Plain}},
-        .longValues = {},
-        .data = PageNumber{15}};
-}
-
-SystemTable queriesTable() {
-    using enum ColumnType;
-    return {.definition = PageNumber{4},
-            .ownedMap = 21,
-            .columnsEver = 8,
-            .variableEver = 4,
-            .columns = {{u"Attribute", Byte, 1, 0, 4, 1, kFixed},
-                        {u"Expression", Memo, 5, 3, 0, 0, kVariable},
-                        {u"Flag", Integer, 6, 4, 5, 2, kFixed},
-                        {u"LvExtra", Long, 7, 4, 7, 4, kFixed},
-                        {u"Name1", Text, 3, 1, 0, 510, kVariable},
-                        {u"Name2", Text, 4, 2, 0, 510, kVariable},
-                        {u"ObjectId", Long, 0, 0, 0, 4, kFixed},
-                        {u"Order", Binary, 2, 0, 0, 510, kVariable}},
-            .indexes = {{u"ObjectIdAttribute",
-                         {0, 1, 2},
-                         25,
-                         PageNumber{10},
-                         true,
-                         false,
-                         false,
-                         IndexKind::PrimaryKey}},
-            .longValues = {{5, 23, 24}}};
-}
-
-SystemTable relationshipsTable() {
-    using enum ColumnType;
-    return {.definition = PageNumber{5},
-            .ownedMap = 26,
-            .columnsEver = 8,
-            .variableEver = 5,
-            .columns = {{u"ccolumn", Long, 2, 1, 4, 4, kFixed},
-                        {u"grbit", Long, 1, 1, 0, 4, kFixed},
-                        {u"icolumn", Long, 3, 1, 8, 4, kFixed},
-                        {u"szColumn", Text, 5, 2, 0, 510, kVariable},
-                        {u"szObject", Text, 4, 1, 0, 510, kVariable},
-                        {u"szReferencedColumn", Text, 7, 4, 0, 510, kVariable},
-                        {u"szReferencedObject", Text, 6, 3, 0, 510, kVariable},
-                        {u"szRelationship", Text, 0, 0, 0, 510, kVariable}},
-            .indexes =
-                {{u"szRelationship", {0}, 28, PageNumber{11}, false, true, false, IndexKind::Plain},
-                 {u"szObject", {4}, 29, PageNumber{12}, false, true, false, IndexKind::Plain},
-                 {u"szReferencedObject",
-                  {6},
-                  30,
-                  PageNumber{13},
-                  false,
-                  true,
-                  false,
-                  IndexKind::Plain}},
-            .longValues = {}};
-}
 
 void formatLeaf(Pager& pager, PageNumber number, PageNumber owner) {
     IndexNode leaf;
@@ -176,48 +26,55 @@ void formatLeaf(Pager& pager, PageNumber number, PageNumber owner) {
 }
 
 void addToMap(WriteContext& context, unsigned map, PageNumber number) {
-    UsageMapWriter set{context.pager, mapAt(map)};
+    UsageMapWriter set{context.pager, layout::mapAt(map)};
     set.insert(number);
     set.save(context.allocator);
 }
 
-void writeTable(WriteContext& context, const SystemTable& table) {
-    DefinitionEditor definition{context, table.definition, true, mapAt(table.ownedMap),
-                                mapAt(table.ownedMap + 1)};
-    for (const SystemColumn& column : table.columns) {
+PhysicalIndex describe(const layout::SystemIndex& index) {
+    namespace flags = format::physical_index;
+    PhysicalIndex physical{.columns = {},
+                           .map = layout::mapAt(index.map),
+                           .root = index.root,
+                           .unique = (index.flags & flags::kUnique) != 0,
+                           .ignoreNulls = (index.flags & flags::kIgnoreNulls) != 0,
+                           .required = (index.flags & flags::kRequired) != 0};
+    for (const std::uint16_t id : index.columns) physical.columns.push_back({id, true});
+    return physical;
+}
+
+void writeTable(WriteContext& context, const layout::SystemTable& table) {
+    const unsigned freeMap = table.ownedMap + 1;
+    DefinitionEditor definition{context, table.definition, true, layout::mapAt(table.ownedMap),
+                                layout::mapAt(freeMap)};
+    for (const layout::SystemColumn& column : table.columns) {
         definition.addColumn(encodeColumn({.type = column.type,
                                            .id = column.id,
                                            .variableIndex = column.variableIndex,
                                            .flags = column.flags,
                                            .fixedOffset = column.fixedOffset,
-                                           .size = column.size}),
-                             column.name);
+                                           .size = column.length}),
+                             std::u16string{column.name});
     }
     for (std::uint32_t i = 0; i < table.indexes.size(); ++i) {
-        const SystemIndex& index = table.indexes[i];
-        PhysicalIndex physical{.columns = {},
-                               .map = mapAt(index.map),
-                               .root = index.root,
-                               .unique = index.unique,
-                               .ignoreNulls = index.ignoreNulls,
-                               .required = index.required};
-        for (const std::uint16_t id : index.columns) physical.columns.push_back({id, true});
-        definition.addPhysicalIndex(physical, 0, 0);
+        const layout::SystemIndex& index = table.indexes[i];
+        definition.addPhysicalIndex(describe(index), 0, 0);
         definition.addLogicalIndex(
-            {.name = index.name, .number = i, .physical = i, .kind = index.kind});
+            {.name = std::u16string{index.name}, .number = i, .physical = i, .kind = index.kind});
         formatLeaf(context.pager, index.root, table.definition);
         addToMap(context, index.map, index.root);
     }
-    for (const LongValueMaps& maps : table.longValues) {
-        definition.addLongValueMaps(maps.column, mapAt(maps.owned), mapAt(maps.free));
+    for (const layout::LongValueMaps& maps : table.longValues) {
+        definition.addLongValueMaps(maps.column, layout::mapAt(maps.owned),
+                                    layout::mapAt(maps.free));
     }
-    definition.set(kDefinitionColumnsEver, table.columnsEver);
-    definition.set(kDefinitionVariableEver, table.variableEver);
+    definition.set(format::table_definition::kColumnsEver, table.columnsEver);
+    definition.set(format::table_definition::kVariableColumnsEver, table.variableColumnsEver);
     definition.write();
     if (table.data == kNoPage) return;
     formatDataPage(*context.pager.edit(table.data), raw(table.definition));
     addToMap(context, table.ownedMap, table.data);
-    addToMap(context, table.ownedMap + 1, table.data);
+    addToMap(context, freeMap, table.data);
 }
 
 // ---- Their rows ---------------------------------------------------------------------------------
@@ -230,11 +87,15 @@ const Binary kAdmin{0x64, 0x8B};
 const Binary kUsers{0x65, 0x8B};
 const Binary kCreator{0x65, 0x8E};
 
-constexpr std::uint32_t kTables = 0x0F000001;
-constexpr std::uint32_t kDatabases = 0x0F000002;
-constexpr std::uint32_t kRelationships = 0x0F000003;
-constexpr std::uint32_t kContainers = 0x0F000000;
-constexpr std::uint32_t kDatabaseItself = 0x10000000;
+constexpr std::uint32_t kTables = format::catalog::kTablesContainer;
+constexpr std::uint32_t kDatabases = format::catalog::kDatabasesContainer;
+constexpr std::uint32_t kRelationships = format::catalog::kRelationshipsContainer;
+constexpr std::uint32_t kDatabaseItself = format::catalog::kDatabaseObject;
+
+constexpr std::uint32_t kObjectsTable = raw(format::catalog::kObjects);
+constexpr std::uint32_t kRightsTable = raw(format::catalog::kRights);
+constexpr std::uint32_t kQueriesTable = raw(format::catalog::kQueries);
+constexpr std::uint32_t kRelationshipsTable = raw(format::catalog::kRelationships);
 
 Value longValue(std::uint32_t value) { return static_cast<std::int32_t>(value); }
 
@@ -246,18 +107,23 @@ void addObjects(WriteContext& context) {
         std::int16_t type;
         const Binary& owner;
     };
+    using format::catalog::kContainer;
+    using format::catalog::kContainers;
+    using format::catalog::kDatabase;
+    using format::catalog::kTable;
     const std::array<Object, 8> objects{{
-        {kTables, kContainers, u"Tables", 3, kEngine},
-        {kDatabases, kContainers, u"Databases", 3, kEngine},
-        {kRelationships, kContainers, u"Relationships", 3, kEngine},
-        {kDatabaseItself, kDatabases, u"MSysDb", 2, kAdmin},
-        {2, kTables, u"MSysObjects", 1, kEngine},
-        {3, kTables, u"MSysACEs", 1, kEngine},
-        {4, kTables, u"MSysQueries", 1, kEngine},
-        {5, kTables, u"MSysRelationships", 1, kEngine},
+        {kTables, kContainers, u"Tables", kContainer, kEngine},
+        {kDatabases, kContainers, u"Databases", kContainer, kEngine},
+        {kRelationships, kContainers, u"Relationships", kContainer, kEngine},
+        {kDatabaseItself, kDatabases, u"MSysDb", kDatabase, kAdmin},
+        {kObjectsTable, kTables, u"MSysObjects", kTable, kEngine},
+        {kRightsTable, kTables, u"MSysACEs", kTable, kEngine},
+        {kQueriesTable, kTables, u"MSysQueries", kTable, kEngine},
+        {kRelationshipsTable, kTables, u"MSysRelationships", kTable, kEngine},
     }};
     PageReader pages{context.database.storage(), context.database.cache()};
-    TableWriter writer{context, TableDefinition::read(pages, PageNumber{2}, u"MSysObjects")};
+    TableWriter writer{context,
+                       TableDefinition::read(pages, format::catalog::kObjects, u"MSysObjects")};
     for (const Object& object : objects) {
         std::vector<Value> row(writer.definition().columns.size());
         const auto set = [&](std::u16string_view name, Value value) {
@@ -270,7 +136,7 @@ void addObjects(WriteContext& context) {
         set(u"Name", std::u16string{object.name});
         set(u"Type", object.type);
         set(u"Owner", object.owner);
-        set(u"Flags", longValue(0x80000000));
+        set(u"Flags", longValue(format::catalog::kEngineObject));
         set(u"DateCreate", context.now);
         set(u"DateUpdate", context.now);
         writer.insert(row);
@@ -286,10 +152,10 @@ void addRights(WriteContext& context) {
         bool inheritable;
     };
     const std::array<Right, 16> rights{{
-        {2, kAdmin, 0x60000, false},
-        {3, kAdmin, 0x60000, false},
-        {4, kAdmin, 0x60000, false},
-        {5, kAdmin, 0xE0000, false},
+        {kObjectsTable, kAdmin, 0x60000, false},
+        {kRightsTable, kAdmin, 0x60000, false},
+        {kQueriesTable, kAdmin, 0x60000, false},
+        {kRelationshipsTable, kAdmin, 0xE0000, false},
         {kTables, kCreator, 0xF00FE, true},
         {kTables, kAdmin, 0x60001, false},
         {kRelationships, kCreator, 0xF00FE, true},
@@ -297,16 +163,17 @@ void addRights(WriteContext& context) {
         {kDatabases, kAdmin, 0x60000, false},
         {kDatabaseItself, kAdmin, 0x6000E, false},
         {kDatabaseItself, kUsers, 0xE, false},
-        {4, kUsers, 0x14, false},
-        {5, kUsers, 0x14, false},
-        {2, kUsers, 0x14, false},
+        {kQueriesTable, kUsers, 0x14, false},
+        {kRelationshipsTable, kUsers, 0x14, false},
+        {kObjectsTable, kUsers, 0x14, false},
         {kTables, kUsers, 0xFFEFF, true},
         {kRelationships, kUsers, 0xFFFFF, true},
     }};
     PageReader pages{context.database.storage(), context.database.cache()};
-    TableWriter writer{context, TableDefinition::read(pages, PageNumber{3}, u"MSysACEs")};
+    TableWriter writer{context,
+                       TableDefinition::read(pages, format::catalog::kRights, u"MSysACEs")};
     for (const Right& right : rights) {
-        // The columns are those of rightsTable().
+        // The columns are those of format::system_tables::kAcesColumns.
         const std::vector<Value> row{longValue(right.mask), right.inheritable,
                                      longValue(right.object), right.holder};
         writer.insert(row);
@@ -316,21 +183,21 @@ void addRights(WriteContext& context) {
 
 // ---- The pages that are no tables ---------------------------------------------------------------
 
-/// The map of free pages, which knows of 512: these 16 are in use.
+/// The map of free pages, in which the pages that there are are in use.
 void writeFreePages(Page& page) {
-    constexpr std::uint32_t kOwner = 1;
-    std::vector<std::uint8_t> map(kMapRowSize, 0xFF);
-    std::fill_n(map.begin(), 5 + kPageCount / 8, std::uint8_t{0});
-    const std::vector<std::uint8_t> second(kMapRowSize);
-    formatDataPage(page, kOwner);
-    appendRow(page, map, 0);
+    namespace map = format::usage_map;
+    std::vector<std::uint8_t> free(map::kNewRowSize, 0xFF);
+    std::fill_n(free.begin(), map::kBits + layout::kPageCount / 8, std::uint8_t{0});
+    const std::vector<std::uint8_t> second(map::kNewRowSize);
+    formatDataPage(page, map::kFreePagesOwner);
+    appendRow(page, free, 0);
     appendRow(page, second, 0);
 }
 
 void writeMaps(Page& page) {
-    const std::vector<std::uint8_t> empty(kMapRowSize);
-    formatDataPage(page, 0);
-    for (unsigned i = 0; i < kMapCount; ++i) appendRow(page, empty, 0);
+    const std::vector<std::uint8_t> empty(format::usage_map::kNewRowSize);
+    formatDataPage(page, format::usage_map::kOwner);
+    for (unsigned i = 0; i < layout::kMapCount; ++i) appendRow(page, empty, 0);
 }
 
 void copyTo(std::vector<std::uint8_t>& file, PageNumber number, const Page& page) {
@@ -340,24 +207,21 @@ void copyTo(std::vector<std::uint8_t>& file, PageNumber number, const Page& page
 }  // namespace
 
 std::vector<std::uint8_t> emptyDatabase(Date now) {
-    std::vector<std::uint8_t> file(kPageCount * kPageSize);
+    std::vector<std::uint8_t> file(layout::kPageCount * kPageSize);
     Page page{};
     writeHeader(page);
-    copyTo(file, PageNumber{0}, page);
+    copyTo(file, kNoPage, page);
     writeFreePages(page);
-    copyTo(file, PageNumber{1}, page);
+    copyTo(file, format::usage_map::kFreePages.page(), page);
     writeMaps(page);
-    copyTo(file, kMaps, page);
+    copyTo(file, layout::kMaps, page);
 
     auto storage = std::make_unique<MemoryStorage>(std::move(file));
     const MemoryStorage& content = *storage;
     const auto database = Database::open(std::move(storage));
     database->setClock([now] { return now; });
     database->write([](WriteContext& context) {
-        for (const SystemTable& table :
-             {objectsTable(), rightsTable(), queriesTable(), relationshipsTable()}) {
-            writeTable(context, table);
-        }
+        for (const layout::SystemTable* table : layout::kTables) writeTable(context, *table);
         addObjects(context);
         addRights(context);
     });

@@ -1,5 +1,4 @@
-// Hands out pages and keeps the map of free pages (page 1, row 0), in which a set bit is a free
-// page and pages behind the map's end are free too.
+// Hands out pages and keeps the map of free pages (format/usage_map.h).
 //
 //   const jet::PageNumber number = allocator.allocate();
 //   (*pager.edit(number))[0] = 1;
@@ -18,10 +17,10 @@
 namespace jet {
 
 /// What the pages of a map are.
-enum class PageKind : std::uint8_t { Data = 1, Definition = 2, Index = 3, Bitmap = 5 };
+enum class PageKind : std::uint8_t { Data, Index, Bitmap };
 
 /// Throws Error{Damaged} if the page is not of that kind or, for Data and Index, not of that owner:
-/// what a damaged map lists must not be taken from the one whose it is.
+/// a page that a damaged map lists must not be taken from its owner.
 void requireOwned(Pager& pager, PageNumber number, PageKind kind, std::uint32_t owner = 0);
 
 class PageAllocator {

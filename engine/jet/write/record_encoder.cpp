@@ -1,7 +1,7 @@
 #include "engine/jet/write/record_encoder.h"
 
 #include "engine/jet/bytes.h"
-#include "engine/jet/write/data_page_edit.h"
+#include "engine/jet/format/table_definition.h"
 
 #include <algorithm>
 #include <array>
@@ -9,26 +9,19 @@
 namespace jet {
 namespace {
 
-constexpr std::size_t kCountSize = 2;
-
-/// A table has at most 255 columns at a time. Dropped ones keep their numbers.
-constexpr std::size_t kMaxColumns = 255;
-constexpr std::size_t kMaxColumnsEver = 4096;
+namespace layout = format::record;
+namespace definition_layout = format::table_definition;
 
 constexpr std::size_t kNoColumn = ~std::size_t{0};
-
-void append16(std::vector<std::uint8_t>& out, std::size_t value) {
-    out.push_back(static_cast<std::uint8_t>(value));
-    out.push_back(static_cast<std::uint8_t>(value >> 8));
-}
 
 }  // namespace
 
 RecordEncoder::RecordEncoder(const TableDefinition& definition)
     : columnCount_{definition.columnsEver},
-      fixedEnd_{kCountSize},
+      fixedEnd_{layout::kFixedPart},
       variables_(definition.variableColumnsEver, kNoColumn) {
-    if (variables_.size() > kMaxColumns || columnCount_ > kMaxColumnsEver) {
+    if (variables_.size() > definition_layout::kMaxColumns ||
+        columnCount_ > definition_layout::kMaxColumnsEver) {
         throwDamaged(definition.page, "the table definition has impossible counts");
     }
     for (std::size_t i = 0; i < definition.columns.size(); ++i) {
@@ -36,7 +29,7 @@ RecordEncoder::RecordEncoder(const TableDefinition& definition)
         Place place{.id = column.id, .boolean = column.type == ColumnType::Boolean};
         if (!place.boolean && column.fixed) {
             place.fixed = true;
-            place.offset = kCountSize + column.fixedOffset;
+            place.offset = layout::kFixedPart + column.fixedOffset;
             fixedEnd_ = std::max(fixedEnd_, place.offset + storedSize(column));
         } else if (!place.boolean) {
             if (column.variableIndex >= variables_.size()) {
@@ -46,7 +39,7 @@ RecordEncoder::RecordEncoder(const TableDefinition& definition)
         }
         places_.push_back(place);
     }
-    if (fixedEnd_ > kMaxRecordBytes) {
+    if (fixedEnd_ > layout::kMaxSize) {
         throwDamaged(definition.page, "the fixed columns are larger than a record");
     }
 }
@@ -54,28 +47,27 @@ RecordEncoder::RecordEncoder(const TableDefinition& definition)
 void RecordEncoder::encode(std::span<const StoredField> fields,
                            std::vector<std::uint8_t>& out) const {
     out.assign(fixedEnd_, 0);
-    out[0] = static_cast<std::uint8_t>(columnCount_);
-    out[1] = static_cast<std::uint8_t>(columnCount_ >> 8);
+    store(out, layout::kColumnCount, static_cast<std::uint16_t>(columnCount_));
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (!places_[i].fixed || fields[i].null) continue;
         std::copy(fields[i].bytes.begin(), fields[i].bytes.end(),
                   out.begin() + static_cast<std::ptrdiff_t>(places_[i].offset));
     }
     if (!variables_.empty()) {
-        std::array<std::uint16_t, kMaxColumns> starts{};
+        std::array<std::uint16_t, definition_layout::kMaxColumns> starts{};
         for (std::size_t k = 0; k < variables_.size(); ++k) {
             starts[k] = static_cast<std::uint16_t>(out.size());
             if (variables_[k] == kNoColumn || fields[variables_[k]].null) continue;
             const Bytes bytes = fields[variables_[k]].bytes;
-            if (out.size() + bytes.size() > kMaxRecordBytes) throwTooLarge();
+            if (out.size() + bytes.size() > layout::kMaxSize) throwTooLarge();
             out.insert(out.end(), bytes.begin(), bytes.end());
         }
-        append16(out, out.size());
-        for (std::size_t k = variables_.size(); k-- > 0;) append16(out, starts[k]);
-        append16(out, variables_.size());
+        append(out, static_cast<std::uint16_t>(out.size()));
+        for (std::size_t k = variables_.size(); k-- > 0;) append(out, starts[k]);
+        append(out, static_cast<std::uint16_t>(variables_.size()));
     }
     const std::size_t mask = out.size();
-    out.resize(mask + (columnCount_ + 7) / 8);
+    out.resize(mask + layout::maskSize(columnCount_));
     for (std::size_t i = 0; i < fields.size(); ++i) {
         const bool set = places_[i].boolean ? fields[i].truth : !fields[i].null;
         if (set) {
@@ -83,7 +75,7 @@ void RecordEncoder::encode(std::span<const StoredField> fields,
             byte = static_cast<std::uint8_t>(byte | 1u << (places_[i].id % 8));
         }
     }
-    if (out.size() > kMaxRecordBytes) throwTooLarge();
+    if (out.size() > layout::kMaxSize) throwTooLarge();
 }
 
 void RecordEncoder::throwTooLarge() {

@@ -3,7 +3,7 @@
 //   jet::RecordEncoder encoder{definition};
 //   encoder.encode(fields, bytes);
 //
-// Immutable; any thread may call it.
+// The layout is in format/record.h. Immutable; any thread may call it.
 #pragma once
 
 #include "engine/jet/record.h"

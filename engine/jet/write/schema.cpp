@@ -15,15 +15,13 @@ namespace {
 
 using Block = DefinitionEditor::Block;
 
-// Limits of the format's own engine.
-constexpr std::size_t kMaxColumns = 255;
-constexpr std::size_t kMaxIndexes = 32;
-constexpr std::size_t kMaxNameLength = 64;
+namespace layout = format::table_definition;
+namespace block = format::column;
 
 void requireName(std::u16string_view name) {
     constexpr std::u16string_view kForbidden = u".![]`";
-    const bool good = !name.empty() && name.size() <= kMaxNameLength && name.front() != u' ' &&
-                      std::ranges::none_of(name, [&](char16_t unit) {
+    const bool good = !name.empty() && name.size() <= layout::kMaxNameLength &&
+                      name.front() != u' ' && std::ranges::none_of(name, [&](char16_t unit) {
                           return unit < u' ' || kForbidden.find(unit) != std::u16string_view::npos;
                       });
     if (!good) throw Error{Fault::TooMany, "'" + toUtf8(name) + "' is not a valid name."};
@@ -54,15 +52,13 @@ std::uint16_t declaredSize(const NewColumn& column) {
 
 void requireColumn(const NewColumn& column) {
     requireName(column.name);
-    constexpr std::uint16_t kMaxValueBytes = 510;
     const bool sized = column.type == ColumnType::Text || column.type == ColumnType::Binary;
-    if (sized && (column.size == 0 || column.size > kMaxValueBytes)) {
+    if (sized && (column.size == 0 || column.size > format::text::kMaxSize)) {
         throw Error{Fault::TooMany, "The column " + inQuotes(column.name) + " has a wrong length."};
     }
     const bool numbers = column.type == ColumnType::Long;
-    constexpr int kMaxDigits = 28;
-    const bool countable =
-        column.precision >= 1 && column.precision <= kMaxDigits && column.scale <= column.precision;
+    const bool countable = column.precision >= 1 && column.precision <= format::value::kMaxDigits &&
+                           column.scale <= column.precision;
     if ((column.autonumber && !numbers) || (column.type == ColumnType::Numeric && !countable) ||
         column.type == ColumnType::InternalBinary) {
         throw Error{Fault::WrongType, "Columns of this type cannot be made."};
@@ -83,9 +79,9 @@ Block describe(const NewColumn& column, ColumnCounts& counts) {
     const bool variable = isVariable(column.type);
     const bool inFixedPart = !variable && column.type != ColumnType::Boolean;
     const bool text = column.type == ColumnType::Text || column.type == ColumnType::Memo;
-    const int flags = kColumnUpdatable | (variable ? 0 : kColumnFixed) |
-                      (column.autonumber ? kColumnAutonumber : 0);
-    const ColumnBlock block{
+    const int flags = block::kUpdatable | (variable ? 0 : block::kFixed) |
+                      (column.autonumber ? block::kAutonumber : 0);
+    const ColumnBlock described{
         .type = column.type,
         .id = counts.ever,
         .variableIndex = counts.variable,
@@ -100,24 +96,24 @@ Block describe(const NewColumn& column, ColumnCounts& counts) {
     ++counts.ordinal;
     if (variable) ++counts.variable;
     if (inFixedPart) counts.fixedEnd += sizeOfType(column.type);
-    if (counts.fixedEnd > kMaxRecordBytes) {
+    if (counts.fixedEnd > format::record::kMaxSize) {
         throw Error{Fault::TooMany, "The columns are larger than a record can be."};
     }
-    return encodeColumn(block);
+    return encodeColumn(described);
 }
 
 // ---- Maps ---------------------------------------------------------------------------------------
 
 /// Adds the row of an empty map to a page of maps, or to a new page if that has no room.
 RowId addMap(WriteContext& context, PageNumber& page) {
-    const std::vector<std::uint8_t> empty(kMapRowSize);
+    const std::vector<std::uint8_t> empty(format::usage_map::kNewRowSize);
     if (page != kNoPage) {
         const PageEdit edit = context.pager.edit(page);
         if (const auto slot = appendRow(*edit, empty, 0)) return RowId{page, *slot};
     }
     page = context.allocator.allocate();
     const PageEdit edit = context.pager.edit(page);
-    formatDataPage(*edit, 0);
+    formatDataPage(*edit, format::usage_map::kOwner);
     return RowId{page, *appendRow(*edit, empty, 0)};
 }
 
@@ -131,12 +127,13 @@ void addLongValueMaps(WriteContext& context, DefinitionEditor& definition, std::
 /// The page of a table's maps takes further ones, if it is a page of maps alone.
 PageNumber mapPageOf(WriteContext& context, const TableDefinition& table) {
     const PageNumber page = table.ownedMap.page();
-    return DataPage{*context.pager.page(page), page}.owner() == 0 ? page : kNoPage;
+    return DataPage{*context.pager.page(page), page}.owner() == format::usage_map::kOwner ? page
+                                                                                          : kNoPage;
 }
 
 void setCounts(DefinitionEditor& definition, const ColumnCounts& counts) {
-    definition.set(kDefinitionColumnsEver, counts.ever);
-    definition.set(kDefinitionVariableEver, counts.variable);
+    definition.set(layout::kColumnsEver, counts.ever);
+    definition.set(layout::kVariableColumnsEver, counts.variable);
 }
 
 // ---- Indexes ------------------------------------------------------------------------------------
@@ -162,8 +159,9 @@ PhysicalIndex physicalIndex(const TableDefinition& table, const NewIndex& index)
 
 void requireIndex(const TableDefinition& table, const NewIndex& index) {
     requireName(index.name);
-    if (index.columns.empty() || index.columns.size() > kMaxIndexColumns ||
-        table.physicalIndexes.size() >= kMaxIndexes || table.logicalIndexes.size() >= kMaxIndexes) {
+    if (index.columns.empty() || index.columns.size() > format::physical_index::kMaxColumns ||
+        table.physicalIndexes.size() >= layout::kMaxIndexes ||
+        table.logicalIndexes.size() >= layout::kMaxIndexes) {
         throw Error{Fault::TooMany, "The table or the index has as many parts as can be."};
     }
     for (const LogicalIndex& other : table.logicalIndexes) {
@@ -211,20 +209,18 @@ void releaseAll(WriteContext& context, RowId map, PageKind kind, std::uint32_t o
     releaseBitmaps(context, map);
 }
 
-constexpr std::uint32_t kMapOwner = 0;
-
 /// Removes the rows of maps; a page of maps that has no others left is given back.
 void removeMaps(WriteContext& context, const std::vector<RowId>& maps) {
     for (const RowId map : maps) {
         if (map.page() == kNoPage) continue;
-        requireOwned(context.pager, map.page(), PageKind::Data, kMapOwner);
+        requireOwned(context.pager, map.page(), PageKind::Data, format::usage_map::kOwner);
         const PageEdit page = context.pager.edit(map.page());
         PageLayout layout{*page, map.page()};
         if (map.slot() >= layout.rows.size()) continue;
-        layout.rows[map.slot()] = {kDeletedSlot, {}};
+        layout.rows[map.slot()] = {format::data_page::kDeleted, {}};
         layout.writeTo(*page);
         const bool empty = std::ranges::all_of(
-            layout.rows, [](const auto& row) { return row.flags == kDeletedSlot; });
+            layout.rows, [](const auto& row) { return row.flags == format::data_page::kDeleted; });
         if (empty) context.allocator.release(map.page());
     }
 }
@@ -234,7 +230,7 @@ void removeMaps(WriteContext& context, const std::vector<RowId>& maps) {
 void createTable(WriteContext& context, std::u16string_view name,
                  const std::vector<NewColumn>& columns) {
     requireName(name);
-    if (columns.empty() || columns.size() > kMaxColumns) {
+    if (columns.empty() || columns.size() > layout::kMaxColumns) {
         throw Error{Fault::TooMany, "A table has 1 to 255 columns."};
     }
     CatalogWriter catalog{context};
@@ -271,7 +267,7 @@ void addColumn(WriteContext& context, std::u16string_view tableName, const NewCo
         throw Error{Fault::AlreadyExists,
                     "The table has a column " + inQuotes(column.name) + " already."};
     }
-    if (old.columns.size() >= kMaxColumns || old.columnsEver >= kMaxColumns) {
+    if (old.columns.size() >= layout::kMaxColumns || old.columnsEver >= layout::kMaxColumns) {
         throw Error{Fault::TooMany, "The table has as many columns as can be."};
     }
     ColumnCounts counts{.ever = old.columnsEver,
@@ -331,7 +327,7 @@ void dropTable(WriteContext& context, std::u16string_view name) {
     releaseBitmaps(context, old.freeMap);
     for (const Column& column : old.columns) {
         if (!column.isLongValue()) continue;
-        releaseAll(context, column.ownedMap, PageKind::Data, kLongValueOwner);
+        releaseAll(context, column.ownedMap, PageKind::Data, format::data_page::kLongValueOwner);
         releaseBitmaps(context, column.freeMap);
         maps.insert(maps.end(), {column.ownedMap, column.freeMap});
     }

@@ -38,7 +38,7 @@ std::uint64_t TableWriter::updatePage(PageNumber number, const RowChange& change
     for (unsigned slot = 0; slot < layout.rows.size(); ++slot) {
         PageLayout::Row& row = layout.rows[slot];
         const RowId id{number, slot};
-        if (row.flags == kPointerSlot) movedRows.push_back(id);
+        if (row.flags == format::data_page::kPointer) movedRows.push_back(id);
         if (row.flags != 0) continue;
         const Record record{row.bytes, number};
         if (!changeRow(id, record, change)) continue;
@@ -79,10 +79,10 @@ void TableWriter::moveOut(PageLayout& layout) {
         if (layout.fits()) return;
         PageLayout::Row& row = layout.rows[slot];
         if (row.flags != 0) continue;
-        const std::uint32_t pointer = place(row.bytes, kMovedSlot).packed();
-        auto& stored = pageRecords_.emplace_back(sizeof pointer);
-        std::memcpy(stored.data(), &pointer, sizeof pointer);
-        row = {kPointerSlot, stored};
+        const RowId target = place(row.bytes, format::data_page::kMoved);
+        auto& stored = pageRecords_.emplace_back(format::data_page::kTarget.end());
+        store(stored, format::data_page::kTarget, target);
+        row = {format::data_page::kPointer, stored};
     }
 }
 

@@ -3,28 +3,23 @@
 
 #include "engine/jet/bytes.h"
 #include "engine/jet/database.h"
+#include "engine/jet/format/long_value.h"
+#include "engine/jet/format/page.h"
+#include "engine/jet/format/table_definition.h"
 #include "engine/jet/write/value_encoder.h"
 
 #include <algorithm>
-#include <cstring>
+#include <array>
 
 namespace jet {
 namespace {
 
-/// A page with less than this is not looked at for more rows; one that has this much again is.
-constexpr std::size_t kMinRoom = 50;
-constexpr std::size_t kRoomAgain = 100;
-
-constexpr std::size_t kLongValueHeader = 12;
-constexpr std::uint32_t kInlineFlag = 0x80000000;
+namespace data_page = format::data_page;
 
 bool isInRecord(const StoredField& field) {
-    return field.bytes.size() > kLongValueHeader &&
-           (load<std::uint32_t>(field.bytes, 0) & kInlineFlag) != 0;
-}
-
-void store32(Page& page, std::size_t offset, std::uint32_t value) {
-    std::memcpy(page.data() + offset, &value, sizeof value);
+    namespace head = format::long_value;
+    return field.bytes.size() > head::kHeadSize &&
+           (load(field.bytes, head::kLength) & head::kInline) != 0;
 }
 
 }  // namespace
@@ -111,7 +106,7 @@ void TableWriter::encodeRecord() {
     for (auto& [place, writer] : longValues_) {
         StoredField& field = fields_[place];
         if (field.null || !isInRecord(field)) continue;
-        const Bytes stored = field.bytes.subspan(kLongValueHeader);
+        const Bytes stored = field.bytes.subspan(format::long_value::kHeadSize);
         const Binary content{stored.begin(), stored.end()};
         writer.store(content, false, buffers_[place]);
         field.bytes = buffers_[place];
@@ -183,7 +178,7 @@ void TableWriter::remove(RowId id) {
 
 TableWriter::Place TableWriter::locate(RowId id) {
     Place place{id, id};
-    for (int hop = 0; hop < 16; ++hop) {
+    for (int hop = 0; hop < data_page::kMaxHops; ++hop) {
         const PagePtr page = context_.pager.page(place.record.page());
         const DataPage data{*page, place.record.page()};
         const auto slot = data.slot(place.record.slot());
@@ -191,8 +186,8 @@ TableWriter::Place TableWriter::locate(RowId id) {
                               (place.record == id ? !slot->moved : slot->moved || slot->pointer);
         if (!expected) throwDamaged(place.record.page(), "a row that is to be changed is missing");
         if (!slot->pointer) return place;
-        if (slot->bytes.size() < kPointerRowSize) break;
-        place.record = RowId::fromPacked(load<std::uint32_t>(slot->bytes, 0));
+        if (slot->bytes.size() < data_page::kTarget.end()) break;
+        place.record = load(slot->bytes, data_page::kTarget);
     }
     throwDamaged(id.page(), "a row pointer leads nowhere");
 }
@@ -203,7 +198,7 @@ RowId TableWriter::place(Bytes record, std::uint16_t flags) {
     if (target_ != kNoPage) {
         if (const auto row = placeOn(target_, record, flags)) return *row;
     }
-    PageNumber candidate = newPagesOnly_ ? kNoPage : free_.lastBefore(kMaxFilePages);
+    PageNumber candidate = newPagesOnly_ ? kNoPage : free_.lastBefore(format::page::kMaxCount);
     for (int attempt = 0; attempt < kAttempts && candidate != kNoPage; ++attempt) {
         if (const auto row = placeOn(candidate, record, flags)) return *row;
         candidate = free_.lastBefore(raw(candidate));
@@ -236,9 +231,10 @@ std::optional<RowId> TableWriter::placeOn(PageNumber number, Bytes record, std::
 }
 
 void TableWriter::noteRoom(PageNumber number, const Page& content) {
-    if (freeBytes(content) < kMinRoom || slotCount(content) >= kMaxRows) {
+    if (freeBytes(content) < data_page::kMinRoom ||
+        slotCount(content) >= data_page::kMaxSlotsWritten) {
         free_.erase(number);
-    } else if (freeBytes(content) >= kRoomAgain) {
+    } else if (freeBytes(content) >= data_page::kRoomAgain) {
         free_.insert(number);
     }
 }
@@ -246,7 +242,7 @@ void TableWriter::noteRoom(PageNumber number, const Page& content) {
 void TableWriter::removeSlot(RowId id) {
     const PageEdit page = context_.pager.edit(id.page());
     PageLayout layout{*page, id.page()};
-    layout.rows[id.slot()] = {kDeletedSlot, {}};
+    layout.rows[id.slot()] = {data_page::kDeleted, {}};
     layout.writeTo(*page);
     noteRoom(id.page(), *page);
 }
@@ -265,10 +261,10 @@ void TableWriter::replaceAtHome(RowId home, Bytes record) {
     PageLayout layout{*page, home.page()};
     PageLayout::Row& row = layout.rows[home.slot()];
     row.bytes = record;
-    std::uint32_t pointer = 0;
+    std::array<std::uint8_t, data_page::kTarget.end()> pointer{};
     if (!layout.fits()) {
-        pointer = this->place(record, kMovedSlot).packed();
-        row = {kPointerSlot, {reinterpret_cast<const std::uint8_t*>(&pointer), sizeof pointer}};
+        store(pointer, data_page::kTarget, this->place(record, data_page::kMoved));
+        row = {data_page::kPointer, pointer};
         if (!layout.fits()) throwDamaged(home.page(), "a page has no room for a row pointer");
     }
     layout.writeTo(*page);
@@ -287,11 +283,11 @@ void TableWriter::replaceMoved(const Place& place, Bytes record) {
             return;
         }
     }
-    const std::uint32_t pointer = this->place(record, kMovedSlot).packed();
+    const RowId target = this->place(record, data_page::kMoved);
     {
         const PageEdit page = context_.pager.edit(place.home.page());
         const std::span bytes = rowBytes(*page, place.home.page(), place.home.slot());
-        std::memcpy(bytes.data(), &pointer, sizeof pointer);
+        store(bytes, data_page::kTarget, target);
     }
     removeSlot(place.record);
 }
@@ -333,17 +329,15 @@ void TableWriter::finish() {
 
 /// Row count, last autonumber and the indexes' statistics stand on the definition's first page.
 void TableWriter::writeCounts() {
-    constexpr std::size_t kRowCount = 16;
-    constexpr std::size_t kAutonumber = 20;
-    constexpr std::size_t kCounters = 63;
-    constexpr std::size_t kCounterSize = 12;
+    namespace head = format::table_definition;
+    namespace counter = format::index_counter;
     const PageEdit page = context_.pager.edit(definition_.page);
-    store32(*page, kRowCount, definition_.rowCount);
-    store32(*page, kAutonumber, definition_.lastAutonumber);
+    store(*page, head::kRowCount, definition_.rowCount);
+    store(*page, head::kLastAutonumber, definition_.lastAutonumber);
     for (std::size_t i = 0; i < indexes_.size(); ++i) {
-        const std::size_t at = kCounters + kCounterSize * i;
-        store32(*page, at, indexes_[i].writer.entriesAtBuild());
-        store32(*page, at + 4, indexes_[i].writer.distinctKeys());
+        const std::span at = std::span{*page}.subspan(counter::placeOf(i));
+        store(at, counter::kEntriesAtBuild, indexes_[i].writer.entriesAtBuild());
+        store(at, counter::kDistinctKeys, indexes_[i].writer.distinctKeys());
     }
 }
 

@@ -1,23 +1,18 @@
 #include "engine/jet/write/usage_map_writer.h"
 
 #include "engine/jet/bytes.h"
+#include "engine/jet/format/page.h"
 #include "engine/jet/write/data_page_edit.h"
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 
 namespace jet {
 namespace {
 
-constexpr std::uint8_t kInline = 0;
-constexpr std::uint8_t kReference = 1;
-constexpr std::size_t kInlineHead = 5;
-constexpr std::size_t kWordBits = 64;
+namespace layout = format::usage_map;
 
-void store32(std::span<std::uint8_t> bytes, std::size_t offset, std::uint32_t value) {
-    std::memcpy(bytes.subspan(offset, sizeof value).data(), &value, sizeof value);
-}
+constexpr std::size_t kWordBits = 64;
 
 void setBit(std::span<std::uint8_t> bitmap, std::size_t bit) {
     bitmap[bit / 8] = static_cast<std::uint8_t>(bitmap[bit / 8] | 1u << (bit % 8));
@@ -84,22 +79,22 @@ void UsageMapWriter::save(PageAllocator& allocator) {
     {
         const PageEdit page = pager_.edit(map_.page());
         const std::span row = rowBytes(*page, map_.page(), map_.slot());
-        if (row[0] == kInline) {
+        if (load(row, layout::kKind) == layout::Kind::Inline) {
             const std::vector<PageNumber> set = pages();
-            const std::size_t window = (row.size() - kInlineHead) * 8;
-            const auto first = load<std::uint32_t>(row, 1);
+            const std::size_t window = (row.size() - layout::kBits) * 8;
+            const std::uint32_t first = load(row, layout::kFirstPage);
             const auto inWindow = [&](std::uint32_t start) {
                 return set.empty() ||
                        (raw(set.front()) >= start && raw(set.back()) - start < window);
             };
-            const std::uint32_t moved = set.empty() ? first : raw(set.front()) / 8 * 8;
+            const std::uint32_t moved = set.empty() ? first : layout::windowOf(set.front());
             if (inWindow(first) || inWindow(moved)) {
                 saveInline(row, inWindow(first) ? first : moved);
                 changed_ = false;
                 return;
             }
-            row[0] = kReference;
-            std::fill(row.begin() + 1, row.end(), std::uint8_t{0});
+            std::ranges::fill(row, std::uint8_t{0});
+            store(row, layout::kKind, layout::Kind::Reference);
         }
     }
     saveReferences(allocator);
@@ -108,41 +103,44 @@ void UsageMapWriter::save(PageAllocator& allocator) {
 
 void UsageMapWriter::saveInline(std::span<std::uint8_t> row, std::uint32_t first) {
     std::fill(row.begin(), row.end(), std::uint8_t{0});
-    store32(row, 1, first);
+    store(row, layout::kKind, layout::Kind::Inline);
+    store(row, layout::kFirstPage, first);
     for (const PageNumber number : pages()) {
-        setBit(row.subspan(kInlineHead), raw(number) - first);
+        setBit(row.subspan(layout::kBits), raw(number) - first);
     }
 }
 
 void UsageMapWriter::saveReferences(PageAllocator& allocator) {
-    constexpr std::size_t kBitmapBytes = kPageSize - kBitmapOffset;
-    const std::size_t slots = (words_.size() * kWordBits + kPagesPerBitmap - 1) / kPagesPerBitmap;
+    const std::size_t slots =
+        (words_.size() * kWordBits + layout::kPagesPerBitmap - 1) / layout::kPagesPerBitmap;
     std::vector<std::vector<std::uint8_t>> bitmaps(slots);
     for (const PageNumber number : pages()) {
-        auto& bitmap = bitmaps[raw(number) / kPagesPerBitmap];
-        bitmap.resize(kBitmapBytes);
-        setBit(bitmap, raw(number) % kPagesPerBitmap);
+        auto& bitmap = bitmaps[raw(number) / layout::kPagesPerBitmap];
+        bitmap.resize(layout::kBitmapSize);
+        setBit(bitmap, raw(number) % layout::kPagesPerBitmap);
     }
     const std::vector<PageNumber> existing = references();
     for (std::size_t i = 0; i < std::max(slots, existing.size()); ++i) {
         PageNumber number = i < existing.size() ? existing[i] : kNoPage;
         std::vector<std::uint8_t> bits = i < slots ? bitmaps[i] : std::vector<std::uint8_t>{};
         if (number == kNoPage && bits.empty()) continue;
-        bits.resize(kBitmapBytes);
+        bits.resize(layout::kBitmapSize);
         if (number == kNoPage) {
             number = allocator.allocate();
             const PageEdit page = pager_.edit(map_.page());
             const std::span row = rowBytes(*page, map_.page(), map_.slot());
-            if (1 + 4 * (i + 1) > row.size()) throwDamaged(map_.page(), "a usage map is too short");
-            store32(row, 1 + 4 * i, raw(number));
-        } else if (std::ranges::equal(bits,
-                                      std::span{*pager_.page(number)}.subspan(kBitmapOffset))) {
+            if (i >= layout::referenceCount(row.size())) {
+                throwDamaged(map_.page(), "a usage map is too short");
+            }
+            store(row, layout::reference(i), number);
+        } else if (std::ranges::equal(
+                       bits, std::span{*pager_.page(number)}.subspan(layout::kBitmapBits))) {
             continue;
         }
         const PageEdit page = pager_.edit(number);
-        (*page)[0] = kBitmapPageType;
-        (*page)[1] = 1;
-        std::ranges::copy(bits, page->begin() + kBitmapOffset);
+        store(*page, format::page::kType, format::PageType::Bitmap);
+        store(*page, format::page::kMark, format::page::kInUse);
+        std::ranges::copy(bits, page->begin() + layout::kBitmapBits);
     }
 }
 
@@ -152,9 +150,9 @@ std::vector<PageNumber> UsageMapWriter::references() const {
     PageReader reader{pager_, cache};
     const std::vector<std::uint8_t> row = readUsageMapRow(reader, map_);
     std::vector<PageNumber> numbers;
-    if (row[0] != kReference) return numbers;
-    for (std::size_t at = 1; at + 4 <= row.size(); at += 4) {
-        numbers.push_back(PageNumber{load<std::uint32_t>(row, at)});
+    if (load(row, layout::kKind) != layout::Kind::Reference) return numbers;
+    for (std::size_t i = 0; i < layout::referenceCount(row.size()); ++i) {
+        numbers.push_back(load(row, layout::reference(i)));
     }
     return numbers;
 }

@@ -4,7 +4,7 @@
 //   owned.insert(page);
 //   owned.save(allocator);
 //
-// One thread, that of the statement.
+// The layout is in format/usage_map.h. One thread, that of the statement.
 #pragma once
 
 #include "engine/jet/usage_map.h"
@@ -13,9 +13,6 @@
 #include <vector>
 
 namespace jet {
-
-/// Length of the row of a new map: 512 pages inline, or enough references for 2 GB.
-inline constexpr std::size_t kMapRowSize = 69;
 
 class UsageMapWriter {
 public:

@@ -1,6 +1,9 @@
 #include "engine/jet/write/value_encoder.h"
 
 #include "engine/jet/bytes.h"
+#include "engine/jet/format/long_value.h"
+#include "engine/jet/format/text.h"
+#include "engine/jet/format/value.h"
 #include "engine/jet/text.h"
 
 #include <algorithm>
@@ -9,19 +12,11 @@
 namespace jet {
 namespace {
 
-/// Memos up to this many characters are compressed.
-constexpr std::size_t kMaxCompressedMemo = 1024;
+namespace layout = format::text;
 
-/// A long value's length has 30 bits.
-constexpr std::size_t kMaxLongValue = 0x3FFFFFFF;
+constexpr std::size_t kMaxLongValue = format::long_value::kLengthMask;
 
 constexpr char16_t kByteOrderMark = 0xFEFF;
-
-template <typename T>
-void append(Binary& out, T value) {
-    const auto* const at = reinterpret_cast<const std::uint8_t*>(&value);
-    out.insert(out.end(), at, at + sizeof value);
-}
 
 template <typename T>
 const T& expect(const Value& value, const Column& column) {
@@ -37,15 +32,15 @@ const T& expect(const Value& value, const Column& column) {
 
 void appendRaw(std::u16string_view text, Binary& out) {
     const auto* const at = reinterpret_cast<const std::uint8_t*>(text.data());
-    out.insert(out.end(), at, at + 2 * text.size());
+    out.insert(out.end(), at, at + layout::kUnitSize * text.size());
 }
 
 /// Appends the compressed form if it is shorter than the other one. Zero bytes change between
 /// stretches of one and of two bytes a unit, so a unit with a zero byte in it cannot be in either.
 bool appendCompressed(std::u16string_view text, Binary& out) {
     const std::size_t start = out.size();
-    const std::size_t limit = 2 * text.size();
-    out.insert(out.end(), {0xFF, 0xFE});
+    const std::size_t limit = layout::kUnitSize * text.size();
+    out.insert(out.end(), layout::kCompressed.begin(), layout::kCompressed.end());
     bool wide = false;
     for (const char16_t unit : text) {
         const bool unitIsWide = unit > 0xFF;
@@ -53,7 +48,7 @@ bool appendCompressed(std::u16string_view text, Binary& out) {
             out.resize(start);
             return false;
         }
-        if (unitIsWide != wide) out.push_back(0);
+        if (unitIsWide != wide) out.push_back(layout::kChange);
         wide = unitIsWide;
         out.push_back(static_cast<std::uint8_t>(unit));
         if (wide) out.push_back(static_cast<std::uint8_t>(unit >> 8));
@@ -66,15 +61,17 @@ bool appendCompressed(std::u16string_view text, Binary& out) {
 /// A fixed column is filled up with blanks.
 void encodeFixedText(std::u16string_view text, const Column& column, Binary& out) {
     std::u16string filled{text};
-    filled.resize(column.size / 2, u' ');
+    filled.resize(column.size / layout::kUnitSize, u' ');
     appendRaw(filled, out);
 }
 
 void encodeTextValue(const std::u16string& text, const Column& column, Binary& out) {
-    if (column.type == ColumnType::Text && 2 * text.size() > column.size) throwTooLarge(column);
-    if (2 * text.size() > kMaxLongValue) throwTooLarge(column);
+    if (column.type == ColumnType::Text && layout::kUnitSize * text.size() > column.size)
+        throwTooLarge(column);
+    if (layout::kUnitSize * text.size() > kMaxLongValue) throwTooLarge(column);
     if (column.fixed) return encodeFixedText(text, column, out);
-    const bool short_ = column.type == ColumnType::Text || text.size() <= kMaxCompressedMemo;
+    const bool short_ =
+        column.type == ColumnType::Text || text.size() <= layout::kMaxCompressedMemo;
     encodeText(text, column.compressed && short_, out);
 }
 
@@ -82,7 +79,7 @@ void encodeNumeric(const Numeric& number, const Column& column, Binary& out) {
     if (number.scale != column.scale) {
         throw Error{Fault::WrongType, "A number has another scale than its column."};
     }
-    out.push_back(number.negative ? 0x80 : 0x00);
+    out.push_back(number.negative ? format::value::kNegative : std::uint8_t{0});
     for (const std::uint32_t word : number.magnitude) append(out, word);
 }
 

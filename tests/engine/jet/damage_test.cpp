@@ -2,6 +2,7 @@
 // refused, in bounded time and memory.
 #include "tests/support/damage.h"
 
+#include "engine/jet/format/page.h"
 #include "engine/jet/usage_map.h"
 #include "tests/engine/jet/allocation_watch.h"
 #include "tests/engine/jet/faults.h"
@@ -23,7 +24,7 @@ using fixture::ByteVector;
 using fixture::Random;
 
 /// A list of all pages that a file can have takes 2 MiB, whatever the file's own size.
-constexpr std::size_t kMaxPageListBytes = kMaxFilePages * sizeof(PageNumber);
+constexpr std::size_t kMaxPageListBytes = format::page::kMaxCount * sizeof(PageNumber);
 
 /// Reads the file and checks what holds for any file.
 std::optional<Survey> survive(const ByteVector& file) {

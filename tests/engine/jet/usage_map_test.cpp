@@ -1,5 +1,6 @@
 #include "engine/jet/usage_map.h"
 
+#include "engine/jet/format/page.h"
 #include "tests/engine/jet/faults.h"
 #include "tests/engine/jet/memory_pages.h"
 #include "tests/support/usage_maps.h"
@@ -113,8 +114,8 @@ TEST(UsageMap, PagesBehindTheEndOfTheFileAreListedForTheReaderToCount) {
 
 TEST(UsageMap, PagesThatNoFileCanHaveAreNone) {
     EXPECT_THAT(read(fileWithMap(inlineRow(0xFFFFFFF8, {0xFF, 0xFF}), 8)), IsEmpty());
-    EXPECT_EQ(read(fileWithMap(inlineRow(kMaxFilePages - 1, {0b11}), 8)),
-              numbers({kMaxFilePages - 1}));
+    EXPECT_EQ(read(fileWithMap(inlineRow(format::page::kMaxCount - 1, {0b11}), 8)),
+              numbers({format::page::kMaxCount - 1}));
 }
 
 // The worst that a small file can claim.
@@ -127,7 +128,7 @@ TEST(UsageMap, EverySlotRefersToTheSameFullBitmap) {
     ByteVector file = fileWithMap(row, 3);
     std::fill(file.begin() + 2 * kPageSize, file.end(), std::uint8_t{0xFF});
     file[2 * kPageSize] = 5;
-    EXPECT_EQ(read(file).size(), kMaxFilePages - 1);
+    EXPECT_EQ(read(file).size(), format::page::kMaxCount - 1);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "engine/jet/check/check.h"
 #include "engine/jet/collation.h"
 #include "engine/jet/database.h"
+#include "engine/jet/format/index_key.h"
 #include "engine/jet/index.h"
 #include "src/db/mod_database.h"
 #include "src/log/class_log.h"
@@ -130,7 +131,7 @@ void expectIndex(jet::Database& database) {
         const auto value = jet::decodeField(scan.pages(), column, scan.record().field(column),
                                             scan.record().page());
         const auto text = std::get<std::u16string>(value);
-        expected.emplace_back(jet::textKey(text.substr(0, jet::kIndexedCharacters)),
+        expected.emplace_back(jet::textKey(text.substr(0, jet::format::index_key::kMaxCharacters)),
                               scan.rowId().packed());
     }
     // Pages are compared before slots: the high bytes of a row's identity are its page.

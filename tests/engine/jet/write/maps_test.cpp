@@ -92,7 +92,7 @@ TEST(UsageMaps, PagesThatNoWindowHoldsAreKeptOnBitmaps) {
     file.growTo(700);
     file.insert(40, 40);
     const auto map = file.mapRow(file.ownedMap());
-    EXPECT_EQ(map.size(), kMapRowSize);
+    EXPECT_EQ(map.size(), format::usage_map::kNewRowSize);
     EXPECT_EQ(map[0], 1);
     EXPECT_NE(load<std::uint32_t>(map, 1), 0u);
     EXPECT_EQ(load<std::uint32_t>(map, 5), 0u);
@@ -111,7 +111,7 @@ TEST(UsageMaps, OfAFileBeyondOneBitmap) {
     EXPECT_EQ(file.mapRow(RowId{PageNumber{1}, 0})[0], 1);
     file.insert(80, 40);
     file.expectSound();
-    file.growTo(kPagesPerBitmap + 40);
+    file.growTo(format::usage_map::kPagesPerBitmap + 40);
     file.insert(120, 40);
     for (const RowId map : {file.ownedMap(), RowId{PageNumber{1}, 0}}) {
         const auto references = file.mapRow(map);

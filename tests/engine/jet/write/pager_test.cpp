@@ -1,7 +1,7 @@
 // Statements taken back, storages that fail at the worst moment, readers beside a writer.
 #include "engine/jet/pager.h"
 
-#include "engine/jet/usage_map.h"
+#include "engine/jet/format/page.h"
 #include "tests/engine/jet/faults.h"
 #include "tests/engine/jet/memory_pages.h"
 #include "tests/support/faulty_disk.h"
@@ -255,19 +255,19 @@ TEST(Pager, ReadersSeeWholeStatements) {
 }
 
 TEST(Pager, TheLargestFile) {
-    Pager pager{std::make_unique<fixture::SparseStorage>(kMaxFilePages - 3)};
+    Pager pager{std::make_unique<fixture::SparseStorage>(format::page::kMaxCount - 3)};
     pager.begin();
-    EXPECT_EQ(raw(pager.append()), kMaxFilePages - 3);
+    EXPECT_EQ(raw(pager.append()), format::page::kMaxCount - 3);
     pager.end();
     pager.begin();
     pager.edit(PageNumber{7})->fill(7);
-    EXPECT_EQ(raw(pager.append()), kMaxFilePages - 2);
-    EXPECT_EQ(raw(pager.append()), kMaxFilePages - 1);
+    EXPECT_EQ(raw(pager.append()), format::page::kMaxCount - 2);
+    EXPECT_EQ(raw(pager.append()), format::page::kMaxCount - 1);
     expectFault(Fault::FileFull, [&] { pager.append(); });
     pager.undo();
-    EXPECT_EQ(pager.pageCount(), kMaxFilePages - 2);
+    EXPECT_EQ(pager.pageCount(), format::page::kMaxCount - 2);
     pager.commit();
-    EXPECT_EQ(pager.pageCount(), kMaxFilePages - 2);
+    EXPECT_EQ(pager.pageCount(), format::page::kMaxCount - 2);
     EXPECT_EQ((*pager.page(PageNumber{7}))[0], 0);
 }
 

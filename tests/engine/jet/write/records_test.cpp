@@ -1,4 +1,5 @@
 // Where records go when they grow: as few as can be leave their pages.
+#include "engine/jet/format/record.h"
 #include "tests/engine/jet/write/written.h"
 #include "tests/support/random.h"
 
@@ -209,7 +210,7 @@ TEST(Records, AsLargeAsCanBe) {
     };
     // 2 + 4, seven of 510, offsets, count and mask.
     constexpr std::size_t kTaken = 2 + 4 + 7 * 510 + 2 * 9 + 2 + 2;
-    constexpr std::size_t kMax = kMaxRecordBytes - kTaken;
+    constexpr std::size_t kMax = format::record::kMaxSize - kTaken;
     for (std::size_t last = kMax - 3; last <= kMax; ++last) table.insert(u"T", {rowOf(last)});
     table.expectClean();
     EXPECT_THROW(table.insert(u"T", {rowOf(kMax + 1)}), Error);
