@@ -4,7 +4,6 @@
 #include "engine/jet/header.h"
 #include "engine/jet/text.h"
 #include "engine/jet/usage_map.h"
-#include "engine/jet/write/write_context.h"
 
 #include <chrono>
 #include <ctime>
@@ -83,21 +82,6 @@ const std::vector<CatalogEntry>& Database::catalog() {
     const std::lock_guard lock{catalogMutex_};
     if (!catalog_) catalog_ = readCatalog();
     return *catalog_;
-}
-
-void Database::write(const std::function<void(WriteContext&)>& change) {
-    pager_.begin();
-    try {
-        forgetCatalog();  // others may have changed it
-        WriteContext context{*this, pager_, PageAllocator{pager_}, clock_()};
-        change(context);
-    } catch (...) {
-        pager_.undo();
-        forgetCatalog();
-        throw;
-    }
-    pager_.end();
-    forgetCatalog();
 }
 
 void Database::commit() {

@@ -7,22 +7,30 @@ namespace layers {
 
 const std::vector<Rule>& rules() {
     static const std::vector<Rule> table{
-        {"engine/jet/", {"engine/jet/"}, true},
-        {"engine/sql/values/", {"engine/sql/values/", "engine/jet/"}, true},
-        {"engine/sql/like/", {"engine/sql/like/", "engine/sql/values/", "engine/jet/"}, true},
-        {"engine/sql/parse/", {"engine/sql/parse/", "engine/sql/values/", "engine/jet/"}, true},
+        {"engine/jet/format/", {"engine/jet/format/"}, true},
+        {"engine/jet/", {"engine/jet/", "engine/jet/format/"}, true},
+        {"engine/jet/write/", {"engine/jet/write/", "engine/jet/", "engine/jet/format/"}, true},
+        {"engine/jet/check/", {"engine/jet/check/", "engine/jet/", "engine/jet/format/"}, true},
+        {"engine/sql/values/", {"engine/sql/values/", "engine/jet/", "engine/jet/format/"}, true},
+        {"engine/sql/like/",
+         {"engine/sql/like/", "engine/sql/values/", "engine/jet/", "engine/jet/format/"},
+         true},
+        {"engine/sql/parse/",
+         {"engine/sql/parse/", "engine/sql/values/", "engine/jet/", "engine/jet/format/",
+          "engine/jet/write/"},
+         true},
         {"engine/sql/bind/",
          {"engine/sql/bind/", "engine/sql/parse/", "engine/sql/like/", "engine/sql/values/",
-          "engine/jet/"},
+          "engine/jet/", "engine/jet/format/"},
          true},
         {"engine/sql/run/",
          {"engine/sql/run/", "engine/sql/bind/", "engine/sql/parse/", "engine/sql/values/",
-          "engine/jet/"},
+          "engine/jet/", "engine/jet/format/", "engine/jet/write/"},
          true},
-        {"engine/ado/", {"engine/ado/", "engine/sql/", "engine/jet/"}, true},
+        {"engine/ado/", {"engine/ado/", "engine/sql/", "engine/jet/", "engine/jet/format/"}, true},
         {"toolkit/grid/model/", {"toolkit/grid/model/"}, true},
         {"toolkit/forms/", {"toolkit/forms/"}, false},
-        {"toolkit/grid/", {"toolkit/grid/", "toolkit/forms/"}, false},
+        {"toolkit/grid/", {"toolkit/grid/", "toolkit/grid/model/", "toolkit/forms/"}, false},
         {"src/text/", {"src/text/"}, true},
         {"src/log/", {"src/log/", "src/text/", "engine/ado/"}, true},
         {"src/platform/", {"src/platform/", "src/log/", "src/text/", "engine/ado/"}, false},
@@ -61,10 +69,12 @@ const std::vector<Rule>& rules() {
 namespace {
 
 const Rule* ruleOf(std::string_view path) {
-    const auto found = std::find_if(rules().begin(), rules().end(), [path](const Rule& rule) {
-        return path.starts_with(rule.folder);
-    });
-    return found == rules().end() ? nullptr : &*found;
+    const Rule* found = nullptr;
+    for (const Rule& rule : rules()) {
+        if (!path.starts_with(rule.folder)) continue;
+        if (found == nullptr || rule.folder.size() > found->folder.size()) found = &rule;
+    }
+    return found;
 }
 
 std::string_view withoutLeadingBlanks(std::string_view line) {
@@ -101,11 +111,20 @@ bool isWindowsHeader(std::string_view name) {
     return std::find(headers.begin(), headers.end(), bare) != headers.end();
 }
 
+bool hasRule(std::string_view folder) {
+    return std::any_of(rules().begin(), rules().end(),
+                       [folder](const Rule& rule) { return rule.folder == folder; });
+}
+
 bool isAllowed(const Rule& rule, std::string_view name) {
     const std::string_view bare = name.substr(1, name.size() - 2);
+    const Rule* const ofHeader = ruleOf(bare);
+    const auto covers = [&](std::string_view folder) {
+        return hasRule(folder) ? ofHeader != nullptr && ofHeader->folder == folder
+                               : bare.starts_with(folder);
+    };
     return bare.find("..") == std::string_view::npos &&
-           std::any_of(rule.mayInclude.begin(), rule.mayInclude.end(),
-                       [bare](std::string_view folder) { return bare.starts_with(folder); });
+           std::any_of(rule.mayInclude.begin(), rule.mayInclude.end(), covers);
 }
 
 /// Empty if the file may include `name`, else the reason why not.

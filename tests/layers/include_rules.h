@@ -13,12 +13,14 @@ namespace layers {
 
 struct Rule {
     std::string_view folder;
+    /// Folders with rules of their own, each without those inside it that have one, too; or folders
+    /// that hold others, with everything in them.
     std::vector<std::string_view> mayInclude;
     bool portable;  ///< no <windows.h> outside files named *_windows.cpp
 };
 
 /// From the bottom up: a folder may include itself and folders above it in the list, so there is
-/// no circle. The first rule whose folder holds a file is the file's.
+/// no circle. The rule of the innermost folder that holds a file is the file's.
 const std::vector<Rule>& rules();
 
 /// One sentence for each #include of the file that its layer does not allow. `path` is relative to
