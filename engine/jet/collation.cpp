@@ -145,8 +145,8 @@ private:
     std::pmr::vector<std::uint8_t> kana_{&memory_};     ///< one flag a unit
     std::size_t position_ = 0;                          ///< weights so far
     std::size_t accentsUpTo_ = 0;                       ///< weights that accents_ speaks of
-    std::size_t beforeFirst_ = 0;  ///< 1 if a mark stands before the first weight
-    bool touched_ = false;         ///< an accent or mark was met
+    std::size_t beforeFirst_ = 0;                       ///< 1 if a mark precedes the first weight
+    bool touched_ = false;                              ///< an accent or mark was met
 };
 
 /// Units whose weights are made in one go, and the bytes of a unit at most.
@@ -290,7 +290,7 @@ std::strong_ordering compareText(std::u16string_view left, std::u16string_view r
     right = withoutTrailingBlanks(right);
     const CharacterWeights& weights = CharacterWeights::general();
 
-    // As long as unit stands against unit, no walk is needed.
+    // As long as units are single weights, no walk is needed.
     std::size_t common = 0;
     for (const std::size_t end = std::min(left.size(), right.size()); common < end; ++common) {
         if (left[common] == right[common]) continue;

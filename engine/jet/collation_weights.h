@@ -1,4 +1,4 @@
-// What each UTF-16 unit contributes to a text key: weights, and what stands in the key behind them.
+// What each UTF-16 unit contributes to a text key: weights, and what follows them in the key.
 //
 //   const jet::CharacterWeight& letter = jet::CharacterWeights::general()[u'a'];
 //

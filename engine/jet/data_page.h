@@ -56,7 +56,7 @@ private:
 };
 
 /// Follows the pointer of a record that moved to the record itself, which is marked as moved and
-/// stands on a page of the same owner.
+/// is on a page of the same owner.
 /// Returns its bytes, which hold until the next use of `pages`. Throws Error{Damaged}.
 Bytes followPointer(PageReader& pages, Bytes pointer, std::uint32_t owner);
 

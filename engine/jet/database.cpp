@@ -60,7 +60,7 @@ Database::~Database() {
     try {
         commit();
     } catch (const std::exception&) {
-        // Taken back by then; whoever wants to know commits before.
+        // Rolled back by then; a caller who needs to know commits first.
     }
 }
 

@@ -3,7 +3,7 @@
 //   auto database = jet::Database::open("traces.mdb");
 //   auto table = database->table(u"tblTraces");
 //
-// Opening reads the header and nothing else; the catalog is read when first asked for. A change
+// Opening reads only the header; the catalog is read when it is first needed. A change
 // that a crash cut short is taken back first. Any thread may read an open database; one thread at a
 // time changes it.
 #pragma once
@@ -71,7 +71,7 @@ public:
     /// file again. Throws Error: WriteFailed, DiskFull, ReadFailed; none of them has happened then.
     void commit();
 
-    /// Reads the catalog anew when it is needed next. For whoever changes it.
+    /// Reads the catalog again when it is needed next. For code that changes it.
     void forgetCatalog();
 
     bool hasUncommittedChanges() const { return pager_.hasChanges(); }

@@ -16,7 +16,7 @@
 namespace jet {
 
 /// Walks the entries of one tree in key order. Every member throws Error{Damaged} where the tree
-/// contradicts itself, and the cursor then stands nowhere; no tree makes it run without end.
+/// contradicts itself, and the cursor then is invalid; it ends in every tree.
 class IndexCursor {
 public:
     IndexCursor(PageReader pages, const TableDefinition& definition, const PhysicalIndex& index)
@@ -32,7 +32,7 @@ public:
     /// Requires: valid().
     void next();
 
-    /// Whether the cursor stands on an entry.
+    /// Whether the cursor is on an entry.
     bool valid() const { return position_ < leaf_.size(); }
 
     /// Requires: valid(). The key's bytes hold until the cursor moves.
@@ -47,9 +47,9 @@ private:
     PageReader pages_;
     PageNumber owner_;
     PageNumber root_;
-    IndexPage leaf_;  ///< the page the cursor stands on, held by pages_
+    IndexPage leaf_;  ///< the page the cursor is on, held by pages_
     std::size_t position_ = 0;
-    Key entry_;                     ///< the entry at position_, made whole
+    Key entry_;                     ///< the entry at position_, with its prefix
     std::uint32_t leavesSeen_ = 0;  ///< since the last seek
 };
 

@@ -53,7 +53,7 @@ class Part {
 public:
     Part(bool ascending, Key& key) : ascending_{ascending}, key_{key} {}
 
-    /// A byte that stands inverted in a descending key.
+    /// A byte that is inverted in a descending key.
     void put(std::uint8_t byte) { key_.push_back(ascending_ ? byte : inverted(byte)); }
 
     template <std::unsigned_integral T>

@@ -72,7 +72,7 @@ void IndexPage::checkEntries() const {
     }
 }
 
-/// An entry as it stands on the page.
+/// An entry as stored on the page.
 Bytes IndexPage::stored(std::size_t index) const {
     const std::size_t start = index == 0 ? 0 : ends_[index - 1];
     return area_.subspan(start, ends_[index] - start);

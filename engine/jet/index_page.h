@@ -15,7 +15,7 @@
 
 namespace jet {
 
-/// A key as it stands in the tree, to be compared byte by byte.
+/// A key as stored in the tree, to be compared byte by byte.
 using Key = std::vector<std::uint8_t>;
 
 /// An entry of a leaf, or that of a page above without its child, taken apart.

@@ -79,7 +79,7 @@ bool replayRecord(Bytes record, std::uint64_t salt, const Journal::Use& use) {
 
 /// Uses the records from `from` to before `end`, up to the first that is damaged. That is where a
 /// crash cut the journal off: a page is overwritten only after its record and all before it are
-/// safe, so whatever stands behind belongs to pages that are still as they were.
+/// safe, so whatever follows belongs to pages that have not been overwritten.
 /// Returns where it stopped.
 std::uint64_t replayRecords(const Storage& journal, std::uint64_t salt, std::uint64_t from,
                             std::uint64_t end, const Journal::Use& use) {
@@ -113,7 +113,7 @@ std::set<std::uint32_t> samplePages(std::uint32_t pageCount) {
 
 using PageImages = std::map<std::uint32_t, std::vector<std::uint8_t>>;
 
-/// `images` stand for the file's own pages.
+/// `images` replace the file's own pages.
 std::uint64_t fingerprint(const Storage& file, std::uint32_t pageCount, const PageImages& images) {
     std::uint64_t sum = layout::kMagicValue ^ pageCount;
     std::vector<std::uint8_t> page(kPageSize);

@@ -1,8 +1,8 @@
 // The rollback journal: pages as they were before they were changed, so that a change which was
 // cut short can be taken back. The layout is in format/journal.h.
 //
-//   const std::uint32_t pageCount = storage.pageCount();
-//   jet::Journal journal{storage.createJournal(), pageCount, jet::fingerprintOf(storage, pageCount)};
+//   const std::uint32_t count = storage.pageCount();
+//   jet::Journal journal{storage.createJournal(), count, jet::fingerprintOf(storage, count)};
 //   journal.append(jet::Journal::Kind::Transaction, number, bytes);
 //   journal.sync();                             // before the first page is overwritten
 //   journal.invalidate();                       // the commit point
@@ -10,7 +10,7 @@
 // A record counts only if its checksum is right, so it does not matter where a crash cut the
 // journal off. A journal whose head is not valid is ignored.
 //
-// One thread, that of whoever holds the lock of the file.
+// One thread, that of the holder of the file's lock.
 #pragma once
 
 #include "engine/jet/format/journal.h"
@@ -39,7 +39,7 @@ public:
     /// costs nothing.
     void sync();
 
-    /// Where the next record will stand.
+    /// Where the next record will be.
     std::uint64_t end() const { return end_; }
 
     /// Calls `use` with kind, number and bytes of each record from `from` on that is there when it
@@ -61,9 +61,9 @@ private:
     bool synced_ = false;
 };
 
-/// What ties a journal to its file: some of its pages as they were when the change began. Files that
-/// were copied from one template have the same header, so that alone would take a file that was put
-/// in the place of another for that one.
+/// What ties a journal to its file: a checksum of some of its pages when the change began. The header
+/// alone would not do: files copied from one template share it, and another one may have taken
+/// the place of this file.
 std::uint64_t fingerprintOf(const Storage& file, std::uint32_t pageCount);
 
 /// Takes back a change that a crash cut short: puts back the pages in the storage's journal.

@@ -41,8 +41,8 @@ Bytes LongValueReader::readOther(Bytes header, PageNumber page, Binary& scratch)
     return chain(load(header, layout::kRow), length, scratch);
 }
 
-/// Memory is taken only as rows arrive, so a false length costs nothing, and no row is taken twice,
-/// so a chain that runs in a ring ends.
+/// Memory is allocated only as rows arrive, so a false length does no harm, and no row is read
+/// twice, so a cyclic chain ends.
 Bytes LongValueReader::chain(RowId row, std::size_t length, Binary& scratch) {
     std::unordered_set<std::uint32_t> visited;
     scratch.clear();

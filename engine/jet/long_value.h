@@ -1,4 +1,4 @@
-// Memo and Ole values, which may stand outside of their record. The layout is in
+// Memo and Ole values, which may be stored outside their record. The layout is in
 // format/long_value.h.
 //
 //   jet::LongValueReader values{pages};

@@ -24,7 +24,7 @@ using PagePtr = std::shared_ptr<const Page>;
 /// stays valid for as long as its pointer is held, whatever the cache does meanwhile.
 class PageCache {
 public:
-    /// 1,024 pages: 4 MiB, several screens of a grid whose texts stand on a page each.
+    /// 1,024 pages: 4 MiB, several screens of a grid with a page for each text.
     static constexpr std::size_t kDefaultPages = 1024;
 
     explicit PageCache(const Storage& storage, std::size_t capacity = kDefaultPages)
@@ -53,7 +53,7 @@ private:
     std::unordered_map<std::uint32_t, std::list<Entry>::iterator> byNumber_;
 };
 
-/// One thread's hands on the pages: remembers the page it gave last, and can hold a stretch of
+/// One thread's view of the pages: remembers the last page it returned, and can hold a stretch of
 /// the file in one block so that a scan need not ask the cache for each page.
 class PageReader {
 public:

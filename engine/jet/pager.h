@@ -1,5 +1,5 @@
 // Writes a database file: changed pages are held back until they are complete, and the
-// journal has them as they were before the first of them is overwritten.
+// journal has their original content before the first of them is overwritten.
 //
 //   pager.begin();                              // a statement
 //   try {
@@ -57,7 +57,7 @@ public:
     /// Begins a statement. Throws Error: ReadOnly, InUse, WriteFailed; nothing has begun then.
     void begin();
 
-    /// The statement's changes stand, though not durably yet.
+    /// Keeps the statement's changes, though not durably yet.
     void end();
 
     /// Takes back the statement's changes. If the storage fails at that, the file is left to

@@ -15,7 +15,7 @@
 namespace jet {
 
 /// Bytes that a value of a fixed-size type takes wherever it is stored; 0 for the other types.
-/// Descriptors found in the wild hold rubbish here, so the type decides.
+/// Real files declare other lengths for them, so the type decides.
 constexpr std::size_t sizeOfType(ColumnType type) { return format::value::size(type); }
 
 /// Bytes of a value in the fixed part of a record.

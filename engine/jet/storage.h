@@ -1,4 +1,4 @@
-// Where the pages of a database stand: a file, a piece of memory, a test's faulty disk.
+// Where the pages of a database are stored: a file, memory, a test's faulty disk.
 //
 //   std::unique_ptr<jet::Storage> storage = jet::openFile(path);
 //   storage->readPages(jet::PageNumber{0}, buffer);
@@ -64,7 +64,7 @@ public:
 };
 
 /// Opens a file for reading, shared with every other program that has it open; to be written it
-/// has to be locked. Its journal stands beside it, with "-journal" behind its name.
+/// has to be locked. Its journal is the file beside it with "-journal" appended to its name.
 /// Throws Error: FileNotFound, AccessDenied, InUse or ReadFailed.
 /// Paths of more than 260 characters are accepted on Windows too.
 std::unique_ptr<Storage> openFile(const std::filesystem::path& path);

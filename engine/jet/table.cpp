@@ -11,8 +11,8 @@ namespace {
 constexpr std::size_t kBlockPages = 64;
 
 /// Other pages between those of the table are read along while they are not more than three in
-/// four: one call for the block is cheaper than a call a page, and the table's long values mostly
-/// stand between its rows.
+/// four: one call for the block is cheaper than a call a page, and the table's long values are
+/// mostly between its rows.
 constexpr std::size_t kSparsest = 4;
 
 }  // namespace

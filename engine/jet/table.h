@@ -34,7 +34,7 @@ public:
     /// A reader of pages for the calling thread.
     PageReader pageReader() const;
 
-    /// Finds the record of a row id that a scan or an index gave, following a move.
+    /// Finds the record of a row id from a scan or an index, following a move.
     /// Returns false if the row is gone or no longer a row of this table (another program may have
     /// changed the file since); the record then is empty. The record's bytes hold until the next
     /// use of `pages`. Throws Error: what the storage throws.
@@ -52,7 +52,7 @@ struct Skipped {
 };
 
 /// Walks rows in storage order: by page as the table's map lists them, by slot on the page.
-/// A row that was moved is met once, where its pointer stands. Damaged rows and pages are skipped
+/// A moved row is returned once, at the place of its pointer. Damaged rows and pages are skipped
 /// and counted; failures of the storage itself are thrown.
 class TableScan {
 public:

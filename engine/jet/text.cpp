@@ -20,7 +20,7 @@ void forEachStretch(Bytes stored, Narrow narrow, Wide wide) {
         if (isWide) {
             while (end - stop >= 2 && *stop != format::text::kChange) stop += 2;
             wide(at, stop);
-            // Behind the stretch stands the zero byte, or an odd last byte, or the end.
+            // The stretch is followed by the zero byte, an odd last byte or the end.
         } else {
             stop = static_cast<const std::uint8_t*>(
                 std::memchr(at, format::text::kChange, static_cast<std::size_t>(end - at)));
@@ -126,7 +126,7 @@ void appendUtf8(Bytes stored, std::string& out) {
     }
     // A byte makes at most two bytes of UTF-8, a pair of bytes at most three.
     appendWith(out, stored.size() * 2, [&](char* to) {
-        char16_t before = 0;  // the unit before a wide stretch: only empty ones stand between
+        char16_t before = 0;  // the unit before a wide stretch; only empty ones are between
         const auto narrow = [&](const std::uint8_t* at, const std::uint8_t* end) {
             if (at < end) before = 0;
             to = putNarrow(at, end, to);

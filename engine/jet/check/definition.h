@@ -15,7 +15,7 @@ namespace jet::checking {
 /// null mask. Requires: the column is fixed.
 std::size_t fixedBytes(const Column& column);
 
-/// Takes the pages of the definition that starts on `first` into possession, checks it and reads
+/// Claims the pages of the definition that starts on `first`, checks the definition and reads
 /// it. Nothing if it cannot be read.
 std::optional<TableDefinition> checkDefinition(Context& context, PageNumber first,
                                                std::u16string name);

@@ -10,7 +10,7 @@
 namespace jet::checking {
 namespace {
 
-/// The values that stand more than once, each once for every time too many.
+/// The values that occur more than once, each once for every repetition.
 template <typename T>
 std::vector<T> repeated(std::vector<T> values) {
     std::sort(values.begin(), values.end());

@@ -33,7 +33,7 @@ public:
     /// Appends the part of a text as it is stored.
     void append(const Column& column, bool ascending, const StoredField& field, PageReader& pages,
                 PageNumber page, Key& key) {
-        entries_.resize(kEntries);  // an index without texts, or without rows, costs nothing
+        entries_.resize(kEntries);  // not for an index without texts or without rows
         Entry& entry = entries_[static_cast<std::size_t>(hashBytes(field.bytes) % kEntries)];
         const bool known = !entry.part.empty() && entry.stored.size() == field.bytes.size() &&
                            std::equal(field.bytes.begin(), field.bytes.end(), entry.stored.begin());

@@ -172,7 +172,7 @@ void IndexTreeCheck::checkMap() {
     for (const PageNumber page : *listed) {
         if (std::binary_search(visited_.begin(), visited_.end(), page)) continue;
         const Owner owner = context_.owners.of(page);
-        // Below a damaged page stand some that could not be reached.
+        // Pages below a damaged one could not be reached.
         if (complete_ && (owner.kind == OwnerKind::None || owner == owner_)) {
             fail(page, "the map of the index lists a page that is not in the tree");
         } else if (owner.kind != OwnerKind::None && owner != owner_) {

@@ -1,4 +1,4 @@
-// Checks of an index as a tree: each page, and how the pages stand to each other.
+// Checks of an index as a tree: each page, and how the pages relate to each other.
 //
 //   IndexTreeCheck tree{context, definition, number, entries, name};
 //   if (tree.run()) entries.finish();

@@ -119,7 +119,7 @@ bool LongValueCheck::checkChain(Bytes field, RowId part, std::size_t length, Row
 std::optional<Bytes> LongValueCheck::takePart(RowId part, RowId row) {
     Part* const state = find(part);
     if (state == nullptr) {
-        // What stands on a page that was reported is not reported again.
+        // Parts on a page that was reported are not reported again.
         const bool onLostPage = !complete_ && context_.inFile(part.page()) &&
                                 context_.owners.of(part.page()).kind == OwnerKind::LongValues;
         if (!onLostPage) fail(row, "the column has no part of a long value on " + nameOf(part));

@@ -1,4 +1,4 @@
-// Checks of the long values of one column that stand outside of their records.
+// Checks of the long values of one column that are stored outside their records.
 //
 //   LongValueCheck values{context, definition, place};
 //   values.check(field.bytes, row);  // for each row
@@ -15,7 +15,7 @@ namespace jet::checking {
 
 class LongValueCheck {
 public:
-    /// Takes the column's pages into possession and checks them. `place` is the column's in the
+    /// Claims the column's pages and checks them. `place` is the column's in the
     /// definition.
     LongValueCheck(Context& context, const TableDefinition& definition, std::size_t place);
 

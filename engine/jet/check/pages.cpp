@@ -97,7 +97,7 @@ std::optional<Bytes> takePage(Context& context, PageReader& pages, PageNumber nu
                              "the page lies outside the file, but belongs to " + describe(owner));
         return std::nullopt;
     }
-    const bool again = context.owners.of(number) == owner;  // several maps stand on a page
+    const bool again = context.owners.of(number) == owner;  // several maps share a page
     if (const auto other = context.owners.claim(number, owner)) {
         context.report.error(
             Rule::PageOwnership, number,

@@ -1,4 +1,4 @@
-// Checks of single pages, whatever stands on them.
+// Checks of single pages, whatever their content.
 //
 //   const auto page = takePage(context, pages, number, {OwnerKind::Rows, table}, {PageType::Data});
 //   if (page) checkDataPage(context, *page, number);

@@ -16,7 +16,7 @@ public:
     /// All must stay alive.
     RecordCheck(Context& context, const TableDefinition& definition);
 
-    /// `row` is where the row has its home. Long values are looked at as far as they stand in the
+    /// `row` is the row's home. Long values are checked as far as they are stored in the
     /// record. Returns whether all is right.
     bool check(Bytes bytes, RowId row);
 

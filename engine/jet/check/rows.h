@@ -27,7 +27,7 @@ struct LiveRows {
     }
 };
 
-/// Takes the data pages of a table, which ascend, into possession; checks them and the pointers of
+/// Claims the data pages of a table, which ascend; checks them and the pointers of
 /// moved rows.
 LiveRows collectRows(Context& context, const TableDefinition& definition,
                      const std::vector<PageNumber>& pages);

@@ -106,7 +106,7 @@ void CatalogWriter::addTable(PageNumber definition, std::u16string_view name) {
 }
 
 /// All rights for the owner, and for everyone to whom the container of tables hands them on. The
-/// creator's own entry there stands for whoever makes a table.
+/// creator's own entry there represents the creator of a table.
 void CatalogWriter::grantRights(PageNumber definition) {
     const auto objects = systemTable(context_.database, u"MSysObjects");
     const auto rights = systemTable(context_.database, u"MSysACEs");

@@ -16,7 +16,7 @@ namespace jet {
 
 class IndexBuilder {
 public:
-    /// `map` takes up all pages of the tree but the root, which it has.
+    /// All pages of the tree are added to `map`, except the root, which it contains.
     IndexBuilder(Pager& pager, PageAllocator& allocator, PageNumber owner, PageNumber root,
                  UsageMapWriter& map)
         : pager_{pager}, allocator_{allocator}, owner_{owner}, root_{root}, map_{map} {}
@@ -50,7 +50,7 @@ private:
     UsageMapWriter& map_;
 
     IndexNode leaf_;          ///< being filled; its number is known once a leaf is before it
-    std::size_t used_ = 0;    ///< bytes of its entries as they will stand
+    std::size_t used_ = 0;    ///< bytes of its entries as they will be stored
     std::size_t prefix_ = 0;  ///< bytes that they leave out
     Key entry_;
     std::vector<Level> levels_;  ///< leaves first

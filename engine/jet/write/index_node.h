@@ -68,7 +68,7 @@ private:
 /// How many bytes the two have in common at their beginning.
 std::size_t commonPrefix(Bytes left, Bytes right);
 
-/// Replaces `out` by an entry as it stands in a leaf: the key, the page (big-endian), the slot.
+/// Replaces `out` by an entry as stored in a leaf: the key, the page (big-endian), the slot.
 void makeEntry(Bytes key, RowId row, Key& out);
 
 }  // namespace jet

@@ -22,7 +22,7 @@ public:
     LongValueWriter(Pager& pager, PageAllocator& allocator, const Column& column)
         : pager_{pager}, allocator_{allocator}, column_{column} {}
 
-    /// Replaces `field` by what stands in the record: the header and, for a short value that may
+    /// Replaces `field` by what the record stores: the head and, for a short value that may
     /// be `inRecord`, the content. Throws Error: FileFull, Damaged; as Pager::edit.
     void store(Bytes content, bool inRecord, Binary& field);
 

@@ -81,7 +81,7 @@ void writeTable(WriteContext& context, const layout::SystemTable& table) {
 
 // Security identifiers are scrambled with a key that depends on the header's creation date, in a
 // way that is not known. These belong to the date that the header has here, which therefore is
-// the same in every database; when it was made stands in the catalog.
+// the same in every database; the catalog says when it was made.
 const Binary kEngine{0x65, 0x89};
 const Binary kAdmin{0x64, 0x8B};
 const Binary kUsers{0x65, 0x8B};

@@ -71,7 +71,7 @@ void PageAllocator::release(PageNumber number) {
     released_.push_back(number);
 }
 
-/// A map that gives the catalog away is a ruin, which would be handed on as if it were sound.
+/// A map that lists the catalog as free is too damaged to be updated as if it were sound.
 void PageAllocator::requireMap() {
     if (std::exchange(mapChecked_, true)) return;
     for (const PageNumber number : {kMapPage, format::catalog::kObjects}) {
@@ -163,7 +163,7 @@ void PageAllocator::markReferenced(PageNumber number, bool free) {
            raw(number) % usage_map::kPagesPerBitmap, free);
 }
 
-/// A bitmap that is not there stands for free pages only.
+/// A missing bitmap means that all its pages are free.
 PageNumber PageAllocator::addBitmap(std::size_t slot) {
     const PageNumber number = pager_.append();
     {

@@ -4,8 +4,8 @@
 //   (*pager.edit(number))[0] = 1;
 //   allocator.release(number);
 //
-// New pages come from the end of the file, or are pages that the same statement gave back: a map
-// found in the wild may call a page free that is not.
+// New pages come from the end of the file, or are pages that the same statement freed: in real
+// files the map may list pages as free that are not.
 //
 // One thread, that of the statement.
 #pragma once

@@ -37,7 +37,7 @@ bool isVariable(ColumnType type) {
     return isLongValue(type) || type == ColumnType::Text || type == ColumnType::Binary;
 }
 
-/// The declared length, as it stands in a descriptor.
+/// The declared length, as stored in the column's block.
 std::uint16_t declaredSize(const NewColumn& column) {
     switch (column.type) {
         case ColumnType::Boolean:

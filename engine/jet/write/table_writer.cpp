@@ -95,7 +95,7 @@ void TableWriter::applyChanges(std::span<const Assignment> changes) {
     replacedValues_.clear();
 }
 
-/// Short long values stand in the record as long as it has room for them.
+/// Short long values are stored inline as long as the record has room for them.
 void TableWriter::encodeRecord() {
     try {
         encoder_.encode(fields_, record_);
@@ -302,7 +302,7 @@ bool TableWriter::affects(const Index& index, std::span<const Assignment> change
     });
 }
 
-/// A reader remembers the page it gave last, which may have changed since.
+/// A reader remembers the last page it returned, which may have changed since.
 PageReader TableWriter::freshReader() const {
     return {context_.database.storage(), context_.database.cache()};
 }
@@ -327,7 +327,7 @@ void TableWriter::finish() {
     writeCounts();
 }
 
-/// Row count, last autonumber and the indexes' statistics stand on the definition's first page.
+/// Row count, last autonumber and the indexes' statistics are on the definition's first page.
 void TableWriter::writeCounts() {
     namespace head = format::table_definition;
     namespace counter = format::index_counter;

@@ -61,7 +61,7 @@ public:
 
     /// Goes through all rows once and changes those that `change` says; returns how many. As few
     /// rows as possible move to other pages. Throws as insert; Error{Damaged} if any row or page
-    /// of the table is damaged, as a change of part of the rows is none.
+    /// of the table is damaged, so that all rows are changed or none.
     std::uint64_t updateRows(const RowChange& change);
 
     /// Writes what is kept up to here: maps, counts. To be called last.
@@ -76,7 +76,7 @@ private:
         RowId row;
     };
 
-    /// One index, and what updateRows keeps for it until all rows stand.
+    /// One index, and what updateRows keeps for it until all rows are written.
     struct Index {
         IndexWriter writer;
         std::unique_ptr<RowKeys> keys;  ///< null if they cannot be made here

@@ -144,7 +144,7 @@ void UsageMapWriter::saveReferences(PageAllocator& allocator) {
     }
 }
 
-/// The references as they stand, with kNoPage where there is none; empty for an inline map.
+/// The references as stored, kNoPage where there is none; empty for an inline map.
 std::vector<PageNumber> UsageMapWriter::references() const {
     PageCache cache{pager_, 1};
     PageReader reader{pager_, cache};
