@@ -73,7 +73,7 @@ void append(std::vector<std::uint8_t>& bytes, T value) {
     bytes.insert(bytes.end(), at, at + sizeof value);
 }
 
-/// Walks a buffer from front to back; running past its end is damage on `page`.
+/// Reads a buffer from front to back; reading past its end is reported as damage on `page`.
 class Reader {
 public:
     Reader(Bytes bytes, PageNumber page) : bytes_{bytes}, page_{page} {}

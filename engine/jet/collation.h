@@ -26,7 +26,7 @@ void appendTextKey(std::u16string_view text, bool ascending, std::vector<std::ui
 /// The ascending key as a string of bytes: for hash sets, maps and memcmp.
 std::string textKey(std::u16string_view text);
 
-/// Compares as the keys do.
+/// Compares like the keys.
 std::strong_ordering compareText(std::u16string_view left, std::u16string_view right);
 
 }  // namespace jet

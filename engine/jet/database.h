@@ -41,34 +41,34 @@ struct WriteContext;
 class Database : public std::enable_shared_from_this<Database> {
 public:
     /// Throws Error: what openFile throws; NotADatabase, OlderFormat, NewerFormat, Encrypted,
-    /// PasswordProtected, Truncated; ReadOnly or InUse if a change has to be taken back and cannot
+    /// PasswordProtected, Truncated; ReadOnly or InUse if a change must be rolled back and cannot
     /// be.
     static std::shared_ptr<Database> open(const std::filesystem::path& path);
     /// `changedPages`: how many changed pages are held in memory, see Pager.
     static std::shared_ptr<Database> open(std::unique_ptr<Storage> storage,
                                           std::size_t changedPages = Pager::kDefaultCapacity);
 
-    /// Makes what has been written durable, as far as that can be done. A caller who wants to know
-    /// calls commit().
+    /// Commits and ignores failures; call commit() to see them.
     ~Database();
 
-    /// All objects that can be read, in storage order. Throws Error{Damaged} if the catalog as a
-    /// whole cannot.
+    /// All readable objects, in storage order. Throws Error{Damaged} if the catalog itself cannot
+    /// be read.
     const std::vector<CatalogEntry>& catalog();
 
-    /// The table of that name, case ignored as the format's own collation does.
+    /// The table of that name, compared by the format's collation.
     /// Throws Error: NoSuchTable, Damaged.
     std::shared_ptr<const Table> table(std::u16string_view name);
 
     // ---- Changes ----
 
-    /// Runs `change` as one statement: all of it happens, or nothing. What it wrote can be read
-    /// from here at once, and becomes durable with commit(); until then nobody else can open the
-    /// file. Throws Error: ReadOnly, InUse, WriteFailed, DiskFull; what `change` throws.
+    /// Runs `change` as one atomic statement. Its changes are visible in this object at once and
+    /// become durable with commit(); until then no other program can open the file.
+    /// Throws Error: ReadOnly, InUse, WriteFailed, DiskFull; what `change` throws.
     void write(const std::function<void(WriteContext&)>& change);
 
-    /// Makes the statements since the last commit durable, all together, and lets others open the
-    /// file again. Throws Error: WriteFailed, DiskFull, ReadFailed; none of them has happened then.
+    /// Commits the statements since the last commit atomically; after that other programs can open
+    /// the file again. Throws Error: WriteFailed, DiskFull, ReadFailed; all of them are rolled back
+    /// then.
     void commit();
 
     /// Reads the catalog again when it is needed next. For code that changes it.
@@ -76,7 +76,7 @@ public:
 
     bool hasUncommittedChanges() const { return pager_.hasChanges(); }
 
-    /// Where the catalog's dates come from; local time, unless a test or a tool says otherwise.
+    /// The clock for the catalog's dates; local time by default.
     void setClock(std::function<Date()> clock) { clock_ = std::move(clock); }
 
     const Storage& storage() const { return pager_; }

@@ -11,16 +11,16 @@
 
 namespace jet {
 
-/// Checks that `storage` holds a Jet 4 database that can be read whole.
+/// Checks that `storage` is a Jet 4 database that can be read.
 /// Throws Error: NotADatabase, OlderFormat, NewerFormat, Encrypted, PasswordProtected, Truncated.
 void checkHeader(const Storage& storage);
 
-/// Checks that no page which the file's map of free pages counts as used lies beyond the end.
-/// A map that makes no sense proves nothing: only writers need it. Throws Error{Truncated}.
+/// Checks that no page in use, according to the file's map of free pages, is beyond the end. An
+/// invalid map is ignored: only writers need it. Throws Error{Truncated}.
 void checkLength(PageReader& pages);
 
-/// Makes `page` the header of a new database, without key and password. Its creation date is the
-/// same for all of them: the security identifiers of a new catalog belong to it.
+/// Makes `page` the header of a new database, without key and password. The creation date is always
+/// the same: the security identifiers of a new catalog depend on it.
 void writeHeader(Page& page);
 
 }  // namespace jet

@@ -1,4 +1,4 @@
-// Index trees: walks in key order, and the way to a key.
+// Index trees: traversal in key order, and searching for a key.
 //
 //   jet::IndexCursor cursor{table->pageReader(), definition, physicalIndex};
 //   for (cursor.seek(key); cursor.valid(); cursor.next()) use(cursor.key(), cursor.rowId());
@@ -22,11 +22,11 @@ public:
     IndexCursor(PageReader pages, const TableDefinition& definition, const PhysicalIndex& index)
         : pages_{std::move(pages)}, owner_{definition.page}, root_{index.root} {}
 
-    /// To the first entry.
+    /// Moves to the first entry.
     void first() { seek({}); }
 
-    /// To the first entry whose key is not less than `key`. A key of the first columns only finds
-    /// the first entry that begins with it.
+    /// Moves to the first entry whose key is not less than `key`. A key of only the first columns
+    /// finds the first entry that begins with it.
     void seek(Bytes key);
 
     /// Requires: valid().
@@ -35,7 +35,7 @@ public:
     /// Whether the cursor is on an entry.
     bool valid() const { return position_ < leaf_.size(); }
 
-    /// Requires: valid(). The key's bytes hold until the cursor moves.
+    /// Requires: valid(). The key's bytes are valid until the cursor moves.
     Bytes key() const { return keyOf(entry_); }
     RowId rowId() const { return rowOf(entry_); }
 

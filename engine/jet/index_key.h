@@ -15,13 +15,13 @@
 
 namespace jet {
 
-/// Whether keys for this index can be made here: its columns exist, are of types that have keys,
-/// and its texts are in the General order. Any index can be walked, whatever this says.
+/// Whether keys for this index can be made: its columns exist, their types have keys, and its texts
+/// have the General collation. Any index can be traversed, whatever the result.
 bool canMakeKeys(const TableDefinition& definition, const PhysicalIndex& index);
 
-/// Appends one column's part of a key: flag byte and value. Text and memo through the collation,
-/// first 255 characters. Throws std::invalid_argument for a column that has no keys here or a value
-/// that is not of the column's type.
+/// Appends one column's part of a key: flag byte and value. Of text and memo, the collation key of
+/// the first 255 characters. Throws std::invalid_argument for an unsupported column or a value that
+/// is not of the column's type.
 void appendKeyPart(const Value& value, const Column& column, bool ascending, Key& key);
 
 /// The key of one row: the values of the index's columns in the index's order.

@@ -28,8 +28,8 @@ public:
     /// A leaf without entries.
     IndexPage() = default;
 
-    /// Takes the page apart and checks all of it: kind, owner, bitmap, prefix, strictly ascending
-    /// entries. `page` must stay alive. Throws Error{Damaged}.
+    /// Decodes the page and checks type, owner, bitmap, prefix and strictly ascending entries.
+    /// `page` must stay alive. Throws Error{Damaged}.
     IndexPage(Bytes page, PageNumber number, PageNumber owner);
 
     bool isLeaf() const { return leaf_; }
@@ -38,7 +38,7 @@ public:
 
     std::size_t size() const { return ends_.size(); }
 
-    /// Replaces `entry` by the whole entry: key and row id. Requires: index < size().
+    /// Sets `entry` to the entry with its prefix: key and row id. Requires: index < size().
     void read(std::size_t index, Key& entry) const;
 
     /// The first entry that is not less than `key`; size() if all are.

@@ -25,25 +25,24 @@ namespace jet {
 class Journal {
 public:
     enum class Kind : std::uint32_t {
-        Transaction = 1,  ///< as the page was before anything was changed: for a crash
-        Statement = 2,    ///< as it was before the current statement: for this process alone
+        Transaction = 1,  ///< the page before the transaction, for recovery
+        Statement = 2,    ///< the page before the current statement, for this process alone
     };
 
     /// Starts a journal in an empty file. Throws what the storage throws.
     Journal(std::unique_ptr<Storage> file, std::uint32_t pageCount, std::uint64_t fingerprint);
 
-    /// Takes up a page. It is on its way to the storage, not yet safe.
+    /// Adds a page. It is not durable before sync().
     void append(Kind kind, PageNumber number, Bytes page);
 
-    /// Returns when all records are safe from a power failure; a second call without new records
-    /// costs nothing.
+    /// Returns when all records are durable; does nothing if there are no new ones.
     void sync();
 
     /// Where the next record will be.
     std::uint64_t end() const { return end_; }
 
-    /// Calls `use` with kind, number and bytes of each record from `from` on that is there when it
-    /// begins. Throws Error{ReadFailed}, also for a record that is not as it was written.
+    /// Calls `use` with kind, number and bytes of each record from `from` to the current end.
+    /// Throws Error{ReadFailed}, also for a record with a wrong checksum.
     using Use = std::function<void(Kind, PageNumber, Bytes)>;
     void replay(std::uint64_t from, const Use& use);
     static constexpr std::uint64_t kFirstRecord = format::journal::kHeadSize;
@@ -56,7 +55,7 @@ private:
 
     std::unique_ptr<Storage> file_;
     std::uint64_t salt_;
-    std::vector<std::uint8_t> buffer_;  ///< records that the storage does not have yet
+    std::vector<std::uint8_t> buffer_;  ///< records not yet written to the storage
     std::uint64_t end_ = 0;
     bool synced_ = false;
 };
@@ -66,9 +65,9 @@ private:
 /// the place of this file.
 std::uint64_t fingerprintOf(const Storage& file, std::uint32_t pageCount);
 
-/// Takes back a change that a crash cut short: puts back the pages in the storage's journal.
-/// Leaves a storage without a valid journal of its own as it is. Throws Error: ReadOnly or InUse if
-/// that has to be done and cannot be, ReadFailed, WriteFailed.
+/// Rolls back a change that was interrupted by a crash: restores the pages in the storage's
+/// journal. Does nothing without a valid journal for this file. Throws Error: ReadOnly or InUse if
+/// a rollback is needed and not possible, ReadFailed, WriteFailed.
 void recover(Storage& file);
 
 /// The same for the holder of the file's lock.

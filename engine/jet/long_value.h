@@ -16,12 +16,12 @@
 
 namespace jet {
 
-/// Reads the long values of many records. A page is looked up once for the values on it that are
-/// read one after the other. Belongs to one thread.
+/// Reads the long values of many records. The page of consecutive values is looked up only once.
+/// Belongs to one thread.
 class LongValueReader {
 public:
-    /// `pages` must stay alive. After any other use of it, and after the block it serves from has
-    /// been loaded anew, forgetPage() comes before the next read().
+    /// `pages` must stay alive. After any other use of it, and after its block has been reloaded,
+    /// call forgetPage() before the next read().
     explicit LongValueReader(PageReader& pages) : pages_{pages} {}
 
     /// As readLongValue.

@@ -1,4 +1,4 @@
-// Pages read lately, shared by all readers of one database, bounded in memory.
+// A bounded cache of recently read pages, shared by all readers of one database.
 //
 //   jet::PageCache cache{storage};
 //   jet::PageReader pages{storage, cache};
@@ -20,8 +20,8 @@ namespace jet {
 using Page = std::array<std::uint8_t, kPageSize>;
 using PagePtr = std::shared_ptr<const Page>;
 
-/// A least-recently-used cache in front of a storage. Any thread may call it. A page handed out
-/// stays valid for as long as its pointer is held, whatever the cache does meanwhile.
+/// A least-recently-used cache in front of a storage. Any thread may call it. A page stays valid as
+/// long as its pointer exists, even if the cache drops it.
 class PageCache {
 public:
     /// 1,024 pages: 4 MiB, several screens of a grid with a page for each text.
@@ -33,10 +33,10 @@ public:
     /// Throws Error: Damaged for page 0 or a page beyond the end of the file; else as the storage.
     PagePtr get(PageNumber number);
 
-    /// Forgets all pages, so that what another program wrote since is seen.
+    /// Drops all pages, so that changes by other programs become visible.
     void clear();
 
-    /// Forgets one page, which is about to change.
+    /// Drops one page that is about to change.
     void forget(PageNumber number);
 
 private:
@@ -48,7 +48,7 @@ private:
     const Storage& storage_;
     const std::size_t capacity_;
     std::mutex mutex_;
-    std::uint64_t forgotten_ = 0;  ///< how often pages have been forgotten
+    std::uint64_t forgotten_ = 0;  ///< how often pages have been dropped
     std::list<Entry> byUse_;       ///< latest first
     std::unordered_map<std::uint32_t, std::list<Entry>::iterator> byNumber_;
 };
@@ -59,22 +59,22 @@ class PageReader {
 public:
     PageReader(const Storage& storage, PageCache& cache) : storage_{&storage}, cache_{&cache} {}
 
-    /// The page's 4096 bytes. They hold until the next call of any member; those of a page of the
+    /// The page's 4096 bytes, valid until the next call of any member; those of a page in the
     /// loaded block, until the next loadBlock. Throws as PageCache::get.
     Bytes page(PageNumber number);
 
-    /// Reads `count` pages from `first` on with one call to the storage and serves `page` from
-    /// them until the next loadBlock. Throws as Storage::readPages.
+    /// Reads `count` pages from `first` on with one call to the storage; page() uses them until the
+    /// next loadBlock. Throws as Storage::readPages.
     void loadBlock(PageNumber first, std::size_t count);
 
-    /// Looks into the block that `lender` has loaded before asking the cache; null ends that. What
-    /// it gives from there holds as the lender's.
+    /// Also uses the block that `lender` has loaded; null ends that. Pages from there are valid as
+    /// long as the lender's.
     void borrowBlock(const PageReader* lender) { lender_ = lender; }
 
     const Storage& storage() const { return *storage_; }
 
 private:
-    /// Empty if the loaded block does not hold the page.
+    /// Empty if the page is not in the loaded block.
     Bytes pageOfBlock(PageNumber number) const {
         // One unsigned comparison covers both ends of the block.
         const std::uint32_t inBlock = raw(number) - blockFirst_;

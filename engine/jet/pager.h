@@ -11,9 +11,8 @@
 //   }
 //   pager.commit();                             // all statements become durable together
 //
-// To readers it is a storage like any other, which shows the changes. Any thread may read; while a
-// statement runs, all but the thread that runs it wait. Everything else is for
-// one thread at a time.
+// To readers it is a storage that shows the changes. Any thread may read; while a statement runs,
+// all other threads wait. Everything else is for one thread at a time.
 #pragma once
 
 #include "engine/jet/journal.h"
@@ -29,22 +28,22 @@
 
 namespace jet {
 
-/// A page that may be changed as long as this is held.
+/// A page that may be changed while this pointer exists.
 using PageEdit = std::shared_ptr<Page>;
 
 class Pager final : public Storage {
 public:
-    /// Changed pages held in memory: 48 MiB. More are written to the file, behind the journal.
+    /// Changed pages in memory: 48 MiB. More are written to the file, after the journal.
     static constexpr std::size_t kDefaultCapacity = 12288;
 
     explicit Pager(std::unique_ptr<Storage> file, std::size_t capacity = kDefaultCapacity);
 
-    /// Takes back what was not committed.
+    /// Rolls back uncommitted changes.
     ~Pager() override;
     Pager(const Pager&) = delete;
     Pager& operator=(const Pager&) = delete;
 
-    /// Called for every page that changes, before it does; with kNoPage if any may have.
+    /// Called before a page changes; with kNoPage if any page may have changed.
     void setListener(std::function<void(PageNumber)> listener) { listener_ = std::move(listener); }
 
     // ---- Reading ----
@@ -54,21 +53,21 @@ public:
 
     // ---- Statements and their end ----
 
-    /// Begins a statement. Throws Error: ReadOnly, InUse, WriteFailed; nothing has begun then.
+    /// Begins a statement. Throws Error: ReadOnly, InUse, WriteFailed, and has no effect then.
     void begin();
 
     /// Keeps the statement's changes, though not durably yet.
     void end();
 
-    /// Takes back the statement's changes. If the storage fails at that, the file is left to
-    /// recovery when it is opened next, and nothing can be read until then.
+    /// Rolls back the statement's changes. If the storage fails, the file needs recovery by being
+    /// opened again, and nothing can be read until then.
     void undo() noexcept;
 
-    /// Whether there are changes that are not durable.
+    /// Whether there are uncommitted changes.
     bool hasChanges() const { return transaction_.has_value(); }
 
-    /// Makes all changes durable and opens the file to others again. Throws Error: WriteFailed,
-    /// DiskFull, ReadFailed; all changes since the last commit are taken back then.
+    /// Commits all changes and opens the file to others again. Throws Error: WriteFailed, DiskFull,
+    /// ReadFailed; all changes since the last commit are rolled back then.
     void commit();
 
     // ---- Pages, during a statement ----
@@ -79,22 +78,22 @@ public:
     /// The page, to be changed. Throws as page(), and Error: ReadOnly, WriteFailed, DiskFull.
     PageEdit edit(PageNumber number);
 
-    /// A new page of zeros behind the last one.
+    /// Appends a page of zeros.
     /// Throws Error: FileFull, ReadOnly, WriteFailed, DiskFull.
     PageNumber append();
 
 private:
-    /// What began with the first change after the last commit.
+    /// Starts with the first change after the last commit.
     struct Transaction {
         Journal journal;
         std::uint32_t pageCount;   ///< of the file when it began
-        std::vector<bool> saved;   ///< pages that the journal holds as they were then
+        std::vector<bool> saved;   ///< pages whose contents at that time are in the journal
         bool fileTouched = false;  ///< whether the file itself has been written to
     };
 
     struct Statement {
         std::uint32_t pageCount = 0;
-        std::vector<bool> saved;  ///< pages that the journal holds as they were when it began
+        std::vector<bool> saved;  ///< pages whose contents at its start are in the journal
         std::uint64_t journalEnd = Journal::kFirstRecord;
         bool first = false;  ///< of its transaction
     };
@@ -117,12 +116,12 @@ private:
     const std::size_t capacity_;
     std::function<void(PageNumber)> listener_;
 
-    mutable ReadWriteLock gate_;  ///< held alone by the thread that changes anything
+    mutable ReadWriteLock gate_;  ///< locked exclusively by the thread that changes anything
     std::atomic<std::thread::id> owner_{};
-    bool locked_ = false;  ///< the file, for this process alone
-    bool broken_ = false;  ///< a change could not be taken back
+    bool locked_ = false;  ///< the file is locked by this process
+    bool broken_ = false;  ///< a change could not be rolled back
     std::uint32_t pageCount_ = 0;
-    std::map<std::uint32_t, PageEdit> frames_;  ///< pages that the file does not have as they are
+    std::map<std::uint32_t, PageEdit> frames_;  ///< changed pages that are not in the file
     std::optional<Transaction> transaction_;
     std::optional<Statement> statement_;
 };

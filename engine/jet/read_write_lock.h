@@ -1,4 +1,4 @@
-// A lock that many threads may share for reading or one may hold alone for writing.
+// A readers-writer lock.
 //
 //   jet::ReadWriteLock gate;
 //   {
@@ -17,10 +17,10 @@
 
 namespace jet {
 
-/// Stands in for std::shared_mutex, which as MinGW has it sometimes lets readers in beside a writer.
+/// Replaces std::shared_mutex, whose MinGW implementation sometimes admits readers beside a writer.
 class ReadWriteLock {
 public:
-    /// As the standard's locks call them.
+    /// Named for use with the standard's lock classes.
     void lock();
     void unlock();
     void lock_shared();

@@ -35,7 +35,7 @@ class Record {
 public:
     Record() = default;
 
-    /// Takes the record's bytes apart as far as every field needs. Throws Error{Damaged}.
+    /// Decodes what every field needs. Throws Error{Damaged}.
     Record(Bytes bytes, PageNumber page);
 
     /// The field of a column of the record's table. Throws Error{Damaged}.

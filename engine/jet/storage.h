@@ -24,8 +24,8 @@ public:
     /// Size in bytes at this moment; another program may be appending to the file.
     virtual std::uint64_t size() const = 0;
 
-    /// Reads from byte `offset` on and returns how many bytes there were: fewer than asked for
-    /// only at the end of the file. Throws Error{ReadFailed}.
+    /// Reads from byte `offset` on and returns the number of bytes, which is smaller than the
+    /// buffer only at the end of the file. Throws Error{ReadFailed}.
     virtual std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) const = 0;
 
     std::uint32_t pageCount() const { return static_cast<std::uint32_t>(size() / kPageSize); }
@@ -34,32 +34,31 @@ public:
     /// Throws Error: Truncated if the file ends before the buffer does, else ReadFailed.
     void readPages(PageNumber first, std::span<std::uint8_t> buffer) const;
 
-    // ---- Writing. What follows lock() is for its holder. A storage that can only be read leaves
-    // ---- all of this as it is here.
+    // ---- Writing. Members after lock() are for the holder of the lock. A read-only storage
+    // ---- overrides none of these.
 
-    /// Makes this the only one that has the file open. Throws Error: ReadOnly, InUse; the storage
-    /// then is as it was.
+    /// Locks the file exclusively. Throws Error: ReadOnly, InUse, and has no effect then.
     virtual void lock();
 
     /// Back to shared reading. Throws Error{ReadFailed} if the file cannot be opened again.
     virtual void unlock() {}
 
-    /// Throws Error: WriteFailed, DiskFull. What is written beyond the end extends the storage.
+    /// Throws Error: WriteFailed, DiskFull. Writing beyond the end extends the storage.
     virtual void writeAt(std::uint64_t offset, Bytes bytes);
 
-    /// Cuts the storage to `size` bytes. Throws Error{WriteFailed}.
+    /// Truncates the storage to `size` bytes. Throws Error{WriteFailed}.
     virtual void truncate(std::uint64_t size);
 
-    /// Returns when all that was written is safe from a power failure. Throws Error{WriteFailed}.
+    /// Returns when everything written is durable. Throws Error{WriteFailed}.
     virtual void sync();
 
     /// The journal beside this storage, if there is one; it may be read without lock().
     virtual std::unique_ptr<Storage> openJournal() { return nullptr; }
 
-    /// A new, empty journal in place of any other. Throws Error: ReadOnly, WriteFailed, DiskFull.
+    /// A new, empty journal, replacing any other. Throws Error: ReadOnly, WriteFailed, DiskFull.
     virtual std::unique_ptr<Storage> createJournal();
 
-    /// Removes the journal, which nobody has open any more. Throws Error{WriteFailed}.
+    /// Removes the journal. Requires: it is not open. Throws Error{WriteFailed}.
     virtual void removeJournal() {}
 };
 
@@ -69,11 +68,10 @@ public:
 /// Paths of more than 260 characters are accepted on Windows too.
 std::unique_ptr<Storage> openFile(const std::filesystem::path& path);
 
-/// Makes a new, empty file and opens it. Throws Error{AccessDenied} if there is one already or none
-/// can be made.
+/// Creates and opens an empty file. Throws Error{AccessDenied} if it exists or cannot be created.
 std::unique_ptr<Storage> createFile(const std::filesystem::path& path);
 
-/// A database held in memory. It can be written; its journal is held in memory too.
+/// A writable database in memory; so is its journal.
 class MemoryStorage : public Storage {
 public:
     using Content = std::vector<std::uint8_t>;

@@ -27,8 +27,8 @@ public:
     const TableDefinition& definition() const { return definition_; }
     Database& database() const { return *database_; }
 
-    /// The pages that hold rows, in storage order, as the file lists them now: the cache forgets
-    /// what it knew before. Throws Error{Damaged}.
+    /// The data pages in storage order, as currently listed in the file: the cache is cleared
+    /// first. Throws Error{Damaged}.
     std::vector<PageNumber> dataPages() const;
 
     /// A reader of pages for the calling thread.
@@ -45,7 +45,7 @@ private:
     TableDefinition definition_;
 };
 
-/// What a scan had to leave out because it was damaged.
+/// What a scan skipped because of damage.
 struct Skipped {
     std::uint64_t rows = 0;
     std::uint64_t pages = 0;
@@ -67,18 +67,18 @@ public:
     TableScan(const TableScan&) = delete;
     TableScan& operator=(const TableScan&) = delete;
 
-    /// Steps to the next row; false at the end.
+    /// Moves to the next row; false at the end.
     bool next();
 
-    /// Requires: the last next() returned true. Both hold until the next next().
+    /// Requires: the last next() returned true. Both are valid until the next one.
     RowId rowId() const { return rowId_; }
     const Record& record() const { return record_; }
 
-    /// For reading long values of the current row; uses the block of pages that the scan holds.
-    /// The record stays valid meanwhile.
+    /// For reading long values of the current row; uses the scan's block of pages. The record stays
+    /// valid.
     PageReader& pages() { return values_; }
 
-    /// Counts the current row among the skipped: for callers who find it damaged in a field.
+    /// Counts the current row as skipped, for callers that find a damaged field.
     void skipRow() { ++skipped_.rows; }
     const Skipped& skipped() const { return skipped_; }
 

@@ -21,17 +21,17 @@ inline bool isCompressedText(Bytes stored) {
     return stored.size() >= kMark.size() && stored[0] == kMark[0] && stored[1] == kMark[1];
 }
 
-/// Appends the characters of stored text. Never fails: an odd last byte is dropped, a stretch
-/// that is not closed ends with the value.
+/// Appends the characters of stored text. Never fails: an odd last byte is dropped, an unclosed run
+/// ends with the value.
 void appendUtf16(Bytes stored, std::u16string& out);
 
-/// The same as UTF-8. A surrogate without its partner becomes U+FFFD.
+/// The same as UTF-8. Unpaired surrogates become U+FFFD.
 void appendUtf8(Bytes stored, std::string& out);
 
 std::u16string toUtf16(std::string_view utf8);
 std::string toUtf8(std::u16string_view text);
 
-/// Appends UTF-8 of `text`; a surrogate without its partner becomes U+FFFD.
+/// Appends `text` as UTF-8; unpaired surrogates become U+FFFD.
 void appendUtf8(std::u16string_view text, std::string& out);
 
 }  // namespace jet

@@ -12,8 +12,8 @@
 
 namespace jet {
 
-/// The pages of the map whose row is `map`, ascending; a map id of 0 is an empty map. Pages behind
-/// the end of the file are listed too: their writer may be about to append them, and if not, the
+/// The pages of the map in row `map`, ascending; a map id of 0 is an empty map. Pages beyond the
+/// end of the file are included: another program may be about to append them, and otherwise the
 /// reader counts them as missing. Throws Error{Damaged}.
 std::vector<PageNumber> readUsageMap(PageReader& pages, RowId map);
 

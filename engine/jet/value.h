@@ -23,8 +23,8 @@ struct Currency {
     friend bool operator==(Currency, Currency) = default;
 };
 
-/// Days since 1899-12-30 00:00 local time. Below zero the fraction still counts forward from the
-/// day: -1.25 is 1899-12-29 06:00.
+/// Days since 1899-12-30 00:00 local time. The fraction counts forward from the day even below
+/// zero: -1.25 is 1899-12-29 06:00.
 struct Date {
     double days = 0;
     friend bool operator==(Date, Date) = default;
@@ -53,9 +53,9 @@ using Value = std::variant<std::monostate, bool, std::uint8_t, std::int16_t, std
 
 inline bool isNull(const Value& value) { return value.index() == 0; }
 
-/// Fetches the bytes of a Memo or Ole field whose stored field is `header`.
-/// The view holds until the next use of `pages` or `scratch`: a value in one piece is not copied,
-/// a chained one is gathered in `scratch`. Throws Error{Damaged}.
+/// The bytes of a Memo or Ole value whose stored field is `header`. The view is valid until the
+/// next use of `pages` or `scratch`: a contiguous value is not copied, a chained one is assembled
+/// in `scratch`. Throws Error{Damaged}.
 Bytes readLongValue(PageReader& pages, Bytes header, PageNumber page, Binary& scratch);
 
 /// The value of a stored field. Throws Error{Damaged}.

@@ -1,11 +1,11 @@
-// Checks a whole database: every rule that its pages, tables, records and indexes must keep.
+// Checks a whole database: every rule for its pages, tables, records and indexes.
 //
 //   const jet::CheckReport report = jet::check(*jet::openFile("traces.mdb"));
 //   for (const jet::Finding& finding : report.findings) print(finding);
 //   return report.sound() ? 0 : 1;
 //
-// Reads each page a few times at most and keeps some ten bytes a row; no file makes it run without
-// end. Any thread may call it, on a storage that nobody writes to meanwhile.
+// Reads each page a few times at most, uses some ten bytes of memory a row and terminates on any
+// file. Any thread may call it on a storage that is not being written.
 #pragma once
 
 #include "engine/jet/storage.h"
@@ -19,28 +19,28 @@ namespace jet {
 
 class Database;
 
-/// What a database must keep to. Where only a warning can result, the comment says so.
+/// The rules. Where only a warning can result, the comment says so.
 enum class Rule : std::uint8_t {
     FileLength,        ///< whole pages, all that are in use, not more than the format can address
     Header,            ///< constants of the header page
-    PageReference,     ///< a page that is referred to lies in the file
-    PageType,          ///< and is of the kind that is expected there
-    PageOwner,         ///< and names the table, or the long values, that it belongs to
-    PageOwnership,     ///< no page has two owners, and none is listed as free besides
-    OrphanPage,        ///< warning: a page in use that nothing refers to
-    UsageMap,          ///< a map of pages can be read and lists pages of the file only
-    FreeMap,           ///< pages with room are pages of the same owner
+    PageReference,     ///< a referenced page is in the file
+    PageType,          ///< and of the expected type
+    PageOwner,         ///< and names its owner, a table or long values
+    PageOwnership,     ///< no page has two owners or is listed as free too
+    OrphanPage,        ///< warning: a page in use without references
+    UsageMap,          ///< a page map is readable and lists only pages in the file
+    FreeMap,           ///< pages with room belong to the same owner
     DefinitionLayout,  ///< lengths and constants of a table's definition
-    Columns,           ///< numbers, places and names of a table's columns
+    Columns,           ///< numbers, positions and names of a table's columns
     IndexDefinition,   ///< numbers, columns and names of its indexes; their order is a warning
     DataPage,          ///< slots of a page of rows; a deleted row that keeps its bytes is a warning
-    MovedRecord,       ///< a row that moved leads to its record in one step
-    OrphanRecord,      ///< a moved record has a row that leads to it
+    MovedRecord,       ///< a moved row points directly to its record
+    OrphanRecord,      ///< a moved record has a row that points to it
     Record,            ///< the parts of a record and the sizes of its values
-    RowCount,          ///< warning: the definition counts the rows
-    Autonumber,        ///< warning: no number in the table is above the last one handed out
-    LongValue,         ///< a long value is complete, and its parts are its own
-    UnusedLongValue,   ///< warning: part of a long value to which no record leads
+    RowCount,          ///< warning: the definition's row count is right
+    Autonumber,        ///< warning: no number exceeds the last one assigned
+    LongValue,         ///< a long value is complete and shares no part
+    UnusedLongValue,   ///< warning: part of a long value without a record
     IndexPage,         ///< layout and order of one page of an index; a wrong level is a warning
     IndexTree,         ///< order, links and depth of an index's pages, and their map; above the
                        ///< leaves a missing link is a warning
@@ -48,18 +48,18 @@ enum class Rule : std::uint8_t {
     IndexKey,          ///< the key of an entry is that of its row
     UniqueKey,         ///< no two rows share a key in a unique index
     RequiredKey,       ///< no key column is null in an index that forbids it
-    IndexCounters,     ///< warning: the definition counts at least the distinct keys there are
-    Catalog,           ///< tables of the catalog and definitions in the file are the same
-    AccessRights,      ///< somebody has a right to each table of users
+    IndexCounters,     ///< warning: the definition's distinct key count is large enough
+    Catalog,           ///< the catalog's tables match the definitions in the file
+    AccessRights,      ///< each user table has access rights
 };
 
-/// The rule in two or three words.
+/// A name of two or three words.
 std::string_view nameOf(Rule rule);
 
-/// One place where a rule is broken.
+/// One violation of a rule.
 struct Finding {
     enum class Severity : std::uint8_t {
-        Error,   ///< a reader or a writer may go wrong
+        Error,   ///< a reader or a writer may fail
         Warning  ///< space is lost or a statistic is stale
     };
 
@@ -72,14 +72,14 @@ struct Finding {
 };
 
 struct CheckReport {
-    /// Findings of each severity that are kept; the others are counted only.
+    /// Findings of each severity that are kept; more are only counted.
     static constexpr std::size_t kMaxKept = 1000;
 
     std::vector<Finding> findings;  ///< as met: by table
     std::uint64_t errors = 0;
     std::uint64_t warnings = 0;
 
-    /// What was looked at.
+    /// What was checked.
     std::uint32_t pages = 0;
     std::uint32_t tables = 0;
     std::uint64_t rows = 0;

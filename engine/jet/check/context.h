@@ -35,8 +35,7 @@ struct Context {
     PageOwners owners;
     std::unordered_set<std::uint32_t> mapRows;  ///< rows that hold a usage map, packed
 
-    /// Cleared when something that lists pages could not be read: what has no owner then may have
-    /// one all the same.
+    /// False once a list of pages could not be read: pages without owner may have one in that list.
     bool ownersKnown = true;
 };
 

@@ -16,12 +16,12 @@ public:
     IndexTreeCheck(Context& context, const TableDefinition& definition, std::size_t number,
                    EntryCheck& entries, const std::string& name);
 
-    /// Walks the tree from its root and compares its pages with its map. Returns whether all
+    /// Walks the tree from its root and compares its pages with its map; returns whether all
     /// entries could be read.
     bool run();
 
 private:
-    /// What the page above says about a page.
+    /// What the parent says about a page.
     struct Position {
         int depth = 1;
         std::optional<unsigned> level;  ///< above the leaves; the root's own page says it

@@ -22,7 +22,7 @@ public:
     /// The value whose stored field is `field`, in the record of `row`. Returns whether it is right.
     bool check(Bytes field, RowId row);
 
-    /// Reports rows that no value uses. Requires: all records were looked at.
+    /// Reports unused rows. Requires: all records have been checked.
     void finish();
 
 private:

@@ -21,7 +21,7 @@ namespace jet::checking {
 std::optional<std::vector<PageNumber>> readMap(Context& context, RowId map, PageNumber table,
                                                std::string_view role);
 
-/// Reports the pages of `free` that are not in `owned`; both ascend.
+/// Reports the pages of `free` that are not in `owned`; both are ascending.
 void checkFreeMap(Context& context, const std::vector<PageNumber>& owned,
                   const std::vector<PageNumber>& free, std::string_view role);
 

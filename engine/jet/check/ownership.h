@@ -1,4 +1,4 @@
-// Whose each page of a file is: four bytes a page.
+// The owner of each page of a file, in four bytes a page.
 //
 //   PageOwners owners{pageCount};
 //   if (const auto other = owners.claim(page, {OwnerKind::Rows, table})) report(*other);
@@ -41,11 +41,11 @@ class PageOwners {
 public:
     explicit PageOwners(std::uint32_t pageCount) : packed_(pageCount) {}
 
-    /// Gives the page to `owner`, or returns whose it is already. Pages of map rows may be claimed
-    /// again as such. Requires: the page lies in the file.
+    /// Claims the page for `owner`, or returns the owner that it already has. Pages of map rows may
+    /// be claimed again as such. Requires: the page is in the file.
     std::optional<Owner> claim(PageNumber page, const Owner& owner);
 
-    /// Requires: the page lies in the file.
+    /// Requires: the page is in the file.
     Owner of(PageNumber page) const;
 
 private:

@@ -18,12 +18,12 @@ using format::PageType;
 /// Constants of the header page.
 void checkHeaderPage(Context& context);
 
-/// Gives the page to `owner` and returns its bytes; nothing, and a finding, if it lies outside the
-/// file, has an owner already or is of none of `types`.
+/// Claims the page for `owner` and returns its bytes; nothing, and a finding, if it is outside the
+/// file, has another owner or has none of the `types`.
 std::optional<Bytes> takePage(Context& context, PageReader& pages, PageNumber number,
                               const Owner& owner, std::initializer_list<PageType> types);
 
-/// The slots of a page of rows. Returns whether they can be relied on.
+/// Checks the slots of a data page; returns whether they are sound.
 bool checkDataPage(Context& context, Bytes page, PageNumber number);
 
 /// Whether the page of rows names `owner`: a table's number, or as

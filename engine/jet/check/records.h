@@ -21,7 +21,7 @@ public:
     bool check(Bytes bytes, RowId row);
 
 private:
-    /// What a record must have that knows the columns below some number.
+    /// What a record with that number of columns must have.
     struct Shape {
         std::size_t fixedEnd = format::record::
             kFixedPart;        ///< first byte behind the fixed columns that there still are

@@ -16,8 +16,8 @@ namespace jet::checking {
 
 struct LiveRows {
     std::vector<RowId> ids;   ///< ascending; where an index points to
-    std::vector<bool> sound;  ///< of the same length: the record can be read and is right
-    bool complete = true;     ///< no page of the table was left out
+    std::vector<bool> sound;  ///< of the same length: the record is readable and sound
+    bool complete = true;     ///< no page of the table was skipped
 
     /// The place of a row in ids; nothing if there is no such row.
     std::optional<std::size_t> find(RowId row) const {

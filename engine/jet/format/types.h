@@ -16,7 +16,7 @@ namespace jet {
 /// Bytes of one page. Page n begins at byte n * kPageSize of the file.
 inline constexpr std::size_t kPageSize = 4096;
 
-/// A view of stored bytes; whoever hands it out says how long it holds.
+/// A view of stored bytes; the function that returns it documents its lifetime.
 using Bytes = std::span<const std::uint8_t>;
 
 /// The number of a page in the file, 0 for the header page.
@@ -50,9 +50,9 @@ private:
     std::uint32_t packed_ = 0;
 };
 
-/// Column types, with the codes that stand in the file.
+/// Column types, with their codes in the file.
 enum class ColumnType : std::uint8_t {
-    Boolean = 1,   ///< lives in the record's null mask only; never null
+    Boolean = 1,   ///< stored in the record's null mask only; never null
     Byte = 2,      ///< unsigned, 1 byte
     Integer = 3,   ///< signed, 2 bytes
     Long = 4,      ///< signed, 4 bytes

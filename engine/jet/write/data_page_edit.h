@@ -1,4 +1,4 @@
-// Data pages being changed: rows added at the end of a page, or a whole page laid out anew.
+// Changes to data pages: appending a row, or rewriting a whole page.
 //
 //   const auto slot = jet::appendRow(*page, bytes, 0);  // nothing if it does not fit
 //
@@ -19,11 +19,11 @@ namespace jet {
 /// Makes `page` an empty data page.
 void formatDataPage(Page& page, std::uint32_t owner);
 
-/// Whether each row lies within the page and behind none of the others. Throws Error{Damaged} if it
-/// is no data page.
+/// Whether all rows are within the page and do not overlap. Throws Error{Damaged} if it is not a
+/// data page.
 bool isSound(const Page& page, PageNumber number);
 
-/// Bytes for rows and their slots; none on a page whose slots are damaged.
+/// Free bytes for rows and their slots; 0 on a page whose slots are damaged.
 std::size_t freeBytes(const Page& page);
 unsigned slotCount(const Page& page);
 
@@ -33,11 +33,11 @@ bool hasRoom(const Page& page, std::size_t size);
 /// Adds a row in a new slot; nothing if it does not fit. Requires: a sound data page.
 std::optional<unsigned> appendRow(Page& page, Bytes row, std::uint16_t flags);
 
-/// The bytes of a row that is there, to be overwritten. Throws Error{Damaged} if it is not.
+/// The bytes of an existing row, to be overwritten. Throws Error{Damaged} if there is none.
 std::span<std::uint8_t> rowBytes(Page& page, PageNumber number, unsigned slot);
 
-/// All rows of a page, to be laid out anew. Their bytes are those of a copy of the page, or
-/// whatever they are set to, which must live until the page is written.
+/// All rows of a page, to be rewritten. Their bytes are in a copy of the page, or wherever they are
+/// set to, which must stay alive until the page is written.
 class PageLayout {
 public:
     struct Row {
@@ -45,7 +45,7 @@ public:
         Bytes bytes;              ///< none of a deleted row
     };
 
-    /// Throws Error{Damaged} if it is no data page or a row lies outside it: what cannot be read
+    /// Throws Error{Damaged} if it is not a data page or a row is outside it: what cannot be read
     /// must not be written.
     PageLayout(const Page& page, PageNumber number);
 
@@ -55,7 +55,7 @@ public:
     std::size_t size() const;
     bool fits() const { return size() <= format::data_page::kCapacity; }
 
-    /// Throws Error{Damaged} if it does not fit: as it was read, that is, as rows overlapped.
+    /// Throws Error{Damaged} if it does not fit, which after reading means that rows overlapped.
     void writeTo(Page& page) const;
 
 private:

@@ -10,7 +10,7 @@
 
 namespace jet {
 
-/// What the descriptors of a table's columns count up, from column to column.
+/// Counters that run through the descriptors of a table's columns.
 struct ColumnCounts {
     std::uint16_t ever = 0;      ///< the next column's id
     std::uint16_t variable = 0;  ///< its place among the variable columns

@@ -1,5 +1,4 @@
-// A table's definition as its stored blocks, to be added to and written back. What this project
-// does not know of a block stays as it is.
+// Edits a table's definition as a list of stored blocks. Unknown parts of a block are preserved.
 //
 //   jet::DefinitionEditor definition{context, page};
 //   definition.addColumn(descriptor, name);
@@ -41,7 +40,7 @@ public:
     void addPhysicalIndex(const PhysicalIndex& index, std::uint32_t entries,
                           std::uint32_t distinctKeys);
 
-    /// Adds a logical index in its place by name.
+    /// Inserts a logical index, which are ordered by name.
     void addLogicalIndex(const LogicalIndex& index);
 
     /// Appends the maps of a long-value column.

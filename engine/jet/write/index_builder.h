@@ -1,5 +1,5 @@
-// An index tree built at once from entries in their order, as the original engine packs it: leaves
-// filled from left to right, the levels above them from the bottom up, the root where it was.
+// Builds an index tree from sorted entries, packed like the original engine's: leaves from left to
+// right, then the levels above from the bottom up; the root keeps its page.
 //
 //   jet::IndexBuilder builder{pager, allocator, owner, root, map};
 //   builder.add(key, row);                       // ascending
@@ -27,7 +27,7 @@ public:
     void finish();
 
 private:
-    /// A page as its parent sees it.
+    /// What the parent stores about a page.
     struct Child {
         PageNumber number = kNoPage;
         Key last{};             ///< the last entry at or below it

@@ -1,4 +1,4 @@
-// One page of an index tree, taken apart into entries that can be changed.
+// One page of an index tree, decoded into entries that can be changed.
 //
 //   jet::IndexNode node{*pager.page(number), number, owner};
 //   node.entries.insert(node.entries.begin() + at, {entry, kNoPage});
@@ -65,7 +65,7 @@ private:
     std::size_t size(std::size_t begin, std::size_t end) const;
 };
 
-/// How many bytes the two have in common at their beginning.
+/// The length of the common prefix.
 std::size_t commonPrefix(Bytes left, Bytes right);
 
 /// Replaces `out` by an entry as stored in a leaf: the key, the page (big-endian), the slot.

@@ -1,4 +1,4 @@
-// Entries of one index tree added and removed one by one, and a whole tree built anew.
+// Adds and removes entries of one index tree, or rebuilds the tree.
 //
 //   jet::IndexWriter index{pager, allocator, definition, 0};
 //   index.insert(key, row);
@@ -19,7 +19,7 @@ namespace jet {
 
 class IndexWriter {
 public:
-    /// A page must take two entries; the limit leaves room for that.
+    /// Two entries must fit on a page.
     static constexpr std::size_t kMaxKeyBytes = 1800;
 
     /// Throws Error{Damaged}.
@@ -28,15 +28,14 @@ public:
 
     const PhysicalIndex& index() const { return index_; }
 
-    /// Throws Error: DuplicateKey if the index is unique and holds the key (a key of Nulls alone
-    /// may come again and again), ValueTooLarge for a key that is too long, Damaged, FileFull; as
-    /// Pager::edit.
+    /// Throws Error: DuplicateKey if the index is unique and contains the key (keys of only Nulls
+    /// may repeat), ValueTooLarge for a key that is too long, Damaged, FileFull; as Pager::edit.
     void insert(const Key& key, RowId row);
 
-    /// An entry that is not there is damage. Throws Error{Damaged}; as Pager::edit.
+    /// Throws Error{Damaged} if there is no such entry; as Pager::edit.
     void remove(const Key& key, RowId row);
 
-    /// Replaces the tree by one of the sorter's keys. Throws as insert.
+    /// Rebuilds the tree from the sorter's keys. Throws as insert.
     void rebuild(KeySorter& keys);
 
     /// Writes the map of the tree's pages.
@@ -47,7 +46,7 @@ public:
     std::uint32_t distinctKeys() const { return index_.distinctKeys; }
 
 private:
-    /// What a change below means for the page above.
+    /// What a change in a page means for its parent.
     struct Outcome {
         struct Split {
             PageNumber lower = kNoPage;  ///< a new page with the lower part of the entries
@@ -79,7 +78,7 @@ private:
     UsageMapWriter map_;
 };
 
-/// Whether a key consists of Nulls alone; `key` is of this index.
+/// Whether a key of this index consists of Nulls only.
 bool isNullKey(const Key& key, const PhysicalIndex& index);
 
 }  // namespace jet

@@ -1,5 +1,5 @@
-// Memo and Ole values of one column being written: in the record, in a row of a page that values
-// share, or as a chain of rows on pages of their own.
+// Writes Memo and Ole values of one column: inline, in a row of a shared page, or as a chain of
+// rows on pages of their own.
 //
 //   jet::LongValueWriter memos{pager, allocator, column};
 //   memos.store(content, true, field);
@@ -26,8 +26,8 @@ public:
     /// be `inRecord`, the content. Throws Error: FileFull, Damaged; as Pager::edit.
     void store(Bytes content, bool inRecord, Binary& field);
 
-    /// Removes the rows of a value whose field in the record is `field`; a value that is damaged
-    /// loses what can be found. Throws as store.
+    /// Removes the rows of the value whose field in the record is `field`; of a damaged value,
+    /// those that can be found. Throws as store.
     void remove(Bytes field);
 
     /// Writes the maps.

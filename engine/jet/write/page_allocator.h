@@ -27,8 +27,7 @@ class PageAllocator {
 public:
     explicit PageAllocator(Pager& pager) : pager_{pager} {}
 
-    /// A page of zeros, no longer free. Throws Error: FileFull; Damaged if the map is; as
-    /// Pager::edit.
+    /// Allocates a page of zeros. Throws Error: FileFull; Damaged if the map is; as Pager::edit.
     PageNumber allocate();
 
     /// Requires: nothing refers to the page any more. Throws as allocate.

@@ -1,4 +1,4 @@
-// Lays records out: the other way round of jet::Record.
+// Encodes records: the inverse of jet::Record.
 //
 //   jet::RecordEncoder encoder{definition};
 //   encoder.encode(fields, bytes);
@@ -16,9 +16,9 @@ class RecordEncoder {
 public:
     explicit RecordEncoder(const TableDefinition& definition);
 
-    /// Replaces `out` by a record of the full width. `fields` are in the order of the definition's
-    /// columns; the bytes of fixed ones have their full size.
-    /// Throws Error{ValueTooLarge} if the record is larger than a page takes.
+    /// Sets `out` to a record with all columns. `fields` are in the order of the definition's
+    /// columns; fixed ones have their full size. Throws Error{ValueTooLarge} if the record does not
+    /// fit on a page.
     void encode(std::span<const StoredField> fields, std::vector<std::uint8_t>& out) const;
 
 private:

@@ -1,4 +1,4 @@
-// Adds, changes and removes the rows of one table, and keeps its indexes and maps right.
+// Adds, changes and removes the rows of one table and maintains its indexes and maps.
 //
 //   jet::TableWriter traces{context, table->definition()};
 //   traces.insert(values);
@@ -8,8 +8,8 @@
 //   });
 //   traces.finish();
 //
-// One thread, that of the statement; one writer a table at a time. What was written can be read
-// once finish() has been called. A failure leaves the statement to be undone.
+// One thread, that of the statement; one writer per table at a time. Changes can be read once
+// finish() has been called. After a failure the statement must be undone.
 #pragma once
 
 #include "engine/jet/table.h"
@@ -54,8 +54,8 @@ public:
     /// Removes a row. Requires: `id` is a row of the table. Throws as insert.
     void remove(RowId id);
 
-    /// Decides about one row: fills `changes` (empty at first) and returns true, or returns false
-    /// to leave the row as it is. `pages` serves long values of the record.
+    /// Decides about one row: fills `changes` (empty on entry) and returns true, or returns false
+    /// to leave the row unchanged. `pages` is for long values of the record.
     using RowChange =
         std::function<bool(const Record& record, PageReader& pages, Assignments& changes)>;
 
@@ -64,7 +64,7 @@ public:
     /// of the table is damaged, so that all rows are changed or none.
     std::uint64_t updateRows(const RowChange& change);
 
-    /// Writes what is kept up to here: maps, counts. To be called last.
+    /// Writes maps and counts. To be called last.
     void finish();
 
     const TableDefinition& definition() const { return definition_; }
@@ -84,13 +84,13 @@ private:
         bool rebuild = false;  ///< too many changes to make one by one
     };
 
-    /// Where a record is: at home, or behind a pointer.
+    /// Where a record is: at its home slot, or behind a pointer.
     struct Place {
         RowId home;
         RowId record;
     };
 
-    // The row in hand: fields_ and what they point to.
+    // The current row: fields_ and what they point to.
     void takeFields(const Record& record);
     void setField(std::size_t column, const Value& value);
     void setLongValue(std::size_t column, const Value& value);
@@ -130,13 +130,13 @@ private:
 
     std::vector<StoredField> fields_;
     std::vector<Binary> buffers_;         ///< of new fields, by the column's place
-    std::vector<Binary> replacedValues_;  ///< long values that the row in hand gives up
-    std::vector<std::uint8_t> record_;    ///< the row in hand, encoded
+    std::vector<Binary> replacedValues_;  ///< long values that the current row no longer uses
+    std::vector<std::uint8_t> record_;    ///< the current row, encoded
     PageNumber recordPage_ = kNoPage;
 
-    PageNumber target_ = kNoPage;  ///< where the last record was placed
-    bool newPagesOnly_ = false;    ///< records that move out of the way of others
-    std::deque<std::vector<std::uint8_t>> pageRecords_;  ///< of the page that updateRows is at
+    PageNumber target_ = kNoPage;                        ///< where the last record was placed
+    bool newPagesOnly_ = false;                          ///< for records that move to make room
+    std::deque<std::vector<std::uint8_t>> pageRecords_;  ///< of updateRows' current page
 };
 
 }  // namespace jet

@@ -1,4 +1,4 @@
-// A usage map being changed: the set is held in memory and written back at once.
+// Changes a usage map: the set is kept in memory and written back by save().
 //
 //   jet::UsageMapWriter owned{pager, definition.ownedMap};
 //   owned.insert(page);
@@ -27,13 +27,13 @@ public:
     /// Ascending.
     std::vector<PageNumber> pages() const;
 
-    /// The last page of the set that is before `end`; kNoPage if there is none.
+    /// The last page of the set before `end`; kNoPage if there is none.
     PageNumber lastBefore(std::uint32_t end) const;
 
     /// Writes what has changed. Throws Error: FileFull, Damaged; as Pager::edit.
     void save(PageAllocator& allocator);
 
-    /// Bitmap pages that the map has now; a map that is to be dropped gives them back.
+    /// The map's bitmap pages; to be released when the map is dropped.
     std::vector<PageNumber> bitmapPages() const;
 
 private:
