@@ -2,7 +2,6 @@
 //
 //   ProgramStartUp startUp;
 //   modMain::Main(startUp);
-//   return forms::run();
 //
 // The user-interface thread.
 #pragma once
