@@ -1,9 +1,7 @@
-// What the log needs of the system around it, one small interface a concern, so that tests put a
-// clock and a volume of their own in their place.
+// The system services that the log needs, one small interface each, so that tests can replace clock
+// and volume.
 //
-//   LogSystem system = windowsLogSystem();            // in the program
-//   LogSystem system = fake.system();                 // in a test
-//   classLog log{std::move(system)};
+//   classLog log{windowsLogSystem()};  // tests pass a system of their own
 //
 // The user-interface thread.
 #pragma once
@@ -15,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-/// Seconds since 1970-01-01 00:00 on the clock on the wall.
+/// Seconds since 1970-01-01 00:00 in local time.
 using LocalSeconds = std::int64_t;
 
 /// The running program.
@@ -38,7 +36,7 @@ public:
 };
 
 struct VolumeSpace {
-    std::uint64_t available = 0;  ///< bytes that the user may still fill
+    std::uint64_t available = 0;  ///< bytes available to the user
     std::uint64_t total = 0;      ///< bytes in all
     std::uint64_t free = 0;       ///< bytes that are free, the user's or not
 };
@@ -48,14 +46,14 @@ struct LogFile {
     LocalSeconds modified = 0;
 };
 
-/// A file that grows at its end; closed by its destructor.
+/// A file that is appended to; closed by its destructor.
 class LogStream {
 public:
     virtual ~LogStream() = default;
     virtual void write(std::string_view bytes) = 0;
 };
 
-/// Folders and files. Everything throws RuntimeError when it fails.
+/// Folders and files. All members throw RuntimeError on failure.
 class LogVolume {
 public:
     virtual ~LogVolume() = default;
@@ -67,11 +65,11 @@ public:
     virtual std::vector<LogFile> files(const std::u16string& folder) = 0;
     /// Refuses files that are marked read-only.
     virtual void remove(const std::u16string& path) = 0;
-    /// Opens a file for appending; makes it if it is not there.
+    /// Opens a file for appending; creates it if it does not exist.
     virtual std::unique_ptr<LogStream> append(const std::u16string& path) = 0;
 };
 
-/// How the user's system writes dates and numbers. The ones here are one fixed form.
+/// How the user's system formats dates and numbers. The defaults have one fixed form.
 class LogTexts {
 public:
     virtual ~LogTexts() = default;
