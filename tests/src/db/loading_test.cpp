@@ -155,6 +155,24 @@ TEST_F(LoadingTest, FileWithoutPortAndCallIdLoadsWithSevenColumns) {
     EXPECT_FALSE(reported(u"openDiagRecordset"));
 }
 
+TEST_F(LoadingTest, AFilterClauseHoldsInTheOldestFilesToo) {
+    open(makeFile("oldest.mdb", 3000, fixture::TraceFormat::Oldest));
+    ASSERT_TRUE(loadToEnd());
+    const UniqueTrace wanted = modDatabase::uniqueTraces().front();
+    display_.lines.clear();
+    modDatabase::openDiagRecordset(u"WHERE  ( qrxIndex = '" +
+                                   std::get<std::u16string>(wanted.qrxIndex) + u"' ) ");
+    ASSERT_TRUE(loadToEnd());
+    ASSERT_EQ(rows().fields().count(), 7u);
+    EXPECT_GT(rows().recordCount(), 0);
+    EXPECT_LT(rows().recordCount(), 3000);
+    for (std::uint32_t row = 0; row < rows().rowCount(); ++row) {
+        ASSERT_EQ(rows().valueAt(row, 4), wanted.component) << row;
+        ASSERT_EQ(rows().valueAt(row, 1), wanted.process) << row;
+    }
+    EXPECT_FALSE(reported(u"openDiagRecordset"));
+}
+
 TEST_F(LoadingTest, UniqueTracesAreReadInOrderAndTicked) {
     open(makeFile("a.mdb", 2000));
     const UniqueTraces& traces = modDatabase::uniqueTraces();

@@ -344,6 +344,37 @@ TEST_F(UpgradeTest, ColumnsThatAreThereAlreadyAreLeftOut) {
     expectIndex(*database);
 }
 
+// A failure to make the upgrade durable belongs to the upgrade, so it does not wait for whoever reads
+// next.
+TEST_F(UpgradeTest, IsInTheFileWhenItReturns) {
+    const auto path = makeFile(100, fixture::TraceFormat::Older);
+    modDatabase::connectToDB(path.u16string());
+    modDatabase::updateDatabaseFormat();
+    EXPECT_TRUE(reports_.empty());
+    const auto copy = folder_.path() / "copy.mdb";
+    std::filesystem::copy_file(path, copy);
+    const auto database = jet::Database::open(copy);
+    ASSERT_TRUE(database->table(u"tblTraces")->definition().findColumn(u"qrxIndex"));
+    expectKeys(*database->table(u"tblTraces"));
+    EXPECT_FALSE(jet::plainRows(*database->table(u"tblUniqueFilters")).empty());
+}
+
+// Its table of combinations is there, but not all of its columns.
+TEST_F(UpgradeTest, ATableOfCombinationsThatLacksAColumnIsOfTheOlderFormat) {
+    const auto path = makeFile(50, fixture::TraceFormat::Older);
+    {
+        ado::Connection connection;
+        connection.open(jet::Database::open(path));
+        connection.execute(u"CREATE TABLE tblUniqueFilters (Component TEXT(50))");
+    }
+    upgrade(path);
+    EXPECT_GT(count(reportsOfOpening_, u"[modDatabase]updateDatabaseFormat: "), 0u)
+        << "that table is not made anew, so its rows cannot be added";
+    const auto database = jet::Database::open(path);
+    ASSERT_TRUE(database->table(u"tblTraces")->definition().findColumn(u"qrxIndex"));
+    expectKeys(*database->table(u"tblTraces"));
+}
+
 /// A file that cannot be altered fails each statement; the eleventh error leaves the procedure, and
 /// the query that is tried again fails again, eleven times in all.
 void expectGivenUp(const std::vector<std::u16string>& reports, const std::string& number) {
