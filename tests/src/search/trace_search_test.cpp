@@ -84,10 +84,13 @@ TEST_F(TraceSearchTest, UpFromTheFirstRecordFindsNothing) {
 }
 
 TEST_F(TraceSearchTest, FollowsTheSortOfTheRecords) {
-    open({u"first hit", u"x", u"second hit"});
+    open({u"first hit", u"x", u"y", u"second hit", u"z"});
     traces.setSort(u"Id DESC");
-    EXPECT_EQ(search({.text = u"hit", .stepFirst = true}), 3);
+    EXPECT_EQ(search({.text = u"hit", .stepFirst = true}), 2);
+    EXPECT_EQ(traces.fields()[u"Trace"].text(), u"second hit");
+    EXPECT_EQ(search({.text = u"hit", .stepFirst = true}), 5);
     EXPECT_EQ(traces.fields()[u"Trace"].text(), u"first hit");
+    EXPECT_EQ(search({.text = u"hit", .backward = true, .stepFirst = true}), 2);
     EXPECT_EQ(traces.sort(), u"Id DESC");
 }
 
