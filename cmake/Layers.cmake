@@ -33,7 +33,7 @@ set(VORELLE_MAY_USE_viewer_macros "viewer_db;viewer_i18n;viewer_log;viewer_text;
 set(VORELLE_MAY_USE_viewer_status "viewer_i18n;viewer_text;forms")
 set(VORELLE_MAY_USE_viewer_about "viewer_i18n;viewer_platform;viewer_log;viewer_text;forms")
 set(VORELLE_MAY_USE_viewer_main
-  "viewer_about;viewer_status;viewer_macros;viewer_search;viewer_db;viewer_i18n;viewer_platform;viewer_log;viewer_text;ado;forms;grid")
+  "viewer_about;viewer_status;viewer_macros;viewer_search;viewer_db;viewer_i18n;viewer_platform;viewer_log;viewer_text;ado;forms;grid;grid_model")
 set(VORELLE_MAY_USE_viewer_app "viewer_main;viewer_crash;${VORELLE_MAY_USE_viewer_main}")
 
 function(vorelle_layer name)

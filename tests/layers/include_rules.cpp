@@ -55,7 +55,7 @@ const std::vector<Rule>& rules() {
         {"src/ui/main/",
          {"src/ui/main/", "src/ui/about/", "src/ui/status/", "src/macros/", "src/search/",
           "src/db/", "src/i18n/", "src/platform/", "src/log/", "src/text/", "engine/ado/",
-          "toolkit/grid/", "toolkit/forms/", "resources/"},
+          "toolkit/grid/", "toolkit/grid/model/", "toolkit/forms/", "resources/"},
          false},
         {"src/app/",
          {"src/app/", "src/ui/main/", "src/macros/", "src/db/", "src/i18n/", "src/crash/",

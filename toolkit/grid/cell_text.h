@@ -7,7 +7,7 @@
 // allocates nothing.
 #pragma once
 
-#include "toolkit/grid/data_source.h"
+#include "toolkit/grid/model/data_source.h"
 #include "toolkit/grid/model/shapes.h"
 #include "toolkit/grid/model/text_layout.h"
 

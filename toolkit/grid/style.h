@@ -7,7 +7,7 @@
 // Values. The user-interface thread, since resolving asks the system for its colours.
 #pragma once
 
-#include "toolkit/grid/data_source.h"
+#include "toolkit/grid/model/data_source.h"
 
 #include <windows.h>
 

@@ -7,7 +7,7 @@
 #pragma once
 
 #include "engine/ado/recordset.h"
-#include "toolkit/grid/data_source.h"
+#include "toolkit/grid/model/data_source.h"
 
 #include <cstdint>
 #include <string>

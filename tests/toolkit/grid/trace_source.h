@@ -6,7 +6,7 @@
 // It counts what it is asked, so that a test can tell how much a paint costs.
 #pragma once
 
-#include "toolkit/grid/data_source.h"
+#include "toolkit/grid/model/data_source.h"
 
 #include <algorithm>
 #include <cstdint>
