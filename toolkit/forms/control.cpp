@@ -79,7 +79,7 @@ void Control::create(Window& parent, const ControlPlace& place, const Font& inhe
     flags_ = place.flags;
     container_ = place.container;
     tab_ = place.tab;
-    bounds_ = {place.left, place.top, place.width, place.height};
+    setInitialBounds({place.left, place.top, place.width, place.height});
     visible_ = (flags_ & kHidden) == 0;
 
     const Kind kind = this->kind();
@@ -133,71 +133,14 @@ Dpi Control::dpi() const {
     return parent ? parent->dpi() : Window::dpi();
 }
 
-RECT Control::pixelBounds() const {
-    RECT rect{};
-    ::GetWindowRect(hwnd(), &rect);
-    ::MapWindowPoints(nullptr, ::GetParent(hwnd()), reinterpret_cast<POINT*>(&rect), 2);
-    return rect;
-}
-
-POINT Control::containerOrigin() const {
+POINT Control::origin() const {
     if (!container_ || !container_->isCreated()) return {0, 0};
     const RECT rect = container_->pixelBounds();
     return {rect.left, rect.top};
 }
 
-// Before the control has had its say in adjustedBounds.
-RECT Control::wantedPixels() const {
-    const POINT origin = containerOrigin();
-    const int left = static_cast<int>(origin.x) + toPixels(bounds_.left, dpi()).value;
-    const int top = static_cast<int>(origin.y) + toPixels(bounds_.top, dpi()).value;
-    const int width = std::max(0, toPixels(bounds_.width, dpi()).value);
-    const int height = std::max(0, toPixels(bounds_.height, dpi()).value);
-    return {left, top, left + width, top + height};
-}
-
-Bounds Control::bounds() const {
-    if (!isCreated()) return bounds_;
-    const RECT actual = pixelBounds();
-    const RECT wanted = wantedPixels();
-    if (::EqualRect(&actual, &wanted)) return bounds_;
-    const POINT origin = containerOrigin();
-    const auto length = [this](LONG from, LONG to) {
-        return toTwips(Pixels(static_cast<int>(to - from)), dpi());
-    };
-    return {length(origin.x, actual.left), length(origin.y, actual.top),
-            length(actual.left, actual.right), length(actual.top, actual.bottom)};
-}
-
-void Control::move(const Bounds& bounds) {
-    bounds_ = bounds;
-    if (isCreated()) applyBounds();
-}
-
-void Control::setLeft(Twips left) {
-    const Bounds b = bounds();
-    move({left, b.top, b.width, b.height});
-}
-
-void Control::setTop(Twips top) {
-    const Bounds b = bounds();
-    move({b.left, top, b.width, b.height});
-}
-
-void Control::setWidth(Twips width) {
-    const Bounds b = bounds();
-    move({b.left, b.top, width, b.height});
-}
-
-void Control::setHeight(Twips height) {
-    const Bounds b = bounds();
-    move({b.left, b.top, b.width, height});
-}
-
 void Control::applyBounds() {
-    const RECT rect = adjustedBounds(wantedPixels());
-    ::SetWindowPos(hwnd(), nullptr, rect.left, rect.top, rect.right - rect.left,
-                   rect.bottom - rect.top, SWP_NOZORDER | SWP_NOACTIVATE);
+    PlacedWindow::applyBounds();
     for (Control* control : contained()) {
         control->applyBounds();
     }

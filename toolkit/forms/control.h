@@ -18,6 +18,7 @@
 #pragma once
 
 #include "toolkit/forms/font.h"
+#include "toolkit/forms/placed_window.h"
 #include "toolkit/forms/units.h"
 #include "toolkit/forms/window.h"
 
@@ -30,15 +31,6 @@ namespace forms {
 
 class AccessibleObject;
 class Control;
-
-struct Bounds {
-    Twips left = {};
-    Twips top = {};
-    Twips width = {};
-    Twips height = {};
-
-    bool operator==(const Bounds&) const = default;
-};
 
 enum ControlFlag : unsigned {
     kHidden = 1,
@@ -79,7 +71,7 @@ struct MouseEvent {
     Twips y = {};
 };
 
-class Control : public Window {
+class Control : public PlacedWindow {
 public:
     Control() = default;
     ~Control() override;
@@ -94,18 +86,6 @@ public:
     int tab() const { return tab_; }
     /// The controls that name this one as their container, in tab order.
     std::vector<Control*> contained() const;
-
-    /// Place and size as they were last set; after another part moved the window, as it is now.
-    Bounds bounds() const;
-    Twips left() const { return bounds().left; }
-    Twips top() const { return bounds().top; }
-    Twips width() const { return bounds().width; }
-    Twips height() const { return bounds().height; }
-    void move(const Bounds& bounds);
-    void setLeft(Twips left);
-    void setTop(Twips top);
-    void setWidth(Twips width);
-    void setHeight(Twips height);
 
     /// The text of the window: a button's caption, a text box's text.
     std::wstring text() const;
@@ -153,8 +133,8 @@ public:
     void applyDpi();
     /// Shows or hides the window as visible() and the container say; containers call it.
     void applyVisibility();
-    /// Puts the window where bounds() says; containers call it when they moved.
-    void applyBounds();
+    /// Moves the contained controls, too.
+    void applyBounds() override;
 
     /// Whether the arrow keys move from this control to its neighbours of the same kind: option
     /// buttons.
@@ -209,20 +189,16 @@ protected:
     virtual void fontChanged() {}
     /// Font and place are those of the new dots per inch.
     virtual void dpiChanged() {}
-    /// The pixels of the window when the control is given `wanted`.
-    virtual RECT adjustedBounds(const RECT& wanted) const { return wanted; }
 
     LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
 
-    /// The window's rectangle in the parent.
-    RECT pixelBounds() const;
+    /// The container's upper left corner.
+    POINT origin() const override;
 
 private:
     void fireMouse(const std::function<void(const MouseEvent&)>& event, UINT message, WPARAM wParam,
                    LPARAM lParam) const;
     void placeBehindContained();
-    POINT containerOrigin() const;
-    RECT wantedPixels() const;
     void useFont();
     void setWindowFont();
     bool startsGroup(const Window& parent) const;
@@ -231,7 +207,6 @@ private:
     unsigned flags_ = 0;
     Control* container_ = nullptr;
     int tab_ = 0;
-    Bounds bounds_;
     bool visible_ = true;
     std::wstring accessibleName_;
     Font designedFont_;

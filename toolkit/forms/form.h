@@ -28,6 +28,7 @@
 
 #include "toolkit/forms/control.h"
 #include "toolkit/forms/menu.h"
+#include "toolkit/forms/placed_window.h"
 #include "toolkit/forms/units.h"
 #include "toolkit/forms/window.h"
 
@@ -77,7 +78,7 @@ struct ControlSpec {
     ControlPlace place;
 };
 
-class Form : public Window {
+class Form : public PlacedWindow {
 public:
     explicit Form(const FormOptions& options);
     ~Form() override;
@@ -102,16 +103,6 @@ public:
     void setCaption(const std::wstring& caption);
     void setIcon(int resource);
 
-    Bounds bounds() const;
-    Twips left() const { return bounds().left; }
-    Twips top() const { return bounds().top; }
-    Twips width() const { return bounds().width; }
-    Twips height() const { return bounds().height; }
-    void move(const Bounds& bounds);
-    void setLeft(Twips left);
-    void setTop(Twips top);
-    void setWidth(Twips width);
-    void setHeight(Twips height);
     /// Makes the client area that large.
     void setClientSize(Twips width, Twips height);
     Twips clientWidth() const;
@@ -170,8 +161,6 @@ private:
     void setOwner(const Form* owner);
     RECT frameFor(SIZE client) const;
     SIZE clientPixels() const;
-    RECT wantedPixels() const;
-    void applyBounds();
     MONITORINFO monitor() const;
     void endModal();
     void runModalLoop();
@@ -196,7 +185,6 @@ private:
 
     FormOptions options_;
     Dpi dpi_;
-    Bounds bounds_;
     Font designedFont_;
     std::optional<FontFace> face_;
     Font font_;  // The designed one in the face.

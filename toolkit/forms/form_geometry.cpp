@@ -1,4 +1,4 @@
-// The part of Form that deals with place and size.
+// The part of Form that deals with the client area and the screen (place and size: placed_window.h).
 #include "toolkit/forms/form.h"
 
 namespace forms {
@@ -19,75 +19,16 @@ SIZE Form::clientPixels() const {
     return {rect.right, rect.bottom};
 }
 
-RECT Form::wantedPixels() const {
-    const int left = toPixels(bounds_.left, dpi_).value;
-    const int top = toPixels(bounds_.top, dpi_).value;
-    return {left, top, left + toPixels(bounds_.width, dpi_).value,
-            top + toPixels(bounds_.height, dpi_).value};
-}
-
-// What was set last, unless the window is elsewhere by now. So a size that is no whole number of
-// pixels reads back as it was set.
-Bounds Form::bounds() const {
-    if (!isLoaded()) return bounds_;
-    RECT actual{};
-    ::GetWindowRect(hwnd(), &actual);
-    const RECT wanted = wantedPixels();
-    if (::EqualRect(&actual, &wanted)) return bounds_;
-    const auto twips = [this](LONG pixels) {
-        return toTwips(Pixels(static_cast<int>(pixels)), dpi_);
-    };
-    return {twips(actual.left), twips(actual.top), twips(actual.right - actual.left),
-            twips(actual.bottom - actual.top)};
-}
-
-void Form::move(const Bounds& bounds) {
-    bounds_ = bounds;
-    if (isLoaded()) applyBounds();
-}
-
-void Form::applyBounds() {
-    const RECT rect = wantedPixels();
-    ::SetWindowPos(hwnd(), nullptr, rect.left, rect.top, rect.right - rect.left,
-                   rect.bottom - rect.top, SWP_NOZORDER | SWP_NOACTIVATE);
-}
-
-void Form::setLeft(Twips left) {
-    const Bounds b = bounds();
-    move({left, b.top, b.width, b.height});
-}
-
-void Form::setTop(Twips top) {
-    const Bounds b = bounds();
-    move({b.left, top, b.width, b.height});
-}
-
-void Form::setWidth(Twips width) {
-    const Bounds b = bounds();
-    move({b.left, b.top, width, b.height});
-}
-
-void Form::setHeight(Twips height) {
-    const Bounds b = bounds();
-    move({b.left, b.top, b.width, height});
-}
-
 void Form::setClientSize(Twips width, Twips height) {
     const RECT frame = frameFor({toPixels(width, dpi_).value, toPixels(height, dpi_).value});
-    const auto twips = [this](LONG pixels) {
-        return toTwips(Pixels(static_cast<int>(pixels)), dpi_);
-    };
     const Bounds b = bounds();
-    move({b.left, b.top, twips(frame.right - frame.left), twips(frame.bottom - frame.top)});
+    move({b.left, b.top, twipsBetween(frame.left, frame.right),
+          twipsBetween(frame.top, frame.bottom)});
 }
 
-Twips Form::clientWidth() const {
-    return toTwips(Pixels(static_cast<int>(clientPixels().cx)), dpi_);
-}
+Twips Form::clientWidth() const { return twipsBetween(0, clientPixels().cx); }
 
-Twips Form::clientHeight() const {
-    return toTwips(Pixels(static_cast<int>(clientPixels().cy)), dpi_);
-}
+Twips Form::clientHeight() const { return twipsBetween(0, clientPixels().cy); }
 
 MONITORINFO Form::monitor() const {
     MONITORINFO info{};
@@ -100,12 +41,12 @@ MONITORINFO Form::monitor() const {
 
 Twips Form::screenWidth() const {
     const RECT rect = monitor().rcMonitor;
-    return toTwips(Pixels(static_cast<int>(rect.right - rect.left)), dpi_);
+    return twipsBetween(rect.left, rect.right);
 }
 
 Twips Form::screenHeight() const {
     const RECT rect = monitor().rcMonitor;
-    return toTwips(Pixels(static_cast<int>(rect.bottom - rect.top)), dpi_);
+    return twipsBetween(rect.top, rect.bottom);
 }
 
 void Form::center(const Form* owner) {
@@ -114,9 +55,7 @@ void Form::center(const Form* owner) {
         owner->windowState() != WindowState::minimized) {
         ::GetWindowRect(owner->hwnd(), &area);
     }
-    const auto middle = [this](LONG from, LONG to) {
-        return toTwips(Pixels(static_cast<int>((from + to) / 2)), dpi_);
-    };
+    const auto middle = [this](LONG from, LONG to) { return twipsBetween(0, (from + to) / 2); };
     const Bounds b = bounds();
     move({middle(area.left, area.right) - b.width / 2, middle(area.top, area.bottom) - b.height / 2,
           b.width, b.height});
