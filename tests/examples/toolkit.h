@@ -113,6 +113,28 @@ struct toolkit_grid : toolkit {
     grid::RowIndex row;
 };
 
+struct toolkit_grid_window : toolkit_grid {
+    UINT message;
+    WPARAM wParam;
+    LPARAM lParam;
+    grid::Geometry& geometry;
+    grid::Selection selection;
+};
+
+struct toolkit_grid_accessible_events_h : toolkit_grid_window {};
+
+struct toolkit_grid_delayed_update_h : toolkit_grid_window {};
+
+struct toolkit_grid_repaint_h : toolkit_grid_window {};
+
+struct toolkit_grid_scroll_bars_h : toolkit_grid_window {};
+
+struct toolkit_grid_cell_measures_h : toolkit_grid {
+    const grid::Scene& scene;
+    const grid::Column& column;
+    void offerTip(const std::wstring& text);
+};
+
 struct toolkit_grid_back_buffer_h : toolkit_grid {
     grid::BackBuffer buffer;
     SIZE client;
@@ -131,11 +153,10 @@ struct toolkit_grid_cell_text_h : toolkit_grid {
 
 struct toolkit_grid_cell_tip_h : toolkit_grid {
     grid::CellTip tip;
+    int column;
     grid::Rect cellOnScreen;
     HFONT font;
 };
-
-struct toolkit_grid_data_source_h : grid::DataSource {};
 
 struct toolkit_grid_drawing_h : toolkit_grid {
     int x;
@@ -183,6 +204,15 @@ struct toolkit_grid_model : toolkit {
     int height;
     int x;
     SIZE client;
+    grid::DataSource& source;
+    grid::GroupView groups;
+};
+
+struct toolkit_grid_model_data_source_h : grid::DataSource {};
+
+struct toolkit_grid_model_selected_text_h : toolkit_grid_model {
+    grid::SourceCursor cursor;
+    std::wstring groupText(int group) const;
 };
 
 struct toolkit_grid_model_content_width_h : toolkit_grid_model {

@@ -87,7 +87,7 @@ private:
 void quit(int exitCode = 0);
 
 /// Runs the function on the user-interface thread, in the order of the calls, once that thread
-/// fetches messages. Any thread. All that is waiting costs one window message together. What is
+/// fetches messages. Any thread. However many functions wait, they take one window message. What is
 /// posted before there is an Application runs when there is; what is left when it ends is dropped.
 void post(std::function<void()> function);
 

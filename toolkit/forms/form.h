@@ -90,7 +90,7 @@ public:
     /// False when Form_Unload refused.
     bool unload();
     void show(const Form* owner = nullptr);
-    /// Shows the form above its owner; whoever has the focus keeps it.
+    /// Shows the form above its owner without taking the focus.
     void showInactive(const Form& owner);
     /// Returns when the form is hidden or unloaded. The other forms do not react meanwhile.
     void showModal(const Form* owner = nullptr);
@@ -147,7 +147,7 @@ protected:
     virtual void Form_Resize() {}
     virtual void Form_Unload(bool& /*cancel*/) {}
     virtual void Form_Activate() {}
-    /// Files were dropped on the form, which reacts to its user at the moment.
+    /// Files were dropped on the form. Not called while the form is disabled.
     virtual void Form_DropFiles(const std::vector<std::wstring>& /*paths*/) {}
     /// A click of the right button, or the menu key, that no control took. Screen position.
     virtual void Form_ContextMenu(POINT /*at*/) {}

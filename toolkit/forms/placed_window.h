@@ -1,10 +1,10 @@
 // PlacedWindow: a window with a place and a size in twips; what forms and controls have in common.
 //
-//   window.move({180_tw, 60_tw, 1215_tw, 375_tw});
-//   window.setLeft(window.left() + window.width());
+//   form.move({180_tw, 60_tw, 1215_tw, 375_tw});
+//   form.setLeft(form.left() + form.width());
 //
 // Twips become pixels at the window's own dots per inch. A form's place is relative to the screen, a
-// control's to its container. The window's own thread.
+// control's to its container. The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/units.h"

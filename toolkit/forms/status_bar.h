@@ -6,8 +6,8 @@
 //   statusbarMain.panel(L"keyPanel1").setText(L"");
 //
 // The bar docks by itself; its place in the form's table is ignored. Panels are counted from 1.
-// A text is handed to Windows only when it differs from the one shown, so that it may be set as
-// often as one likes. The user-interface thread.
+// Windows is told only of texts that changed, so setting the same text repeatedly is cheap. The
+// user-interface thread.
 #pragma once
 
 #include "toolkit/forms/control.h"

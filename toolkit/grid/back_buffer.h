@@ -1,4 +1,4 @@
-// BackBuffer: a bitmap to paint into, so that the screen only ever sees finished pictures.
+// BackBuffer: a bitmap to paint into, so that the screen never shows a half-painted grid.
 //
 //   const HDC canvas = buffer.open(screenDc, client.cx, client.cy);
 //   paint(canvas);

@@ -38,9 +38,24 @@ Rect workArea(const Rect& place) {
 
 }  // namespace
 
+void CellTip::setOn(bool on) {
+    on_ = on;
+    hide();
+}
+
+bool CellTip::rest(Cell cell) {
+    if (!on_ || cell == cell_) return false;
+    cell_ = cell;
+    return true;
+}
+
+void CellTip::leave(Cell cell) {
+    if (cell != cell_) hide();
+}
+
 bool CellTip::make(HWND owner) {
     if (window_ && owner_ == owner) return true;
-    destroy();
+    destroyWindow();
     window_ = ::CreateWindowExW(WS_EX_TOPMOST | WS_EX_TRANSPARENT, TOOLTIPS_CLASSW, nullptr,
                                 WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP, 0, 0, 0, 0, owner, nullptr,
                                 ::GetModuleHandleW(nullptr), nullptr);
@@ -83,7 +98,8 @@ void CellTip::keepOnScreen(const Rect& cellOnScreen) const {
     const Rect tip = fromRect(window);
     const Rect work = workArea(cellOnScreen);
     int x = std::max(std::min(tip.left, work.right - tip.width()), work.left);
-    bool fitsBelow = tip.bottom <= work.bottom;
+    // The system may have pushed the tip up over its cell already.
+    const bool fitsBelow = cellOnScreen.bottom + tip.height() <= work.bottom;
     int y = fitsBelow ? tip.top : std::max(cellOnScreen.top - tip.height(), work.top);
     if (x != tip.left || y != tip.top) {
         ::SendMessageW(window_, TTM_TRACKPOSITION, 0, MAKELPARAM(x, y));
@@ -91,6 +107,7 @@ void CellTip::keepOnScreen(const Rect& cellOnScreen) const {
 }
 
 void CellTip::hide() {
+    cell_ = {};
     if (shown_) {
         shown_ = false;
         TOOLINFOW tool = toolOf(owner_);
@@ -100,6 +117,11 @@ void CellTip::hide() {
 
 void CellTip::destroy() {
     hide();
+    destroyWindow();
+}
+
+void CellTip::destroyWindow() {
+    shown_ = false;
     if (window_) {
         ::DestroyWindow(window_);
         window_ = nullptr;

@@ -1,6 +1,5 @@
 #include "toolkit/grid/grid.h"
 
-#include "toolkit/grid/grid_accessible.h"
 #include "toolkit/grid/messages.h"
 
 #include <windows.h>
@@ -38,30 +37,29 @@ forms::Control::Kind Grid::kind() const {
 
 void Grid::created() {
     theme_.open(hwnd());
+    bars_.attach(hwnd());
+    repaint_.attach(hwnd());
     updateMeasures();
-    updateScrollBars();
+    bars_.update();
 }
 
 // What belongs to the window goes with it; the grid may be created again.
 void Grid::onDestroy() {
-    if (link_) {
-        link_->grid = nullptr;
-        link_.reset();
-    }
+    events_.close();
     endDrag(true);
     tip_.destroy();
     theme_.close();
     buffer_.release();
-    barsDue_ = false;
-    regroupDue_ = false;
-    thumbTracking_ = false;
+    regrouping_.cancel(hwnd());
+    bars_.attach(nullptr);
+    repaint_.attach(nullptr);
 }
 
 void Grid::fontChanged() { updateMeasures(); }
 
 void Grid::dpiChanged() {
     updateMeasures();
-    updateScrollBars();
+    bars_.update();
 }
 
 LRESULT Grid::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -90,11 +88,15 @@ LRESULT Grid::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             onHScroll(LOWORD(wParam));
             return 0;
         case WM_MOUSEWHEEL:
-            onWheel(GET_WHEEL_DELTA_WPARAM(wParam), (GET_KEYSTATE_WPARAM(wParam) & MK_SHIFT) != 0);
+            if (GET_KEYSTATE_WPARAM(wParam) & MK_SHIFT) {
+                onSidewaysWheel(GET_WHEEL_DELTA_WPARAM(wParam));
+            } else {
+                onWheel(GET_WHEEL_DELTA_WPARAM(wParam));
+            }
             return 0;
         case WM_MOUSEHWHEEL:
             // A tilt to the right is positive, a turn towards the user, which moves on, negative.
-            onWheel(-GET_WHEEL_DELTA_WPARAM(wParam), true);
+            onSidewaysWheel(-GET_WHEEL_DELTA_WPARAM(wParam));
             return TRUE;
         case WM_TIMER:
             onTimer(wParam);
@@ -160,9 +162,9 @@ void Grid::onSize(int width, int height) {
     geometry_.setView(width, height);
     placeColumns();
     // Windows asks for what a larger window uncovers; a clamped position moves all the rest.
-    if (geometry_.scrollY() != oldY || geometry_.scrollX() != oldX) invalidateAll();
-    hideTip();
-    updateScrollBars();
+    if (geometry_.scrollY() != oldY || geometry_.scrollX() != oldX) repaint_.all();
+    tip_.hide();
+    bars_.update();
 }
 
 void Grid::updateMeasures() {
@@ -181,7 +183,7 @@ void Grid::updateMeasures() {
     measures.borderReach = scaled(kBorderReach);
     geometry_.setMeasures(measures);
     columnsMoved();
-    invalidateAll();
+    repaint_.all();
 }
 
 forms::Twips Grid::rowHeight() const {
@@ -199,26 +201,23 @@ void Grid::setRecordSelectors(bool show) {
     updateMeasures();
 }
 
-void Grid::setCellTips(bool on) {
-    cellTipsOn_ = on;
-    hideTip();
-}
-
 void Grid::setStyle(const std::wstring& name, const Style& style) {
     styles_.set(name, style);
-    invalidateAll();
+    repaint_.all();
 }
 
 void Grid::onFocusChanged() {
-    hideTip();
-    invalidateRow(selection_.current().row);
-    reportFocus();
+    tip_.hide();
+    repaint_.row(selection_.current().row);
+    events_.focusMoved();
 }
 
 // Fonts come from the owner; the theme and the colours are asked for anew.
 void Grid::onSystemChanged() {
     theme_.open(hwnd());
-    invalidateAll();
+    repaint_.all();
 }
+
+forms::AccessibleObject* Grid::makeAccessible() { return events_.makeObject(); }
 
 }  // namespace grid

@@ -4,44 +4,47 @@
 //   tdbgridData.column(L"Trace").setWrapText(true);
 //   tdbgridData.onHeadClick = [this](int column) { sortBy(column); };
 //
-// The grid is virtual: it asks the source for the cells on view and for nothing else, so that a
-// paint costs the same for ten rows and for ten million. The source's current row is the grid's;
-// whoever moves it tells the grid, as described at the notifications below.
+// The grid is virtual: it asks the source for the cells on view and nothing else, so that a paint
+// takes as long for ten million rows as for ten. It has no current row of its own but shows the
+// source's; code that moves it notifies the grid (see the notifications below).
 //
-// The user can group the rows by columns, by dragging their headings to a strip above. The source
-// knows nothing of it: the grid then shows other rows below each other than the source has, called
-// view rows here, among them one for every group.
+// Users group rows by a column by dragging its heading to the strip above the headings. The source
+// does not know about groups. The rows that the grid then shows, including one for each group, are
+// called view rows.
 //
 // The user-interface thread. Lengths are twips unless they say pixels; rows and columns are
 // counted from 0.
 #pragma once
 
 #include "toolkit/forms/control.h"
+#include "toolkit/grid/accessible_events.h"
 #include "toolkit/grid/back_buffer.h"
 #include "toolkit/grid/cell_text.h"
 #include "toolkit/grid/cell_tip.h"
 #include "toolkit/grid/column.h"
+#include "toolkit/grid/delayed_update.h"
 #include "toolkit/grid/heading_theme.h"
 #include "toolkit/grid/model/data_source.h"
 #include "toolkit/grid/model/geometry.h"
-#include "toolkit/grid/model/grouping.h"
-#include "toolkit/grid/model/navigation.h"
+#include "toolkit/grid/model/group_view.h"
+#include "toolkit/grid/model/heading_drag.h"
 #include "toolkit/grid/model/selection.h"
+#include "toolkit/grid/model/source_cursor.h"
 #include "toolkit/grid/model/wheel.h"
 #include "toolkit/grid/painter.h"
+#include "toolkit/grid/repaint.h"
+#include "toolkit/grid/scroll_bars.h"
 #include "toolkit/grid/style.h"
 #include "toolkit/grid/text_font.h"
+#include "toolkit/grid/timers.h"
 
 #include <functional>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 namespace grid {
-
-struct GridLink;
 
 class Grid : public forms::Control {
 public:
@@ -51,7 +54,7 @@ public:
     /// Shows another source, or none, from its first row: one column for every field, as a new
     /// grid has them. Raises onRowColChange. The source must outlive its being set.
     void setDataSource(DataSource* source);
-    DataSource* dataSource() const { return source_; }
+    DataSource* dataSource() const { return cursor_.source(); }
 
     // Notifications from the source's owner.
 
@@ -65,7 +68,7 @@ public:
     /// at the current row may be another one.
     void dataChanged();
     /// The source has other columns: as if it were set anew.
-    void reset() { setDataSource(source_); }
+    void reset() { setDataSource(dataSource()); }
 
     /// Columns.
     int columnCount() const { return static_cast<int>(columns_.size()); }
@@ -86,9 +89,9 @@ public:
     void setGroupByCaption(const std::wstring& caption);
     /// The columns that the rows are grouped by, from the outermost in; their headings stand in the
     /// strip. All groups are folded at first. Throws std::out_of_range for a wrong column.
-    const std::vector<GroupColumn>& groupColumns() const { return groupColumns_; }
+    const std::vector<GroupColumn>& groupColumns() const { return groups_.columns(); }
     void setGroupColumns(std::vector<GroupColumn> columns);
-    const Grouping& grouping() const { return grouping_; }
+    const Grouping& grouping() const { return groups_.grouping(); }
     void setGroupUnfolded(int group, bool unfolded);
     void setAllGroupsUnfolded(bool unfolded);
     /// What a group's row says: heading, value and number of rows.
@@ -99,10 +102,10 @@ public:
     void setRowHeight(forms::Twips height);
 
     /// How many rows the source has at this moment.
-    std::int64_t approxCount() const { return source_ ? source_->rowCount() : 0; }
+    std::int64_t approxCount() const { return cursor_.rowCount(); }
 
     /// The current cell: the source's current row and a column of the grid, -1 for none.
-    std::int64_t row() const { return sourceRow_; }
+    std::int64_t row() const { return cursor_.row(); }
     int col() const { return selection_.current().column; }
     void setCol(int column);
 
@@ -126,8 +129,8 @@ public:
     void setRecordSelectors(bool show);
 
     /// Whether a cell whose text is cut off shows all of it while the mouse rests on it.
-    bool cellTips() const { return cellTipsOn_; }
-    void setCellTips(bool on);
+    bool cellTips() const { return tip_.on(); }
+    void setCellTips(bool on) { tip_.setOn(on); }
 
     const Style& style(const std::wstring& name) const { return styles_.style(name); }
     void setStyle(const std::wstring& name, const Style& style);
@@ -168,18 +171,8 @@ protected:
 private:
     friend class Column;
 
-    // What the left mouse button holds: a heading or a chip, a heading or a chip on its way to
-    // another place, a border.
-    enum class Drag { none, heading, carried, border };
-
     // What happens to the selected rows when another cell becomes current.
     enum class Selecting { one, range, wholeRow };
-
-    // Where a carried heading would go.
-    struct Drop {
-        enum class To { nowhere, columns, groups } to = To::nowhere;
-        int index = 0;  // A place among the columns, or a level.
-    };
 
     // Columns (grid_columns.cpp).
     void makeColumns();
@@ -189,69 +182,50 @@ private:
     void headingChanged(const Column& column);
     void cellsChanged(const Column& column);
     forms::Twips contentWidth(const Column& column);
-    int headingWidth(const Column& column);
     bool resizeAllowed(int column);
     bool shown(const Column& column) const;
 
-    // Data and current cell (grid_data.cpp).
+    // Rows and the current cell (grid_rows.cpp).
+    RowIndex rowsKnown() const;
     void takeRowCount();
-    RowIndex currentOfSource() const;
-    void moveSource(RowIndex row);
     void moveCurrent(Cell cell, Selecting how = Selecting::one);
     void followSource(bool intoView, bool always);
     void select(const Selection& next);
+    void selectAll();
     void raiseRowColChange();
-    void invalidateRow(RowIndex row);
-    void invalidateRowsFrom(RowIndex row);
 
     // Groups (grid_groups.cpp).
     void regroup();
-    Grouping madeGrouping() const;
+    void groupRows();
     void takeView();
-    void regroupSoon();
-    void restoreFolding();
     void viewRowsChanged();
-    std::vector<std::wstring> groupPath(int group) const;
-    void markUnfolded(int group, bool unfolded);
-    void reveal(RowIndex row);
     void placeGroupChips();
-    int groupLevelOf(int column) const;
-    void reverseGroup(int level);
     int focusedGroup() const;
+    void focusNear(int group, RowIndex row);
     bool onGroupKey(int key);
+    void foldOrStep(int group, bool unfold);
     bool onGroupClick(RowIndex view, Point point, bool doubleClick);
-
-    // Screen readers (grid_accessible.cpp).
-    void reportFocus() const;
-    void reportGroup(int group) const;
-    void reportRows() const;
-
-    // Copying (grid_copy.cpp).
-    void copy();
-    bool appendSelectedText(std::wstring& text, const std::function<bool()>& goesOn) const;
-    void appendRowText(RowIndex view, std::wstring& text) const;
 
     // Scrolling (grid_scroll.cpp).
     void scroll(const std::function<void(Geometry&)>& change);
-    void moveRows(int down);
-    void moveColumns(int right);
-    int trackPosition(int bar) const;
+    void scrollCurrentIntoView();
     void moveView(RowIndex oldY, int oldX);
-    void updateScrollBars();
-    void updateScrollBarsSoon();
-    void setBar(int bar, int maximum, int page, int position) const;
-    void setVerticalBar();
-    void setHorizontalBar();
     void onVScroll(int code);
     void onHScroll(int code);
-    void onWheel(int delta, bool sideways);
+    void onWheel(int delta);
+    void onSidewaysWheel(int delta);
     void onTimer(UINT_PTR timer);
     int horizontalStep() const;
 
-    // Keyboard and mouse (grid_input.cpp).
+    // Keyboard (grid_keyboard.cpp).
+    LRESULT onGetDialogCode(const MSG* message) const;
     void onKeyDown(int key);
     void onChar(wchar_t character);
-    LRESULT onGetDialogCode(const MSG* message) const;
+    void copy();
+
+    // Mouse (grid_mouse.cpp).
+    Hit hitTest(Point point) const;
+    int headingAt(Point point) const;
     void onLeftDown(Point point);
     void onMouseMoved(Point point);
     void onLeftUp(Point point);
@@ -259,90 +233,66 @@ private:
     void onMouseLeave();
     void onMouseHover(Point point);
     bool onSetCursor(int hitCode) const;
-    Hit hitTest(Point point) const;
-    int headingAt(Point point) const;
-    void selectAll();
     void setHotColumn(int column);
     void watchMouse() const;
     void showTip(Cell cell);
-    bool textCutOff(Cell cell);
-    void hideTip();
 
-    // Dragging (grid_drag.cpp).
-    void beginDrag(Drag drag, int column, Point point);
+    // Dragging headings and their borders (grid_heading_drag.cpp).
+    void takeHeading(int column, Point point);
+    void takeBorder(int column, Point point);
     void dragBorder(Point point);
     void dragHeading(Point point);
     void endDrag(bool keepWidth);
-    Drop dropAt(Point point) const;
-    void drop(int column, const Drop& where);
-    void invalidateHeadingOrChip(int column);
+    void drop(int column, const HeadingDrop& where);
+    void headingReleased(int column, Point point);
     std::optional<CarriedHeading> carriedHeading() const;
-    void invalidateCarried(const std::optional<CarriedHeading>& carried);
+    void repaintHeading(int column) const;
+    void repaintCarried(const std::optional<CarriedHeading>& carried) const;
 
-    // Measures and painting (grid.cpp, grid_paint.cpp).
+    // The window (grid.cpp, grid_paint.cpp).
     void onDestroy();
     void onSize(int width, int height);
     void updateMeasures();
+    void onFocusChanged();
+    void onSystemChanged();
     Scene scene();
     void onPaint();
     void paintTo(HDC target, HDC visible, const Rect& dirty);
     void paintFrame() const;
-    void onFocusChanged();
-    void onSystemChanged();
-    void invalidate(const Rect& rect);
-    void invalidateAll();
 
-    // Data.
-    DataSource* source_ = nullptr;
+    // What is shown.
+    SourceCursor cursor_;
     std::vector<std::unique_ptr<Column>> columns_;
-    StyleSheet styles_;
+    GroupView groups_;
     Geometry geometry_;
-    Selection selection_;          // In view rows.
-    RowIndex sourceRow_ = kNoRow;  // The source's current row as the grid last saw it.
-    bool movingSource_ = false;    // The grid itself moves the source's current row.
+    Selection selection_;  // In view rows.
 
-    // Groups.
+    // How it looks.
+    StyleSheet styles_;
     std::wstring groupByCaption_;
-    std::vector<GroupColumn> groupColumns_;
-    Grouping grouping_;
-    bool unfoldedAtFirst_ = false;  // Unless they are among these, by the values on their path:
-    std::set<std::vector<std::wstring>> toggledGroups_;
-    bool regroupDue_ = false;  // Rows came that are in no group yet.
-
-    // What screen readers hold of this grid, who may outlive it.
-    std::shared_ptr<GridLink> link_;
-
-    // Look.
     std::optional<forms::Twips> rowHeight_;  // Without a value the font's.
     bool recordSelectors_ = true;
+
+    // What it is painted with.
     TextFonts fonts_;
     HeadingTheme theme_;
     BackBuffer buffer_;
     CellText cellText_;
-    CellTip tip_;
-    bool cellTipsOn_ = true;
-    Cell tipCell_;
+    Repaint repaint_{geometry_};
     std::int64_t paintedCells_ = 0;
     std::int64_t paintedRows_ = 0;
 
-    // Scrolling.
+    // What the user does with it.
+    ScrollBars bars_{geometry_};
     Wheel wheelY_;
     Wheel wheelX_;
-    bool updatingBars_ = false;
-    bool barsDue_ = false;  // The bars lag behind the row count until the timer.
-    bool thumbTracking_ = false;
-
-    // Mouse.
-    Drag drag_ = Drag::none;
-    int dragColumn_ = kNoColumn;
-    Point dragStart_;
-    forms::Twips dragWidth_;  // The column's width before the drag.
-    int dragFrom_ = 0;        // The same in pixels, as it was shown.
-    bool dragMoved_ = false;
-    bool dragInside_ = false;  // The mouse is over the heading that it holds down.
-    Point dragPoint_;          // Where a carried heading is.
-    Rect dragGrip_;            // Where it was taken from.
+    HeadingDrag drag_{geometry_, groups_};
+    forms::Twips widthBeforeDrag_;
     int hotColumn_ = kNoColumn;
+    CellTip tip_;
+
+    DelayedUpdate regrouping_{kRegroupTimer, 500};  // For rows that keep arriving.
+    AccessibleEvents events_{*this};
 };
 
 }  // namespace grid

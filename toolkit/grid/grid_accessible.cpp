@@ -407,31 +407,4 @@ bool GridAccessible::doAction(LONG child) {
     return group != kNoGroup;
 }
 
-// ---- What the grid tells by itself ----
-
-forms::AccessibleObject* Grid::makeAccessible() {
-    if (!link_) link_ = std::make_shared<GridLink>(GridLink{this});
-    return new GridAccessible(link_, {});
-}
-
-// A grid that no screen reader has asked for anything pays nothing.
-void Grid::reportFocus() const {
-    if (!link_ || !hasFocus()) return;
-    const LONG child = GridAccessible::childOf(*this, selection_.current());
-    ::NotifyWinEvent(EVENT_OBJECT_FOCUS, hwnd(), OBJID_CLIENT, child);
-    ::NotifyWinEvent(EVENT_OBJECT_SELECTION, hwnd(), OBJID_CLIENT, child);
-}
-
-void Grid::reportGroup(int group) const {
-    const RowIndex view = grouping_.viewOfGroup(group);
-    if (link_ && view != kNoRow && view < kMaxChildren - 2) {
-        ::NotifyWinEvent(EVENT_OBJECT_STATECHANGE, hwnd(), OBJID_CLIENT,
-                         static_cast<LONG>(view + 2));
-    }
-}
-
-void Grid::reportRows() const {
-    if (link_) ::NotifyWinEvent(EVENT_OBJECT_REORDER, hwnd(), OBJID_CLIENT, CHILDID_SELF);
-}
-
 }  // namespace grid

@@ -1,6 +1,6 @@
 // The grid's columns: their making, their places, their widths.
+#include "toolkit/grid/cell_measures.h"
 #include "toolkit/grid/grid.h"
-#include "toolkit/grid/model/content_width.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -23,33 +23,34 @@ int Grid::columnIndex(const std::wstring& dataField) const {
 
 void Grid::makeColumns() {
     columns_.clear();
-    int count = source_ ? source_->columnCount() : 0;
+    const DataSource* source = cursor_.source();
+    const int count = source ? source->columnCount() : 0;
     for (int index = 0; index < count; ++index) {
-        columns_.push_back(std::make_unique<Column>(*this, index, source_->fieldName(index)));
+        columns_.push_back(std::make_unique<Column>(*this, index, source->fieldName(index)));
     }
     geometry_.resetColumns(count, 0);
-    groupColumns_.clear();
+    groups_.clear();
     columnsMoved();
 }
 
 // A column that the rows are grouped by has its heading in the group area instead.
 bool Grid::shown(const Column& column) const {
-    return column.visible() && groupLevelOf(column.index()) == kNoLevel;
+    return column.visible() && groups_.levelOf(column.index()) == kNoLevel;
 }
 
 void Grid::moveColumn(int column, int place) {
     if (geometry_.columns().place(column) != place) {
         geometry_.moveColumn(column, place);
         columnsMoved();
-        invalidateAll();
+        repaint_.all();
     }
 }
 
 void Grid::columnsMoved() {
     placeGroupChips();
     placeColumns();
-    hideTip();
-    updateScrollBars();
+    tip_.hide();
+    bars_.update();
 }
 
 // Gives every column its place and paints what lies elsewhere than before.
@@ -59,7 +60,7 @@ void Grid::placeColumns() {
     setColumnWidths();
     const ColumnLayout& after = geometry_.columns();
     if (geometry_.scrollX() != scrolledBefore) {
-        invalidateAll();
+        repaint_.all();
         return;
     }
     int changed = geometry_.viewWidth();
@@ -69,8 +70,7 @@ void Grid::placeColumns() {
             changed = std::min(changed, geometry_.headingRect(column).left);
         }
     }
-    invalidate({std::max(changed, 0), geometry_.headingArea().top, geometry_.viewWidth(),
-                geometry_.viewHeight()});
+    repaint_.columnsFrom(changed);
 }
 
 // The column that fills the rest gets what the others leave.
@@ -91,60 +91,21 @@ void Grid::setColumnWidths() {
 }
 
 void Grid::headingChanged(const Column& column) {
-    if (groupLevelOf(column.index()) != kNoLevel) {
+    if (groups_.levelOf(column.index()) != kNoLevel) {
         placeGroupChips();
-        invalidateRowsFrom(geometry_.firstRow());
+        repaint_.rowsFrom(geometry_.firstRow());
         return;
     }
-    invalidate(intersection(geometry_.headingRect(column.index()), geometry_.headingArea()));
+    repaint_.heading(column.index());
 }
 
 void Grid::cellsChanged(const Column& column) {
-    Rect cells = geometry_.headingRect(column.index());
-    cells.top = geometry_.dataArea().top;
-    cells.bottom = geometry_.viewHeight();
-    invalidate(intersection(cells, geometry_.dataArea()));
-    hideTip();
+    repaint_.cells(column.index());
+    tip_.hide();
 }
 
 forms::Twips Grid::contentWidth(const Column& column) {
-    const Padding padding = Padding::forDpi(dpi());
-    ContentWidth content(fonts_.get(column.font()));
-    content.addPixels(headingWidth(column));
-    LineBreaks breaks = column.wrapText() ? LineBreaks::keep : LineBreaks::blank;
-    const auto add = [&](RowIndex row) {
-        cellText_.text.clear();
-        source_->cellText(row, column.index(), cellText_.text);
-        content.add(cellText_.text, breaks);
-    };
-    bool anyOnView = false;
-    for (RowIndex view = geometry_.firstRow(); view < geometry_.endRow(); ++view) {
-        const RowIndex row = grouping_.at(view).row;
-        if (row != kNoRow) {
-            add(row);
-            anyOnView = true;
-        }
-    }
-    if (!anyOnView) {
-        // Where all groups are folded, some rows that will be seen when one is opened.
-        for (RowIndex row = 0; row < std::min(geometry_.rowsOnAPage(), approxCount()); ++row) {
-            add(row);
-        }
-    }
-    int around = 2 * padding.side + padding.line;
-    int largest = std::max(geometry_.dataArea().width(), headingWidth(column) + around);
-    return forms::toTwips(forms::Pixels(content.bounded(around, 0, largest)), dpi());
-}
-
-// Caption and picture without the padding at both sides.
-int Grid::headingWidth(const Column& column) {
-    const Style& style = styles_.style(column.headingStyle());
-    const Padding padding = Padding::forDpi(dpi());
-    std::wstring shown;
-    showable(column.caption(), LineBreaks::blank, column.caption().size(), shown);
-    int width = fonts_.get(column.font(), style.bold).width(shown);
-    bool picture = style.picture != HeadingPicture::none;
-    return width + (picture ? padding.side + 2 * padding.picture - 1 : 0);
+    return forms::toTwips(forms::Pixels(grid::contentWidth(scene(), column)), dpi());
 }
 
 bool Grid::resizeAllowed(int column) {

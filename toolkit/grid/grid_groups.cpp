@@ -1,8 +1,7 @@
 // Rows in groups: made, folded and unfolded.
-#include "toolkit/grid/drawing.h"
+#include "toolkit/grid/cell_measures.h"
 #include "toolkit/grid/grid.h"
 #include "toolkit/grid/model/trimmed.h"
-#include "toolkit/grid/timers.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,12 +9,24 @@
 namespace grid {
 namespace {
 
-// How long rows that keep arriving wait for being grouped. Grouping a million takes some tens of
+// From so many rows on the user may notice the time that grouping takes: for a million some tens of
 // milliseconds.
-constexpr UINT kRegroupMilliseconds = 500;
-
-// From so many rows on the user may notice the time that grouping takes.
 constexpr RowIndex kNoticeableRows = 100'000;
+
+// Shows the hourglass to the end of the block.
+class WaitPointer {
+public:
+    explicit WaitPointer(bool show)
+        : before_(show ? ::SetCursor(::LoadCursorW(nullptr, IDC_WAIT)) : nullptr) {}
+    ~WaitPointer() {
+        if (before_) ::SetCursor(before_);
+    }
+    WaitPointer(const WaitPointer&) = delete;
+    WaitPointer& operator=(const WaitPointer&) = delete;
+
+private:
+    HCURSOR before_;
+};
 
 }  // namespace
 
@@ -28,62 +39,33 @@ void Grid::setGroupColumns(std::vector<GroupColumn> columns) {
     for (const GroupColumn& group : columns) {
         column(group.column);
     }
-    const auto [oldEnd, newEnd] =
-        std::mismatch(groupColumns_.begin(), groupColumns_.end(), columns.begin(), columns.end(),
-                      [](const auto& a, const auto& b) { return a.column == b.column; });
-    const auto kept = static_cast<std::size_t>(newEnd - columns.begin());
-    std::erase_if(toggledGroups_, [&](const auto& path) { return path.size() > kept; });
-    unfoldedAtFirst_ = unfoldedAtFirst_ && kept > 0;
-    groupColumns_ = std::move(columns);
+    groups_.setColumns(std::move(columns));
     columnsMoved();
     regroup();
-    Cell current = selection_.current();
+    const Cell current = selection_.current();
     if (current.column != kNoColumn && !geometry_.columns().visible(current.column)) {
         setCol(std::max(geometry_.columns().firstVisible(), 0));
     }
 }
 
-int Grid::groupLevelOf(int column) const {
-    auto found = std::find_if(groupColumns_.begin(), groupColumns_.end(),
-                              [&](const GroupColumn& group) { return group.column == column; });
-    return found == groupColumns_.end() ? kNoLevel
-                                        : static_cast<int>(found - groupColumns_.begin());
-}
-
-void Grid::reverseGroup(int level) {
-    std::vector<GroupColumn> columns = groupColumns_;
-    bool& descending = columns[static_cast<std::size_t>(level)].descending;
-    descending = !descending;
-    setGroupColumns(std::move(columns));
-}
-
 // The chips follow their captions, whose language may change.
 void Grid::placeGroupChips() {
-    const Padding padding = Padding::forDpi(dpi());
-    const int picture = padding.side + 2 * padding.picture - 1;
+    const Scene now = scene();
     std::vector<int> widths;
-    for (const GroupColumn& group : groupColumns_) {
-        const Column& of = column(group.column);
-        const Style& style = styles_.style(of.headingStyle());
-        const int own = style.picture == HeadingPicture::none ? picture : 0;
-        widths.push_back(headingWidth(of) + own + 2 * padding.side + padding.line);
+    for (const GroupColumn& group : groupColumns()) {
+        widths.push_back(chipWidth(now, column(group.column)));
     }
     geometry_.setGroupChips(std::move(widths));
-    invalidate(geometry_.groupArea().strip());
+    repaint_.part(geometry_.groupArea().strip());
 }
 
 // Groups all rows there are by now. A source that cannot say how leaves them ungrouped.
 void Grid::regroup() {
-    if (regroupDue_) {
-        regroupDue_ = false;
-        ::KillTimer(hwnd(), kRegroupTimer);
-    }
+    regrouping_.cancel(hwnd());
     try {
-        grouping_ = madeGrouping();
-        restoreFolding();
+        groupRows();
     } catch (...) {
-        grouping_ = {};
-        groupColumns_.clear();
+        groups_.clear();
         columnsMoved();
         takeView();
         throw;
@@ -91,145 +73,72 @@ void Grid::regroup() {
     takeView();
 }
 
-Grouping Grid::madeGrouping() const {
-    if (groupColumns_.empty()) return {};
-    const RowIndex count = approxCount();
-    const HCURSOR pointer =
-        count >= kNoticeableRows ? ::SetCursor(::LoadCursorW(nullptr, IDC_WAIT)) : nullptr;
-    std::vector<Grouping::Level> levels;
-    for (const GroupColumn& group : groupColumns_) {
-        levels.push_back({source_->valueRanks(group.column), group.descending});
-        levels.back().ranks.resize(static_cast<std::size_t>(count));
+void Grid::groupRows() {
+    if (groupColumns().empty()) {
+        groups_.clear();
+        return;
     }
-    Grouping made(count, levels);
-    if (pointer) ::SetCursor(pointer);
-    return made;
+    const WaitPointer wait(approxCount() >= kNoticeableRows);
+    groups_.group(*dataSource());
 }
 
 // The rows stand elsewhere in the view, the current one too.
 void Grid::takeView() {
     viewRowsChanged();
-    selection_.moveTo({grouping_.viewOf(currentOfSource()), selection_.current().column});
-    scroll([&](Geometry& geometry) { geometry.scrollRowIntoView(selection_.current().row); });
-}
-
-// While rows keep arriving they are grouped a few times a second at most.
-void Grid::regroupSoon() {
-    if (isCreated() && !regroupDue_) {
-        regroupDue_ = true;
-        ::SetTimer(hwnd(), kRegroupTimer, kRegroupMilliseconds, nullptr);
-    }
+    const RowIndex now = cursor_.look(rowsKnown());
+    selection_.moveTo({grouping().viewOf(now), selection_.current().column});
+    scrollCurrentIntoView();
 }
 
 // Rows stand elsewhere in the view, or there are more or fewer of them.
 void Grid::viewRowsChanged() {
-    hideTip();
-    geometry_.setRowCount(grouping_.active() ? grouping_.viewCount() : approxCount());
-    invalidateRowsFrom(geometry_.firstRow());
-    updateScrollBars();
-    reportRows();
-}
-
-// Groups made anew know their former selves by the values on their paths.
-void Grid::restoreFolding() {
-    if (unfoldedAtFirst_) grouping_.setAllUnfolded(true);
-    if (toggledGroups_.empty()) return;
-    std::vector<int> toggled;
-    for (int group = 0; group < grouping_.groupCount(); ++group) {
-        if (toggledGroups_.count(groupPath(group)) != 0) toggled.push_back(group);
-    }
-    grouping_.setUnfolded(toggled, !unfoldedAtFirst_);
-}
-
-std::vector<std::wstring> Grid::groupPath(int group) const {
-    std::vector<std::wstring> path(static_cast<std::size_t>(grouping_.group(group).level) + 1);
-    const RowIndex row = grouping_.firstRowOf(group);
-    for (std::size_t level = 0; level < path.size(); ++level) {
-        source_->cellText(row, groupColumns_[level].column, path[level]);
-    }
-    return path;
-}
-
-void Grid::markUnfolded(int group, bool unfolded) {
-    if (unfolded == unfoldedAtFirst_) {
-        toggledGroups_.erase(groupPath(group));
-    } else {
-        toggledGroups_.insert(groupPath(group));
-    }
+    tip_.hide();
+    geometry_.setRowCount(groups_.active() ? grouping().viewCount() : approxCount());
+    repaint_.rowsFrom(geometry_.firstRow());
+    bars_.update();
+    events_.rowsChanged();
 }
 
 void Grid::setGroupUnfolded(int group, bool unfolded) {
-    if (grouping_.group(group).unfolded == unfolded) return;
+    if (grouping().group(group).unfolded == unfolded) return;
     const int focused = focusedGroup();
-    markUnfolded(group, unfolded);
-    grouping_.setUnfolded({group}, unfolded);
-    // The focus stays with its group, or goes to the one that swallowed it.
-    RowIndex view = focused == kNoGroup ? kNoRow : grouping_.viewOfGroup(focused);
-    if (view == kNoRow) {
-        view = focused == kNoGroup ? grouping_.viewOf(sourceRow_) : grouping_.viewOfGroup(group);
-    }
-    selection_.moveTo({view, selection_.current().column});
+    groups_.setUnfolded(group, unfolded, *dataSource());
+    focusNear(focused, row());
     viewRowsChanged();
-    reportGroup(group);
+    events_.groupFolded(group);
 }
 
 void Grid::setAllGroupsUnfolded(bool unfolded) {
-    if (!grouping_.active()) return;
+    if (!groups_.active()) return;
     const int focused = focusedGroup();
-    unfoldedAtFirst_ = unfolded;
-    toggledGroups_.clear();
-    grouping_.setAllUnfolded(unfolded);
+    groups_.setAllUnfolded(unfolded);
     viewRowsChanged();
-    // The focus stays with its group, or goes to the one that swallowed it.
-    RowIndex view = kNoRow;
-    for (int group = focused; group != kNoGroup && view == kNoRow;
-         group = grouping_.group(group).parent) {
-        view = grouping_.viewOfGroup(group);
-    }
-    if (focused == kNoGroup) view = grouping_.viewOf(currentOfSource());
-    selection_.moveTo({view, selection_.current().column});
-    scroll([&](Geometry& geometry) { geometry.scrollRowIntoView(view); });
+    focusNear(focused, cursor_.look(rowsKnown()));
+    scrollCurrentIntoView();
 }
 
-// A row that the owner goes to is to be seen.
-void Grid::reveal(RowIndex row) {
-    bool folded = false;
-    for (int group = grouping_.groupOf(row); group != kNoGroup;
-         group = grouping_.group(group).parent) {
-        if (!grouping_.group(group).unfolded) {
-            markUnfolded(group, true);
-            folded = true;
-        }
-    }
-    if (folded) {
-        grouping_.reveal(row);
-        viewRowsChanged();
-    }
+// The focus stays with its group, or goes to the one that swallowed it; without a group it is the
+// row's.
+void Grid::focusNear(int group, RowIndex row) {
+    const RowIndex view = group == kNoGroup ? grouping().viewOf(row) : groups_.viewNear(group);
+    selection_.moveTo({view, selection_.current().column});
 }
 
 std::wstring Grid::groupText(int group) const {
-    const auto level = static_cast<std::size_t>(grouping_.group(group).level);
-    const GroupColumn& by = groupColumns_[level];
-    std::wstring value;
-    source_->cellText(grouping_.firstRowOf(group), by.column, value);
-    const Column& column = *columns_[static_cast<std::size_t>(by.column)];
-    return trimmed(column.caption()) + L": " + value + L"  (" +
-           std::to_wstring(grouping_.group(group).rowCount) + L")";
+    const auto level = static_cast<std::size_t>(grouping().group(group).level);
+    const Column& by = *columns_[static_cast<std::size_t>(groupColumns()[level].column)];
+    return groups_.text(group, trimmed(by.caption()), *dataSource());
 }
 
 // The group whose row has the focus.
-int Grid::focusedGroup() const {
-    const RowIndex view = selection_.current().row;
-    if (!grouping_.active() || view < 0 || view >= grouping_.viewCount()) return kNoGroup;
-    return grouping_.at(view).group;
-}
+int Grid::focusedGroup() const { return groups_.groupAt(selection_.current().row); }
 
 // The keys of trees. On a row of the source they mean the group around it, where the row itself
 // has no use for them.
 bool Grid::onGroupKey(int key) {
-    if (!grouping_.active()) return false;
+    if (!groups_.active()) return false;
     const int focused = focusedGroup();
-    const int around = focused != kNoGroup ? focused : grouping_.groupOf(sourceRow_);
+    const int around = focused != kNoGroup ? focused : grouping().groupOf(row());
     switch (key) {
         case VK_MULTIPLY:
             setAllGroupsUnfolded(true);
@@ -243,39 +152,39 @@ bool Grid::onGroupKey(int key) {
         case VK_OEM_MINUS:
             if (around != kNoGroup) {
                 setGroupUnfolded(around, key == VK_ADD || key == VK_OEM_PLUS);
-                scroll([&](Geometry& geometry) {
-                    geometry.scrollRowIntoView(selection_.current().row);
-                });
+                scrollCurrentIntoView();
             }
             return true;
         case VK_SPACE:
-            if (focused != kNoGroup) setGroupUnfolded(focused, !grouping_.group(focused).unfolded);
+            if (focused != kNoGroup) setGroupUnfolded(focused, !grouping().group(focused).unfolded);
             return focused != kNoGroup;
         case VK_RIGHT:
-        case VK_LEFT: {
-            if (focused == kNoGroup) return false;
-            const bool unfold = key == VK_RIGHT;
-            if (grouping_.group(focused).unfolded != unfold) {
-                setGroupUnfolded(focused, unfold);
-            } else {
-                const int parent = grouping_.group(focused).parent;
-                const RowIndex next = unfold               ? selection_.current().row + 1
-                                      : parent != kNoGroup ? grouping_.viewOfGroup(parent)
-                                                           : selection_.current().row;
-                moveCurrent({next, col()});
-            }
-            return true;
-        }
+        case VK_LEFT:
+            if (focused != kNoGroup) foldOrStep(focused, key == VK_RIGHT);
+            return focused != kNoGroup;
         default:
             return false;
     }
 }
 
+// Folds or unfolds the group that has the focus; where that is done already, goes on to the first
+// row within it or back to the group around it.
+void Grid::foldOrStep(int group, bool unfold) {
+    if (grouping().group(group).unfolded != unfold) {
+        setGroupUnfolded(group, unfold);
+        return;
+    }
+    const RowIndex here = selection_.current().row;
+    const int parent = grouping().group(group).parent;
+    const RowIndex back = parent == kNoGroup ? here : grouping().viewOfGroup(parent);
+    moveCurrent({unfold ? here + 1 : back, col()});
+}
+
 // Whether the row is a group's. Its glyph folds at a click, the whole row at a double click.
 bool Grid::onGroupClick(RowIndex view, Point point, bool doubleClick) {
-    const int group = grouping_.active() ? grouping_.at(view).group : kNoGroup;
+    const int group = groups_.groupAt(view);
     if (group == kNoGroup) return false;
-    const Grouping::Group& clicked = grouping_.group(group);
+    const Grouping::Group clicked = grouping().group(group);
     const bool onGlyph =
         Painter::groupGlyph(geometry_, Padding::forDpi(dpi()), view, clicked.level).contains(point);
     moveCurrent({view, col()},

@@ -26,23 +26,21 @@ private:
 }  // namespace
 
 Scene Grid::scene() {
-    const bool pressed = drag_ == Drag::heading && dragInside_;
     return {geometry_,
             columns_,
             styles_,
             selection_,
-            grouping_,
-            groupColumns_,
+            groups_,
             groupByCaption_,
             [this](int group) { return groupText(group); },
-            source_,
+            dataSource(),
             theme_,
             fonts_,
             cellText_,
             Padding::forDpi(dpi()),
             hasFocus(),
             hotColumn_,
-            pressed ? dragColumn_ : kNoColumn,
+            drag_.heldDown() ? drag_.column() : kNoColumn,
             carriedHeading()};
 }
 
@@ -75,14 +73,5 @@ void Grid::paintFrame() const {
     frame(dc, edge, ::GetSystemMetrics(SM_CXBORDER), color.resolve(highContrastOn()));
     ::ReleaseDC(hwnd(), dc);
 }
-
-void Grid::invalidate(const Rect& rect) {
-    if (isCreated() && !rect.empty()) {
-        RECT area = toRect(rect);
-        ::InvalidateRect(hwnd(), &area, FALSE);
-    }
-}
-
-void Grid::invalidateAll() { invalidate({0, 0, geometry_.viewWidth(), geometry_.viewHeight()}); }
 
 }  // namespace grid

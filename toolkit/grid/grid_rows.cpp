@@ -1,5 +1,6 @@
-// The grid and its data source: how many rows there are, and which is the current one.
+// The grid's rows: how many there are, which is the current one, which are selected.
 #include "toolkit/grid/grid.h"
+#include "toolkit/grid/model/selected_text.h"
 
 #include <algorithm>
 #include <utility>
@@ -8,21 +9,19 @@ namespace grid {
 
 void Grid::setDataSource(DataSource* source) {
     endDrag(true);
-    hideTip();
-    source_ = source;
+    tip_.hide();
+    cursor_.bind(source);
     hotColumn_ = kNoColumn;
-    grouping_ = {};
-    toggledGroups_.clear();
+    groups_.clear();
     geometry_.setRowCount(0);
     makeColumns();
     geometry_.scrollToX(0);
     selection_.moveTo({});
-    sourceRow_ = kNoRow;
     wheelX_.reset();
     wheelY_.reset();
-    invalidateAll();
+    repaint_.all();
     geometry_.setRowCount(approxCount());
-    updateScrollBars();
+    bars_.update();
     followSource(true, true);
 }
 
@@ -32,22 +31,23 @@ void Grid::rowCountChanged() {
 }
 
 void Grid::currentRowChanged() {
-    if (!movingSource_) {
-        takeRowCount();
-        if (currentOfSource() != sourceRow_) reveal(currentOfSource());
-        followSource(true, false);
-    }
+    if (cursor_.moving()) return;
+    takeRowCount();
+    // A row that the owner goes to is to be seen.
+    const RowIndex now = cursor_.look(rowsKnown());
+    if (now != row() && groups_.active() && groups_.reveal(now, *dataSource())) viewRowsChanged();
+    followSource(true, false);
 }
 
 void Grid::dataChanged() {
-    const bool otherRow = source_ && source_->currentRow() != row();
-    if (grouping_.active()) {
+    const bool otherRow = dataSource() && dataSource()->currentRow() != row();
+    if (groups_.active()) {
         regroup();
     } else {
         takeRowCount();
     }
-    hideTip();
-    invalidateRowsFrom(geometry_.firstRow());
+    tip_.hide();
+    repaint_.rowsFrom(geometry_.firstRow());
     // The rows of a range stand elsewhere now.
     Selection one = selection_;
     one.moveTo(selection_.current());
@@ -56,8 +56,8 @@ void Grid::dataChanged() {
 }
 
 void Grid::takeRowCount() {
-    if (grouping_.active()) {
-        if (approxCount() != grouping_.rowCount()) regroupSoon();
+    if (groups_.active()) {
+        if (approxCount() != grouping().rowCount()) regrouping_.request(hwnd());
         return;
     }
     RowIndex before = geometry_.rowCount();
@@ -65,8 +65,8 @@ void Grid::takeRowCount() {
     geometry_.setRowCount(approxCount());
     if (geometry_.rowCount() == before) return;
     bool moved = geometry_.scrollY() != oldY;
-    invalidateRowsFrom(moved ? geometry_.firstRow() : std::min(before, geometry_.rowCount()));
-    updateScrollBarsSoon();
+    repaint_.rowsFrom(moved ? geometry_.firstRow() : std::min(before, geometry_.rowCount()));
+    bars_.updateSoon();
 }
 
 void Grid::setCol(int column) {
@@ -79,35 +79,20 @@ void Grid::setCurrentCell(std::int64_t viewRow, int column) {
     }
 }
 
-RowIndex Grid::currentOfSource() const {
-    const RowIndex row = source_ ? source_->currentRow() : kNoRow;
-    const RowIndex known = grouping_.active() ? grouping_.rowCount() : geometry_.rowCount();
-    return row >= 0 && row < known ? row : kNoRow;
-}
-
-void Grid::moveSource(RowIndex row) {
-    if (!source_ || row == kNoRow || row == source_->currentRow()) return;
-    movingSource_ = true;
-    try {
-        source_->setCurrentRow(row);
-    } catch (...) {
-        movingSource_ = false;
-        throw;
-    }
-    movingSource_ = false;
+// Rows that came and are in no group yet are not known.
+RowIndex Grid::rowsKnown() const {
+    return groups_.active() ? grouping().rowCount() : geometry_.rowCount();
 }
 
 // Where the user wants to go; the source has the last word about the row. On the row of a group
 // the source's current row stays what it is.
 void Grid::moveCurrent(Cell cell, Selecting how) {
     const bool onView = cell.row >= 0 && cell.row < geometry_.rowCount();
-    const Grouping::Place place = onView ? grouping_.at(cell.row) : Grouping::Place{};
-    moveSource(place.row);
-    const RowIndex now = currentOfSource();
-    const Cell target{place.group != kNoGroup ? cell.row : grouping_.viewOf(now), cell.column};
-    const bool otherRow = now != sourceRow_;
+    const Grouping::Place place = onView ? grouping().at(cell.row) : Grouping::Place{};
+    cursor_.moveTo(place.row);
+    const bool otherRow = cursor_.take(rowsKnown());
+    const Cell target{place.group != kNoGroup ? cell.row : grouping().viewOf(row()), cell.column};
     const bool otherColumn = target.column != selection_.current().column;
-    sourceRow_ = now;
     Selection next = selection_;
     switch (how) {
         case Selecting::one:
@@ -131,13 +116,11 @@ void Grid::moveCurrent(Cell cell, Selecting how) {
 // Makes the source's current row the grid's. Raises the event when that is another one, or
 // `always`.
 void Grid::followSource(bool intoView, bool always) {
-    const RowIndex now = currentOfSource();
-    const bool moved = now != sourceRow_;
-    sourceRow_ = now;
+    const bool moved = cursor_.take(rowsKnown());
     const Cell old = selection_.current();
     const bool staysOnGroup = !moved && focusedGroup() != kNoGroup;
     const int column = old.column == kNoColumn ? geometry_.columns().firstVisible() : old.column;
-    const Cell target{staysOnGroup ? old.row : grouping_.viewOf(now), column};
+    const Cell target{staysOnGroup ? old.row : grouping().viewOf(row()), column};
     if (target != old) {
         Selection next = selection_;
         next.moveTo(target);
@@ -152,13 +135,13 @@ void Grid::select(const Selection& next) {
     const Selection before = std::exchange(selection_, next);
     if (before == next) return;
     if (before.current() != next.current()) {
-        hideTip();
-        reportFocus();
+        tip_.hide();
+        events_.focusMoved();
     }
     for (RowIndex view = geometry_.firstRow(); view < geometry_.endRow(); ++view) {
         const bool current = view == before.current().row || view == next.current().row;
         const bool moved = current && before.current() != next.current();
-        if (moved || before.contains(view) != next.contains(view)) invalidateRow(view);
+        if (moved || before.contains(view) != next.contains(view)) repaint_.row(view);
     }
 }
 
@@ -166,19 +149,21 @@ void Grid::raiseRowColChange() {
     if (const auto procedure = onRowColChange) procedure();
 }
 
-void Grid::invalidateRow(RowIndex row) {
-    if (row >= geometry_.firstRow() && row < geometry_.endRow()) {
-        Rect rect = geometry_.rowRect(row);
-        rect.top = std::max(rect.top, geometry_.dataArea().top);
-        invalidate(rect);
+void Grid::selectAll() {
+    if (geometry_.rowCount() > 0) {
+        Selection all = selection_;
+        all.selectRows(0, geometry_.rowCount() - 1);
+        select(all);
     }
 }
 
-void Grid::invalidateRowsFrom(RowIndex row) {
-    row = std::max(row, geometry_.firstRow());
-    if (row > geometry_.firstRow() + geometry_.rowsOnAPage() + 1) return;
-    int top = std::max(geometry_.rowRect(row).top, geometry_.dataArea().top);
-    invalidate({0, top, geometry_.viewWidth(), geometry_.viewHeight()});
+std::wstring Grid::selectedText() const {
+    std::wstring text;
+    const auto groupLine = [this](int group) { return groupText(group); };
+    SelectedText(cursor_, groups_, geometry_, selection_, groupLine).append(text, [] {
+        return true;
+    });
+    return text;
 }
 
 }  // namespace grid

@@ -77,7 +77,7 @@ void Painter::paintRows() {
 
 void Painter::paintRow(RowIndex view) {
     const Geometry& geometry = scene_.geometry;
-    const Grouping::Place place = scene_.grouping.at(view);
+    const Grouping::Place place = scene_.groups.grouping().at(view);
     if (place.group != kNoGroup) {
         paintGroupRow(view, place.group);
         return;
@@ -104,7 +104,7 @@ Rect Painter::groupGlyph(const Geometry& geometry, const Padding& padding, RowIn
 }
 
 void Painter::paintGroupRow(RowIndex view, int group) {
-    const Grouping::Group& shown = scene_.grouping.group(group);
+    const Grouping::Group& shown = scene_.groups.grouping().group(group);
     const bool selected = scene_.selection.contains(view);
     const Style& style = selected ? rowStyle(view) : scene_.styles.style(L"Caption");
     const Colors color = colors(style);
@@ -123,7 +123,7 @@ void Painter::paintGroupRow(RowIndex view, int group) {
                  size, color.text);
 
     const Column& column = *scene_.columns[static_cast<std::size_t>(
-        scene_.groupColumns[static_cast<std::size_t>(shown.level)].column)];
+        scene_.groups.columns()[static_cast<std::size_t>(shown.level)].column)];
     TextFont& font = scene_.fonts.get(column.font(), style.bold);
     const Rect inner{glyph.right + scene_.padding.side,
                      body.top + std::max(body.height() - font.lineHeight(), 0) / 2,
@@ -276,7 +276,7 @@ void Painter::paintGroupArea() {
     fill(canvas_, {strip.left, strip.bottom - scene_.padding.line, strip.right, strip.bottom},
          lineColor_);
     for (int level = 0; level < area.levelCount(); ++level) {
-        const GroupColumn& group = scene_.groupColumns[static_cast<std::size_t>(level)];
+        const GroupColumn& group = scene_.groups.columns()[static_cast<std::size_t>(level)];
         const Column& column = *scene_.columns[static_cast<std::size_t>(group.column)];
         const Rect chip = area.chip(level);
         paintHeading(column, chip, headingState(column),

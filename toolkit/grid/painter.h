@@ -13,7 +13,8 @@
 #include "toolkit/grid/column.h"
 #include "toolkit/grid/heading_theme.h"
 #include "toolkit/grid/model/geometry.h"
-#include "toolkit/grid/model/grouping.h"
+#include "toolkit/grid/model/group_view.h"
+#include "toolkit/grid/model/heading_drag.h"
 #include "toolkit/grid/model/selection.h"
 #include "toolkit/grid/style.h"
 #include "toolkit/grid/text_font.h"
@@ -39,29 +40,13 @@ struct Padding {
     static Padding forDpi(forms::Dpi dpi);
 };
 
-/// A column that the rows are grouped by.
-struct GroupColumn {
-    int column = kNoColumn;
-    bool descending = false;
-
-    friend bool operator==(const GroupColumn&, const GroupColumn&) = default;
-};
-
-/// A heading that the mouse carries to another place.
-struct CarriedHeading {
-    int column = kNoColumn;
-    Rect rect;
-    Rect mark;  ///< Shows where it would go; empty for nowhere.
-};
-
 /// Everything a paint shows. References are to the grid's own parts.
 struct Scene {
     const Geometry& geometry;
     const std::vector<std::unique_ptr<Column>>& columns;
     const StyleSheet& styles;
     const Selection& selection;
-    const Grouping& grouping;
-    const std::vector<GroupColumn>& groupColumns;
+    const GroupView& groups;
     const std::wstring& groupByCaption;
     std::function<std::wstring(int group)> groupText;
     const DataSource* source;  ///< Null without one.

@@ -17,7 +17,7 @@
 
 namespace grid {
 
-/// A colour as one means it; resolve() makes it one that can be drawn with.
+/// A colour as designed; resolve() returns the one to draw with.
 class Color {
 public:
     static Color rgb(int red, int green, int blue);

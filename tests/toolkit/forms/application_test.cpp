@@ -3,6 +3,7 @@
 #include "tests/toolkit/forms/forms_fixture.h"
 
 #include <atomic>
+#include <functional>
 #include <stdexcept>
 #include <thread>
 
@@ -149,14 +150,29 @@ TEST_F(ApplicationTest, DoEventsPaints) {
     EXPECT_FALSE(::GetUpdateRect(form.hwnd(), nullptr, FALSE));
 }
 
-/// How often, 10 ms apart, work on another thread looks for what the window does: half a minute.
-constexpr int kLooks = 3000;
+/// For work on another thread: looks until the condition holds. False after half a minute.
+bool comesTrue(const std::function<bool()>& condition,
+               const std::function<void()>& meanwhile = {}) {
+    for (int look = 0; look < 3000 && !condition(); ++look) {
+        if (meanwhile) meanwhile();
+        ::Sleep(10);
+    }
+    return condition();
+}
 
 /// Counts how often it is painted, and the keys that it gets.
 class WatchedForm : public PlainForm {
 public:
     std::atomic<int> paints{0};
     std::atomic<int> keys{0};
+
+    /// For work on another thread: waits until the form was painted that often once more. Before each
+    /// paint the keyboard was looked at.
+    bool isPaintedAgain(int times) {
+        const int before = paints;
+        return comesTrue([&] { return paints >= before + times; },
+                         [&] { ::InvalidateRect(hwnd(), nullptr, TRUE); });
+    }
 
 protected:
     LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam) override {
@@ -178,13 +194,8 @@ TEST_F(ApplicationTest, WindowsArePaintedWhileWorkRuns) {
     forms::post([&] { posted = true; });
     forms::runWhilePainting([&] {
         elsewhere = std::this_thread::get_id() != here;
-        const int before = form.paints;
         ::PostMessageW(form.hwnd(), WM_KEYDOWN, VK_SPACE, 0);
-        for (int i = 0; i < kLooks && form.paints < before + 3; ++i) {
-            ::InvalidateRect(form.hwnd(), nullptr, TRUE);
-            ::Sleep(10);
-        }
-        painted = form.paints >= before + 3;
+        painted = form.isPaintedAgain(3);
         keysMeanwhile = form.keys;
     });
     EXPECT_TRUE(elsewhere);
@@ -195,18 +206,19 @@ TEST_F(ApplicationTest, WindowsArePaintedWhileWorkRuns) {
     EXPECT_TRUE(waitUntil([&] { return posted && form.keys == 1; }));
 }
 
-/// Through the system's queue of input, as from a keyboard. A finger holds a key for some 50 ms; a
-/// keyboard that is played by a program lets go at once.
-void typeKey(int key, DWORD heldMilliseconds = 50) {
-    INPUT inputs[2]{};
-    for (INPUT& input : inputs) {
-        input.type = INPUT_KEYBOARD;
-        input.ki.wVk = static_cast<WORD>(key);
-    }
-    inputs[1].ki.dwFlags = KEYEVENTF_KEYUP;
-    ::SendInput(1, &inputs[0], sizeof(INPUT));
-    ::Sleep(heldMilliseconds);
-    ::SendInput(1, &inputs[1], sizeof(INPUT));
+/// Through the system's queue of input, as from a keyboard.
+void sendKey(int key, DWORD flags = 0) {
+    INPUT input{};
+    input.type = INPUT_KEYBOARD;
+    input.ki.wVk = static_cast<WORD>(key);
+    input.ki.dwFlags = flags;
+    ::SendInput(1, &input, sizeof input);
+}
+
+/// As a keyboard that is played by a program: the key is let go at once.
+void typeKey(int key) {
+    sendKey(key);
+    sendKey(key, KEYEVENTF_KEYUP);
 }
 
 TEST_F(ApplicationTest, EscapeStopsWorkThatCanBeStopped) {
@@ -218,9 +230,11 @@ TEST_F(ApplicationTest, EscapeStopsWorkThatCanBeStopped) {
         const forms::OnEscape stop{[&] { ++stops; }};
         forms::runWhilePainting([&] {
             typeKey('A');
-            typeKey(VK_ESCAPE);
-            for (int i = 0; i < kLooks && stops == 0; ++i) ::Sleep(10);
-            ::Sleep(150);
+            // A finger is still on the key when the work has long noticed it.
+            sendKey(VK_ESCAPE);
+            comesTrue([&] { return stops > 0; });
+            form.isPaintedAgain(3);
+            sendKey(VK_ESCAPE, KEYEVENTF_KEYUP);
         });
     }
     EXPECT_EQ(stops, 1);
@@ -239,8 +253,8 @@ TEST_F(ApplicationTest, EscapeStopsWorkHoweverShortlyItIsPressed) {
     for (int round = 1; round <= 20; ++round) {
         forms::runWhilePainting([&] {
             ::Sleep(static_cast<DWORD>(round * 7));
-            typeKey(VK_ESCAPE, 0);
-            for (int i = 0; i < kLooks && stops < round; ++i) ::Sleep(10);
+            typeKey(VK_ESCAPE);
+            comesTrue([&] { return stops >= round; });
         });
         ASSERT_EQ(stops, round);
     }
@@ -251,11 +265,13 @@ TEST_F(ApplicationTest, EscapeBeforeTheWorkDoesNotStopIt) {
     form.show();
     ASSERT_TRUE(waitUntil([&] { return ::GetForegroundWindow() == form.hwnd(); }));
     std::atomic<int> stops{0};
-    typeKey(VK_ESCAPE, 0);
+    bool painted = false;
+    typeKey(VK_ESCAPE);
     {
         const forms::OnEscape stop{[&] { ++stops; }};
-        forms::runWhilePainting([] { ::Sleep(250); });
+        forms::runWhilePainting([&] { painted = form.isPaintedAgain(3); });
     }
+    EXPECT_TRUE(painted);
     EXPECT_EQ(stops, 0);
     EXPECT_TRUE(waitUntil([&] { return form.keys == 1; })) << "the key waits as others do";
 }
@@ -265,14 +281,16 @@ TEST_F(ApplicationTest, WithoutAHandlerEscapeWaitsAsOtherKeysDo) {
     form.show();
     ASSERT_TRUE(waitUntil([&] { return ::GetForegroundWindow() == form.hwnd(); }));
     int stops = 0;
+    bool painted = false;
     {
         const forms::OnEscape stop{[&] { ++stops; }};
     }
-    forms::runWhilePainting([] {
+    forms::runWhilePainting([&] {
         typeKey('A');
         typeKey(VK_ESCAPE);
-        ::Sleep(150);
+        painted = form.isPaintedAgain(3);
     });
+    EXPECT_TRUE(painted);
     EXPECT_EQ(stops, 0);
     ASSERT_TRUE(waitUntil([&] { return form.keys == 2; }));
 }

@@ -101,6 +101,29 @@ TEST_F(KeyboardTest, EnterPressesTheButtonThatHasTheFocus) {
     EXPECT_EQ(clicked, L"cancel ");
 }
 
+TEST_F(KeyboardTest, AButtonThatIsHiddenOrDisabledIsNotPressed) {
+    inside.setFocus();
+    ok.setVisible(false);
+    pressKey(VK_RETURN);
+    EXPECT_EQ(clicked, L"");
+    ok.setVisible(true);
+    ok.setEnabled(false);
+    pressKey(VK_RETURN);
+    EXPECT_EQ(clicked, L"");
+    ok.setEnabled(true);
+    cancel.setVisible(false);
+    pressKey(VK_ESCAPE);
+    EXPECT_EQ(clicked, L"");
+    cancel.setVisible(true);
+    cancel.setEnabled(false);
+    pressKey(VK_ESCAPE);
+    EXPECT_EQ(clicked, L"");
+    cancel.setEnabled(true);
+    pressKey(VK_ESCAPE);
+    pressKey(VK_RETURN);
+    EXPECT_EQ(clicked, L"cancel ok ");
+}
+
 TEST_F(KeyboardTest, EnterInABoxOfSeveralLinesIsALine) {
     notes.setFocus();
     MSG message{notes.hwnd(), WM_KEYDOWN, VK_RETURN, 0x1C0001, 0, {}};

@@ -322,14 +322,36 @@ TEST_F(GridGroups, AnotherSourceStartsUngrouped) {
 
 TEST_F(GridGroups, OnlyWhatFoldsIsPaintedAnew) {
     groupByComponent();
-    window.grid.setGroupUnfolded(0, true);
+    const std::int64_t columns = window.grid.columnCount() - 1;
+    const std::int64_t cells =
+        window.cellsPaintedBy([&] { window.grid.setGroupUnfolded(0, true); });
+    EXPECT_EQ(cells, columns * (window.grid.geometry().endRow() - 1))
+        << "one row is the group's own";
     {
         HeldKey ctrl(VK_CONTROL);
         window.key(VK_HOME);
     }
-    window.key(VK_DOWN);
-    const std::int64_t cells = window.cellsPaintedBy([&] { window.key(VK_DOWN); });
-    EXPECT_LE(cells, 2 * window.grid.columnCount());
+    EXPECT_EQ(window.cellsPaintedBy([&] { window.key(VK_DOWN); }), columns);
+    EXPECT_EQ(window.cellsPaintedBy([&] { window.key(VK_DOWN); }), 2 * columns);
+    EXPECT_TRUE(window.looksAsPaintedAnew());
+    EXPECT_EQ(window.cellsPaintedBy([&] { window.grid.setGroupUnfolded(0, false); }), 0)
+        << "only groups are left";
+    EXPECT_TRUE(window.looksAsPaintedAnew());
+}
+
+TEST_F(GridGroups, UnfoldedGroupsStaySoAfterASort) {
+    groupByComponent();
+    window.key(VK_MULTIPLY);
+    ASSERT_EQ(window.grid.geometry().rowCount(), 1004);
+    window.grid.setGroupUnfolded(3, false);
+    window.grid.dataChanged();
+    EXPECT_EQ(window.grid.geometry().rowCount(), 754);
+    EXPECT_TRUE(window.grid.grouping().group(0).unfolded);
+    EXPECT_FALSE(window.grid.grouping().group(3).unfolded);
+    window.source.setRowCount(1400);
+    window.grid.rowCountChanged();
+    EXPECT_TRUE(window.waitFor([&] { return window.grid.grouping().rowCount() == 1400; }));
+    EXPECT_EQ(window.grid.geometry().rowCount(), 1400 + 4 - 350);
 }
 
 // The heading under the mouse leaves no trace on its way.

@@ -354,8 +354,7 @@ TEST(GridThumb, TheBarDoesNotMoveUnderAHeldThumb) {
     SendMessageW(window.grid.hwnd(), WM_VSCROLL, SB_THUMBTRACK, 0);
     window.source.setRowCount(2000);
     window.grid.rowCountChanged();
-    DWORD start = GetTickCount();
-    window.waitFor([&] { return GetTickCount() - start > 150; });
+    ASSERT_TRUE(window.waitForTimer(kBarTimer, 2));
     EXPECT_EQ(window.bar(SB_VERT).nMax, 999);
     SendMessageW(window.grid.hwnd(), WM_VSCROLL, SB_ENDSCROLL, 0);
     EXPECT_EQ(window.bar(SB_VERT).nMax, 1999);

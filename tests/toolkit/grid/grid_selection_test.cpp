@@ -84,7 +84,19 @@ TEST_F(GridSelection, OnlyTheRowsThatChangeArePainted) {
     HeldKey shift(VK_SHIFT);
     window.key(VK_DOWN);
     const std::int64_t cells = window.cellsPaintedBy([&] { window.key(VK_DOWN); });
-    EXPECT_LE(cells, 2 * window.grid.columnCount());
+    EXPECT_EQ(cells, 2 * window.grid.columnCount())
+        << "the row that was the current one, and the new";
+    EXPECT_EQ(window.cellsPaintedBy([&] { window.key(VK_UP); }), 2 * window.grid.columnCount());
+    // Without a change of the current cell only the rows that come and go are painted.
+    window.key(VK_DOWN);
+    window.key(VK_DOWN);
+    window.key(VK_DOWN);
+    EXPECT_EQ(selection().firstRow(), 1);
+    EXPECT_EQ(selection().lastRow(), 5);
+    const std::int64_t onView = window.grid.geometry().endRow();
+    EXPECT_EQ(window.cellsPaintedBy([&] { selectAll(); }),
+              (onView - 5) * window.grid.columnCount());
+    EXPECT_TRUE(window.looksAsPaintedAnew());
 }
 
 TEST_F(GridSelection, CtrlAAndAllRowsAreSelectedWhereverTheCurrentOneIs) {

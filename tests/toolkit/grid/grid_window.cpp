@@ -53,23 +53,32 @@ void GridWindow::setUpColumns() {
     trace.setFillsRest(true);
 }
 
-void GridWindow::pump() {
+void GridWindow::pump(const Seen& seen) {
     MSG message;
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
         TranslateMessage(&message);
+        if (seen) seen(message);
         DispatchMessageW(&message);
     }
 }
 
-bool GridWindow::waitFor(const std::function<bool()>& condition) {
+bool GridWindow::waitFor(const std::function<bool()>& condition, const Seen& seen) {
     const DWORD start = GetTickCount();
-    pump();
+    pump(seen);
     while (!condition()) {
         if (GetTickCount() - start > 60000) return false;
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
-        pump();
+        pump(seen);
     }
     return true;
+}
+
+bool GridWindow::waitForTimer(UINT_PTR timer, int times) {
+    const auto count = [&](const MSG& message) {
+        const bool wanted = message.hwnd == grid.hwnd() && message.message == WM_TIMER;
+        times -= wanted && message.wParam == timer ? 1 : 0;
+    };
+    return waitFor([&] { return times <= 0; }, count);
 }
 
 LRESULT GridWindow::send(UINT message, WPARAM wParam, LPARAM lParam) const {

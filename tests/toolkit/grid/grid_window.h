@@ -35,10 +35,14 @@ public:
     explicit GridWindow(std::int64_t rows, forms::Dpi dpi = forms::Dpi(96));
     ~GridWindow();
 
-    // Handles what is in the message queue, paints included.
-    static void pump();
-    // Pumps until the condition holds; false after five seconds.
-    static bool waitFor(const std::function<bool()>& condition);
+    using Seen = std::function<void(const MSG&)>;
+
+    // Handles what is in the message queue, paints included, and shows each message to `seen`.
+    static void pump(const Seen& seen = {});
+    // Pumps until the condition holds; false after a minute.
+    static bool waitFor(const std::function<bool()>& condition, const Seen& seen = {});
+    // Pumps until the grid's timer has run out that often.
+    bool waitForTimer(UINT_PTR timer, int times);
 
     void key(int virtualKey);
     // Client coordinates, pixels.

@@ -55,6 +55,7 @@ public:
     void put(std::int64_t row, int column, const std::wstring& text) {
         specials_.push_back({{row, column}, text});
     }
+    void forget() { specials_.clear(); }
     bool refuses = false;
     std::function<void()> onAsked;  // for every text
 

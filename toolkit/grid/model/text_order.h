@@ -1,6 +1,6 @@
 // The order of texts in the user's language.
 //
-//   std::map<std::wstring, int, TextOrder> rowsByText;
+//   bool before = TextOrder{}(text, L"Queue");
 //
 // Any thread; no state.
 #pragma once

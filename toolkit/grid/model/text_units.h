@@ -1,4 +1,4 @@
-// What a reader takes for one character, which no line break and no cut may divide.
+// Units of text: what a reader perceives as one character. Line breaks and cuts never divide one.
 //
 //   position = unitEnd(text, position);
 //

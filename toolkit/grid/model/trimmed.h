@@ -1,5 +1,4 @@
-// Captions may carry blanks that keep them off their neighbours; where they are read out or stand in
-// a sentence these are not wanted.
+// Removes the blanks that pad captions. They are not wanted in sentences and by screen readers.
 //
 //   text = trimmed(caption) + L": " + value;
 //
