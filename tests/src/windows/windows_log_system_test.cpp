@@ -52,6 +52,16 @@ TEST_F(WindowsLogTest, MakesFolderAndFileAndOthersMayReadThem) {
         << text;
 }
 
+// As when two runs begin within one second.
+TEST_F(WindowsLogTest, AFileThatIsThereGrows) {
+    const std::filesystem::path path = folder_.path() / "there.LOG";
+    std::ofstream{path} << "before";
+    const auto volume = system().volume;
+    volume->append(fromWide(path.wstring()))->write(" and");
+    volume->append(fromWide(path.wstring()))->write(" after");
+    EXPECT_EQ(contentOf(path), "before and after");
+}
+
 TEST_F(WindowsLogTest, LinesOfARunningProcedureAreOnDiskAtItsEnd) {
     classLog log{system()};
     log.enterProc(u"[a]b");
