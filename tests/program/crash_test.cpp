@@ -28,6 +28,20 @@ TEST_P(CrashTest, LeavesTheLogALastLineAndAMinidump) {
     EXPECT_EQ(folder.logFiles(".LOG.dmp").size(), 1u);
 }
 
+// A second thread that crashes while the first crash is being told ends the program; its own crash is
+// not told over the first one.
+TEST(CrashMeanwhileTest, AddsNothingToTheLog) {
+    const ViewerFolder folder{"crash_child.exe"};
+    const RunningViewer child{folder, L"meanwhile"};
+    ASSERT_TRUE(child.waitForEnd());
+    EXPECT_NE(child.exitCode(), 0u);
+    const std::string log = folder.log();
+    EXPECT_TRUE(
+        log.ends_with("The program crashed: Err.Number = 0 Err.Description = the first\r\n"))
+        << log;
+    EXPECT_THAT(log, testing::Not(HasSubstr("the second")));
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Ways, CrashTest,
     testing::Values(Way{"access", L"access", "The program crashed: exception 0xC0000005 at "},
