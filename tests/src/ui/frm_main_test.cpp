@@ -237,6 +237,33 @@ TEST_F(MainWindowTest, LinesOfATraceEndAsTheTextBoxWants) {
     EXPECT_EQ(form.txtTrace.text(), L"one\r\ntwo\r\nthree");
 }
 
+TEST_F(MainWindowTest, AZeroCharacterDoesNotEndTheText) {
+    fixture::FixtureBuilder builder;
+    auto& table = builder.addTable(
+        {.name = u"tblTraces", .columns = fixture::traceColumns(fixture::TraceFormat::Oldest)});
+    fixture::Row row(7);
+    row[0] = jet::Date{38000.5};
+    row[6] = u"before" + std::u16string(1, u'\0') + u"after";
+    table.insert(row);
+    open(folder.write("zero.mdb", builder.bytes()));
+    ASSERT_TRUE(waitUntil([this] { return panel(1).empty() && rows().recordCount() == 1; }));
+    form.tdbgridData.onRowColChange();
+    EXPECT_EQ(form.txtTrace.text(), L"before after");
+}
+
+TEST_F(MainWindowTest, AFilterThatIsNotValidLeavesNoRecordOnShow) {
+    open(makeFile("a.mdb", 300));
+    ASSERT_TRUE(waitLoaded());
+    ASSERT_NE(form.txtTrace.text(), L"");
+    ASSERT_EQ(panel(3), L"  Line 1 of 300  ");
+    modDatabase::uniqueTraces()[0].qrxIndex = std::u16string{u"it's"};
+    modDatabase::uniqueTraces()[1].selected = false;
+    form.cmdApplyFilter.onClick();
+    ASSERT_EQ(rows().state(), ado::adStateClosed);
+    EXPECT_EQ(form.txtTrace.text(), L"");
+    EXPECT_EQ(panel(3), L"");
+}
+
 TEST_F(MainWindowTest, OpeningFromTheMenuReplacesTheDatabase) {
     open(makeFile("a.mdb", 300));
     ASSERT_TRUE(waitLoaded());
