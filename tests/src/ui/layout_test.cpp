@@ -9,8 +9,11 @@
 
 #include <windows.h>
 #include <commctrl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest-spi.h>
 
 #include <algorithm>
+#include <functional>
 #include <tuple>
 
 namespace {
@@ -322,13 +325,98 @@ INSTANTIATE_TEST_SUITE_P(Languages, LayoutTest,
                                     std::to_string(std::get<1>(test.param));
                          });
 
-/// A test of the test: what is too long is found out.
-TEST_F(MainWindowTest, ATextThatIsTooLongWouldBeFound) {
-    form.load();
-    const forms::Button& button = form.cmdApplyFilter;
-    const std::wstring longText(100, L'm');
-    EXPECT_GT(button.gdiFont().textWidth(longText).value, clientSize(button.hwnd()).cx);
+/// The complaints of a check, which are none of the test's own.
+std::vector<std::string> complaintsOf(const std::function<void()>& check) {
+    testing::TestPartResultArray results;
+    {
+        const testing::ScopedFakeTestPartResultReporter reporter{
+            testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &results};
+        check();
+    }
+    std::vector<std::string> complaints;
+    for (int i = 0; i < results.size(); ++i) {
+        complaints.emplace_back(results.GetTestPartResult(i).message());
+    }
+    return complaints;
 }
+
+/// Tests of the checks above: each finds what is made wrong.
+class LayoutCheckTest : public LayoutTest {
+protected:
+    void SetUp() override {
+        dialog.load();
+        form.load();
+        ASSERT_TRUE(complaintsAbout(dialog).empty());
+    }
+
+    std::vector<std::string> complaintsAbout(const forms::Form& one) {
+        return complaintsOf([&] { expectFormFits(one); });
+    }
+
+    /// The one complaint about the dialog, of a control, with what is missing.
+    void expectComplaint(const Control& control, const std::string& missing) {
+        EXPECT_THAT(complaintsAbout(dialog),
+                    testing::Contains(testing::AllOf(testing::HasSubstr(toUtf8(control.name())),
+                                                     testing::HasSubstr(missing))));
+    }
+
+    /// With a text far longer than any room.
+    void expectTextTooLong(Control& control) {
+        const std::wstring usual = control.text();
+        control.setText(std::wstring(100, L'm'));
+        expectComplaint(control, ": width");
+        control.setText(usual);
+        EXPECT_TRUE(complaintsAbout(dialog).empty());
+    }
+
+    dlgFind& dialog = form.findDialog;
+};
+
+TEST_P(LayoutCheckTest, ATextThatIsTooLongIsFound) {
+    expectTextTooLong(dialog.cmdFindNext);
+    expectTextTooLong(dialog.optionDirection[0]);
+    expectTextTooLong(dialog.frmDirection);
+    expectTextTooLong(dialog.lblFindWhat);
+}
+
+TEST_P(LayoutCheckTest, ALabelWithTooManyLinesIsFound) {
+    dialog.lblFindWhat.setText(L"a word and another and another and one more");
+    expectComplaint(dialog.lblFindWhat, ": height");
+}
+
+TEST_P(LayoutCheckTest, AControlThatIsTooLowForItsTextIsFound) {
+    dialog.cmdFindNext.setHeight(120_tw);
+    expectComplaint(dialog.cmdFindNext, ": height");
+}
+
+TEST_P(LayoutCheckTest, ATitleThatIsTooLongIsFound) {
+    dialog.setCaption(std::wstring(100, L'm'));
+    EXPECT_THAT(complaintsAbout(dialog), testing::Contains(testing::HasSubstr(", title, ")));
+}
+
+TEST_P(LayoutCheckTest, ControlsThatOverlapAreFound) {
+    dialog.CancelButton.setTop(dialog.cmdFindNext.top() + 60_tw);
+    expectComplaint(dialog.CancelButton, " lies over ");
+}
+
+TEST_P(LayoutCheckTest, AControlBeyondTheEdgeIsFound) {
+    dialog.CancelButton.setTop(dialog.height());
+    expectComplaint(dialog.CancelButton, ": lower edge");
+}
+
+TEST_P(LayoutCheckTest, TabsThatAreTooLongTogetherAreFound) {
+    form.sstabMain.setTabCaption(0, std::wstring(300, L'm'));
+    EXPECT_THAT(complaintsAbout(form), testing::Contains(testing::HasSubstr(": all tabs")));
+}
+
+TEST_P(LayoutCheckTest, ATextThatIsTooLongForItsPanelIsFound) {
+    form.statusbarMain.panel(2).setText(std::wstring(100, L'm'));
+    EXPECT_THAT(complaintsOf([this] { expectTextFits(2); }),
+                testing::Contains(testing::HasSubstr(": width")));
+}
+
+INSTANTIATE_TEST_SUITE_P(English, LayoutCheckTest,
+                         testing::Values(std::tuple<std::string, unsigned>{"ENU", 96u}));
 
 /// Real glyphs: the box that stands for a missing one is the same for every character.
 TEST_F(MainWindowTest, JapaneseIsDrawnWithItsOwnCharacters) {
