@@ -184,6 +184,7 @@ TEST_F(FindTest, ANewTextIncludesTheCurrentRecordAgain) {
     EXPECT_EQ(search(L"error"), 1);
     EXPECT_EQ(searchAgain(), 3);
     EXPECT_EQ(search(L"two"), 3);
+    EXPECT_EQ(panel(1), L"") << "it was found, not just left where it was";
     EXPECT_EQ(history(), (Texts{L"two", L"error"}));
     EXPECT_EQ(search(L"error"), 3) << "a known text steps over the current record";
     EXPECT_EQ(panel(1), L"error not found.");
@@ -389,7 +390,9 @@ TEST_F(FindTest, WhatTheUserDoesMeanwhileWaitsForTheEnd) {
                          });
                          ::PostMessageW(form.findDialog.cmdFindNext.hwnd(), BM_CLICK, 0, 0);
                          ::PostMessageW(form.findDialog.hwnd(), WM_CLOSE, 0, 0);
-                         ::Sleep(50);
+                         // Answered after a look at what was posted.
+                         EXPECT_TRUE(answers(form.hwnd()));
+                         EXPECT_TRUE(answers(form.hwnd()));
                          EXPECT_FALSE(opened);
                          EXPECT_TRUE(form.findDialog.visible());
                      }};
@@ -418,6 +421,15 @@ public:
     HeldKey(const HeldKey&) = delete;
     HeldKey& operator=(const HeldKey&) = delete;
 
+    /// Waits until the system says so.
+    bool isDown() const {
+        for (int i = 0; i < 1000; ++i) {
+            if (::GetAsyncKeyState(key_) < 0) return true;
+            ::Sleep(10);
+        }
+        return false;
+    }
+
 private:
     void send(WORD key, DWORD flags) {
         key_ = key;
@@ -436,11 +448,11 @@ TEST_F(FindTest, EscapeStopsASearchAndNothingElse) {
     ASSERT_TRUE(waitUntil([&] { return ::GetForegroundWindow() == form.findDialog.hwnd(); }));
     const auto cancelWhileSearching = [&] {
         const HeldKey escape{VK_ESCAPE};
-        // The window's thread looks at the key each time before it answers.
-        for (int i = 0; i < 5; ++i) {
-            EXPECT_TRUE(answers(form.hwnd()));
-            ::Sleep(100);
-        }
+        EXPECT_TRUE(escape.isDown());
+        // The window's thread looks at the key each time before it answers; for the first answer it
+        // may have done so before the key went down.
+        EXPECT_TRUE(answers(form.hwnd()));
+        EXPECT_TRUE(answers(form.hwnd()));
     };
     {
         BusyDisplay busy{form, display, cancelWhileSearching};
