@@ -29,11 +29,12 @@ set(VORELLE_MAY_USE_viewer_i18n "viewer_platform;viewer_log;viewer_text;forms")
 set(VORELLE_MAY_USE_viewer_db "viewer_i18n;viewer_log;viewer_text;ado")
 set(VORELLE_MAY_USE_viewer_search
   "viewer_db;viewer_i18n;viewer_platform;viewer_log;viewer_text;ado;forms")
-set(VORELLE_MAY_USE_viewer_macros "viewer_db;viewer_i18n;viewer_log;viewer_text;ado;forms")
+set(VORELLE_MAY_USE_viewer_filter "viewer_db;viewer_text;forms")
+set(VORELLE_MAY_USE_viewer_macros "viewer_filter;viewer_i18n;viewer_log;viewer_text;ado;forms")
 set(VORELLE_MAY_USE_viewer_status "viewer_i18n;viewer_text;forms")
 set(VORELLE_MAY_USE_viewer_about "viewer_i18n;viewer_platform;viewer_log;viewer_text;forms")
 set(VORELLE_MAY_USE_viewer_main
-  "viewer_about;viewer_status;viewer_macros;viewer_search;viewer_db;viewer_i18n;viewer_platform;viewer_log;viewer_text;ado;forms;grid;grid_model")
+  "viewer_about;viewer_status;viewer_macros;viewer_filter;viewer_search;viewer_db;viewer_i18n;viewer_platform;viewer_log;viewer_text;ado;forms;grid;grid_model")
 set(VORELLE_MAY_USE_viewer_app "viewer_main;viewer_crash;${VORELLE_MAY_USE_viewer_main}")
 
 function(vorelle_layer name)

@@ -64,5 +64,5 @@ std::wstring constructToolTipText(const forms::TreeNode& node);
 /// Gives a node, the siblings behind it and all below them the same tick, and scrolls to them.
 void setSubtreeChecked(forms::TreeNode* node, bool checked);
 
-/// Ticks the unique traces of a component whose key holds the level's digits, and marks their rows.
+/// Ticks the unique traces of a component whose key holds the level's digits.
 void selectComponentLevel(const forms::TreeNode& component, std::int16_t level);

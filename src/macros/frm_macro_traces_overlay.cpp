@@ -1,11 +1,10 @@
 // How the ticked macro traces tick the main window's unique traces.
-#include "src/db/mod_database.h"
-#include "src/db/trace_filter.h"
 #include "src/log/procedure.h"
 #include "src/macros/frm_macro_traces.h"
 #include "src/macros/macro_level.h"
 #include "src/macros/mdl_traces.h"
 #include "src/text/text.h"
+#include "src/ui/filter/unique_traces_tree.h"
 
 using forms::TreeNode;
 
@@ -69,10 +68,8 @@ TreeNode* frmMacroTraces::getComponentNode(const std::wstring& component) const 
 
 void selectComponentLevel(const TreeNode& component, std::int16_t level) {
     for (TreeNode* child = component.child(); child != nullptr; child = child->next()) {
-        if (!macros::keyNamesLevel(fromWide(child->tag()), level)) continue;
-        child->setChecked(true);
-        UniqueTraces& traces = modDatabase::uniqueTraces();
-        const auto row = rowOfKey(fromWide(child->key()));
-        if (row && *row < traces.size()) traces[*row].selected = child->checked();
+        if (macros::keyNamesLevel(fromWide(child->tag()), level)) {
+            uniqueTracesTree::tick(*child, true);
+        }
     }
 }

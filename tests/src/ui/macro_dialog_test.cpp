@@ -50,6 +50,35 @@ protected:
         form.cmdClearAllUniqueTraces.onClick();
     }
 
+    /// Whether the tree's window itself shows a node as ticked.
+    bool showsTick(HTREEITEM item) {
+        const LRESULT state = ::SendMessageW(form.tvUniqueTraces.hwnd(), TVM_GETITEMSTATE,
+                                             reinterpret_cast<WPARAM>(item), TVIS_STATEIMAGEMASK);
+        return (state & TVIS_STATEIMAGEMASK) == INDEXTOSTATEIMAGEMASK(2);
+    }
+
+    HTREEITEM nextItem(UINT relation, HTREEITEM item) {
+        return reinterpret_cast<HTREEITEM>(::SendMessageW(
+            form.tvUniqueTraces.hwnd(), TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(item)));
+    }
+
+    /// The ticks of the components as the tree's window shows them: each exactly when all beneath it
+    /// are ticked.
+    std::vector<bool> componentTicks() {
+        std::vector<bool> ticks;
+        for (HTREEITEM component = nextItem(TVGN_ROOT, nullptr); component != nullptr;
+             component = nextItem(TVGN_NEXT, component)) {
+            bool all = true;
+            for (HTREEITEM item = nextItem(TVGN_CHILD, component); item != nullptr;
+                 item = nextItem(TVGN_NEXT, item)) {
+                all = all && showsTick(item);
+            }
+            EXPECT_EQ(showsTick(component), all) << "component " << ticks.size();
+            ticks.push_back(showsTick(component));
+        }
+        return ticks;
+    }
+
     /// The levels that are ticked in the array; the tree has to agree.
     std::vector<std::u16string> tickedKeys() {
         std::vector<std::u16string> keys;
@@ -204,6 +233,24 @@ TEST_F(MacroDialogTest, ALevelTicksEveryKeyThatHoldsItsDigits) {
     EXPECT_TRUE(reports.empty());
 }
 
+// Also before the tree is made anew.
+TEST_F(MacroDialogTest, AComponentIsTickedAsSoonAsAllItsTracesAre) {
+    fillMain({{u"Alpha", 2}, {u"Alpha", 12}, {u"Beta", 2}, {u"Beta", 3}});
+    show({macroRow(u"A", u"t", diag(u"Alpha", {u"2"}) + diag(u"Beta", {u"2"})),
+          macroRow(u"A", u"u", diag(u"Beta", {u"3"}))});
+    EXPECT_EQ(componentTicks(), (std::vector<bool>{false, false}));
+    tick(trace(L"t"), true);
+    dialog.cmdAdd.onClick();
+    EXPECT_EQ(componentTicks(), (std::vector<bool>{true, false}));
+    EXPECT_TRUE(form.tvUniqueTraces.firstRoot()->checked());
+    dialog.load();
+    tick(trace(L"u"), true);
+    dialog.cmdAdd.onClick();
+    EXPECT_EQ(componentTicks(), (std::vector<bool>{true, true}));
+    form.cmdApplyFilter.onClick();
+    EXPECT_EQ(componentTicks(), (std::vector<bool>{true, true})) << "made anew it is the same";
+}
+
 TEST_F(MacroDialogTest, UnknownComponentsAreSkippedAndCaseIsIgnored) {
     fillMain({{u"ALPHA", 2}, {u"Beta\u00c4", 7}, {u"Beta\u00c4", 8}});
     show({macroRow(u"A", u"t",
@@ -289,8 +336,10 @@ TEST_F(MacroDialogTest, TheMainWindowsButtonShowsItModally) {
     form.cmdAddMacroTraceToFilter.onClick();
     ASSERT_TRUE(seen);
     EXPECT_FALSE(tickedKeys().empty());
+    const std::vector<bool> components = componentTicks();
     form.cmdApplyFilter.onClick();
     ASSERT_TRUE(waitLoaded());
+    EXPECT_EQ(componentTicks(), components);
     EXPECT_GT(rows().recordCount(), 0);
     EXPECT_LT(rows().recordCount(), 2000);
 }
