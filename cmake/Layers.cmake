@@ -26,7 +26,7 @@ set(VORELLE_MAY_USE_viewer_log "viewer_text;ado")
 set(VORELLE_MAY_USE_viewer_platform "viewer_log;viewer_text;ado")
 set(VORELLE_MAY_USE_viewer_crash "viewer_log;viewer_text")
 set(VORELLE_MAY_USE_viewer_i18n "viewer_platform;viewer_log;viewer_text;forms")
-set(VORELLE_MAY_USE_viewer_db "viewer_i18n;viewer_log;viewer_text;ado")
+set(VORELLE_MAY_USE_viewer_db "viewer_log;viewer_text;ado")
 set(VORELLE_MAY_USE_viewer_search
   "viewer_db;viewer_i18n;viewer_platform;viewer_log;viewer_text;ado;forms")
 set(VORELLE_MAY_USE_viewer_filter "viewer_db;viewer_text;forms")

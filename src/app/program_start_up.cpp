@@ -9,7 +9,7 @@
 #include "src/platform/mdl_priority.h"
 #include "src/platform/system_formatter.h"
 #include "src/text/text.h"
-#include "src/ui/main/main_display.h"
+#include "src/ui/main/frm_main.h"
 #include "toolkit/forms/application.h"
 #include "toolkit/forms/dialogs.h"
 
@@ -75,10 +75,10 @@ std::u16string ProgramStartUp::selectDatabase() { return mainForm().selectDataba
 void ProgramStartUp::doEvents() { forms::doEvents(); }
 
 void ProgramStartUp::createDiags() {
-    static MainDisplay display{mainForm()};
-    modDatabase::setDisplay(display);
+    modDatabase::setEvents(mainForm());
+    modDatabase::setRunner(forms::runWhilePainting);
     modDatabase::setMacroTraceReader(mdlTraces::initMacroTraces);
-    diags() = std::make_unique<classDiags>(std::make_shared<WindowScheduler>(), display);
+    diags() = std::make_unique<classDiags>(std::make_shared<WindowScheduler>(), mainForm());
     diags()->rsDiags().setFormatter(std::make_shared<SystemFormatter>());
 }
 

@@ -1,20 +1,14 @@
 #include "src/db/mod_database.h"
 
 #include "src/db/class_diags.h"
-#include "src/i18n/mod_localize.h"
 #include "src/log/class_log.h"
 #include "src/log/procedure.h"
 #include "src/text/text.h"
 
 #include <array>
 
-using modLocalize::myLoadResString;
-
 namespace modDatabase {
 namespace {
-
-constexpr std::u16string_view kLoadingNotice =
-    u"Loading diagnostic, data is not sorted by date until completely loaded.";
 
 constexpr std::u16string_view kUniqueFiltersQuery =
     u"SELECT Process, Source, Component, TraceLevel, qrxIndex From tblUniqueFilters "
@@ -55,7 +49,7 @@ constexpr std::u16string_view kOlderFormatMessage =
 /// Rows of a page, of the cache and of the first delivery.
 constexpr int kPageSize = 100;
 
-LoadingDisplay* theDisplay = nullptr;
+LoadingEvents* theEvents = nullptr;
 
 std::function<void(ado::Recordset&)>& macroTraceReader() {
     static std::function<void(ado::Recordset&)> reader;
@@ -107,9 +101,9 @@ bool isOlderFormat(const Failure& failure) {
 /// Reported under the name of the procedure that asked for the file to be opened.
 void upgradeOlderFormat() {
     theLog().log(kOlderFormatMessage, classLog::kWarning, u"[modDatabase]openRecordsets");
-    theDisplay->setMousePointer(MousePointer::Hourglass);
+    theEvents->upgradeBegins();
     updateDatabaseFormat();
-    theDisplay->setMousePointer(MousePointer::Default);
+    theEvents->upgradeEnds();
 }
 
 void openTraces(ado::Recordset& recordset, const std::u16string& query) {
@@ -119,11 +113,9 @@ void openTraces(ado::Recordset& recordset, const std::u16string& query) {
 
 }  // namespace
 
-void setDisplay(LoadingDisplay& display) {
-    theDisplay = &display;
-    connection().setRunner(
-        [](const std::function<void()>& work) { theDisplay->runWhilePainting(work); });
-}
+void setEvents(LoadingEvents& events) { theEvents = &events; }
+
+void setRunner(ado::Connection::Runner runner) { connection().setRunner(std::move(runner)); }
 
 void setMacroTraceReader(std::function<void(ado::Recordset&)> reader) {
     macroTraceReader() = std::move(reader);
@@ -178,12 +170,12 @@ std::filesystem::path databasePath() { return connection().path(); }
 void cancelSearch() { connection().cancel(); }
 
 void openRecordsets() {
-    runProcedure(u"[modDatabase]openRecordsets", {.timed = true}, [&](Procedure& procedure) {
-        procedure.step([&] { theDisplay->displayStatus(myLoadResString(1032), false); });
+    runProcedure(u"[modDatabase]openRecordsets", {.timed = true}, [](Procedure& procedure) {
+        procedure.step([] { theEvents->openingBegins(); });
         procedure.step([] { openUniqueFilters(); });
         procedure.step([] { openDiagRecordset(u""); });
         procedure.step([] { openMacroTraces(); });
-        procedure.step([&] { theDisplay->hideStatus(); });
+        procedure.step([] { theEvents->openingEnds(); });
     });
 }
 
@@ -214,7 +206,7 @@ void openDiagRecordset(const std::u16string& whereClause) {
         procedure.step([&] {
             if (isOpen(recordset)) recordset.close();
         });
-        procedure.step([&] { theDisplay->setNotice(std::u16string{kLoadingNotice}); });
+        procedure.step([] { theEvents->loadBegins(); });
         std::u16string query = std::u16string{kTracesQuery} + whereClause;
         procedure.step([&] { recordset.setCursorLocation(ado::adUseClient); });
         procedure.step([&] { recordset.setPageSize(kPageSize); });
@@ -230,11 +222,7 @@ void openDiagRecordset(const std::u16string& whereClause) {
                                                    std::u16string{kOldestTracesQuery} + whereClause;
                                                return Resume::SameStep;
                                            });
-        if (opened) return;
-        // Nothing is being loaded: notice and pointer, which a load that was broken off left behind,
-        // would stay for ever.
-        procedure.step([&] { theDisplay->setNotice(u""); });
-        procedure.step([&] { theDisplay->setMousePointer(MousePointer::Default); });
+        if (!opened) procedure.step([] { theEvents->loadRefused(); });
     });
 }
 

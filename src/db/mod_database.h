@@ -6,7 +6,7 @@
 // The user-interface thread. No procedure here throws: errors are reported as log/procedure.h says.
 #pragma once
 
-#include "src/db/loading_display.h"
+#include "src/db/loading_events.h"
 #include "src/db/unique_trace.h"
 
 #include <filesystem>
@@ -15,8 +15,11 @@
 
 namespace modDatabase {
 
-/// Where loading shows itself. Set once at start-up, before anything is opened.
-void setDisplay(LoadingDisplay& display);
+/// Who is told how the opening goes. Set once at start-up, before anything is opened.
+void setEvents(LoadingEvents& events);
+
+/// Who runs what may take long, with the window painted meanwhile. An empty one: whoever asks for it.
+void setRunner(ado::Connection::Runner runner);
 
 /// Who reads the macro traces. Set once at start-up; without one they are not read.
 void setMacroTraceReader(std::function<void(ado::Recordset&)> reader);

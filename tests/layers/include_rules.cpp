@@ -38,7 +38,7 @@ const std::vector<Rule>& rules() {
         {"src/i18n/",
          {"src/i18n/", "src/platform/", "src/log/", "src/text/", "toolkit/forms/"},
          false},
-        {"src/db/", {"src/db/", "src/i18n/", "src/log/", "src/text/", "engine/ado/"}, true},
+        {"src/db/", {"src/db/", "src/log/", "src/text/", "engine/ado/"}, true},
         {"src/search/",
          {"src/search/", "src/db/", "src/i18n/", "src/platform/", "src/log/", "src/text/",
           "engine/ado/", "toolkit/forms/", "resources/"},

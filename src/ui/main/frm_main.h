@@ -9,6 +9,7 @@
 #pragma once
 
 #include "engine/ado/recordset.h"
+#include "src/db/loading_events.h"
 #include "src/i18n/localized_form.h"
 #include "src/search/dlg_find.h"
 #include "src/ui/main/grid_arrangement.h"
@@ -28,7 +29,7 @@
 #include <string>
 #include <vector>
 
-class frmMain : public modLocalize::LocalizedForm {
+class frmMain : public modLocalize::LocalizedForm, public LoadingEvents {
 public:
     frmMain();
     ~frmMain() override { destroy(); }
@@ -56,6 +57,19 @@ public:
 
     /// Captions of tabs, buttons and menus, the title and the position, in the language in use.
     void frmMain_Auto_Init();
+
+    // What the data side tells.
+    void openingBegins() override;
+    void openingEnds() override;
+    void upgradeBegins() override;
+    void upgradeEnds() override;
+    void loadBegins() override;
+    void loadRefused() override;
+    void rowsLoaded(std::uint32_t count) override;
+    void loadEnded(const LoadResult& result) override;
+
+    /// Panels of the status bar that show something, from 1.
+    enum Panel : int { kNoticePanel = 1, kPositionPanel = 3, kClockPanel = 5 };
 
     /// Ends the program. Set by start-up; tests put their own in its place.
     std::function<void()> endProgram;
@@ -124,6 +138,7 @@ private:
     void tdbgridData_RowColChange();
     void showPosition();
     void showNoRecord();
+    void showLoadingNotice(const wchar_t* notice);
     void tdbgridData_FetchCellTips(std::int64_t row, bool& wrap);
 
     void layOutFilters();

@@ -15,8 +15,6 @@ namespace {
 /// The trace column takes the room that the others leave, but never less than this.
 constexpr Twips kTraceWidth = 3000_tw;
 
-constexpr int kPositionPanel = 3;
-
 constexpr Convention kGridEvent{.limit = Limit::TenErrors, .timed = true};
 
 struct GridColumn {
@@ -125,8 +123,11 @@ void frmMain::tdbgridData_RowColChange() {
     txtTrace.setText(empty ? L"" : forTextBox(recordset_->fields()[u"Trace"].text()));
 }
 
+/// "  Line n of m  ": the place of the current record and the number of rows in the grid.
 void frmMain::showPosition() {
-    statusbarMain.panel(kPositionPanel).setText(toWide(diags()->positionText()));
+    statusbarMain.panel(kPositionPanel)
+        .setText(toWide(myLoadResString(1000) + toText(diags()->rsDiags().absolutePosition()) +
+                        myLoadResString(1005) + toText(tdbgridData.approxCount()) + u"  "));
 }
 
 void frmMain::showNoRecord() {

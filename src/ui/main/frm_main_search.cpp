@@ -22,8 +22,6 @@ using modLocalize::myLoadResString;
 
 namespace {
 
-constexpr int kNoticePanel = 1;
-
 /// Milliseconds between blocks. A server's own work goes first.
 constexpr DWORD kPause = 1;
 constexpr DWORD kPauseOnServer = 100;

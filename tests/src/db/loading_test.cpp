@@ -2,7 +2,8 @@
 #include "src/db/mod_database.h"
 #include "src/log/procedure.h"
 #include "src/text/text.h"
-#include "tests/src/db/recording_display.h"
+#include "tests/src/db/recorded_events.h"
+#include "tests/support/damage.h"
 #include "tests/support/expected.h"
 #include "tests/support/trace_database.h"
 
@@ -14,8 +15,6 @@
 namespace {
 
 constexpr std::chrono::seconds kPatience{60};
-constexpr std::u16string_view kLoadingNotice =
-    u"Loading diagnostic, data is not sorted by date until completely loaded.";
 
 class LoadingTest : public testing::Test {
 protected:
@@ -23,8 +22,8 @@ protected:
         setFailureReporter([this](std::u16string_view label, const std::u16string& message) {
             reports_.push_back(std::u16string{label} + u": " + message);
         });
-        modDatabase::setDisplay(display_);
-        diags() = std::make_unique<classDiags>(pump_, display_);
+        modDatabase::setEvents(events_);
+        diags() = std::make_unique<classDiags>(pump_, events_);
     }
 
     void TearDown() override {
@@ -45,7 +44,7 @@ protected:
     }
 
     bool loadToEnd() {
-        return pump_->runUntil([this] { return display_.count(u"sorted") != 0; }, kPatience);
+        return pump_->runUntil([this] { return events_.count(u"load ended") != 0; }, kPatience);
     }
 
     bool reported(std::u16string_view text) const {
@@ -57,7 +56,7 @@ protected:
     ado::Recordset& rows() { return diags()->rsDiags(); }
 
     std::shared_ptr<ado::HandPump> pump_ = std::make_shared<ado::HandPump>();
-    RecordingDisplay display_;
+    RecordedEvents events_;
     std::vector<std::u16string> reports_;
     fixture::TemporaryFolder folder_;
 };
@@ -65,37 +64,26 @@ protected:
 TEST_F(LoadingTest, FirstRowsAreThereWhenTheOpenReturns) {
     open(makeFile("a.mdb", 5000));
     EXPECT_GE(rows().recordCount(), 100);
-    EXPECT_EQ(display_.notice, kLoadingNotice);
+    EXPECT_TRUE(events_.loading);
     EXPECT_EQ(rows().absolutePosition(), 1);
     EXPECT_TRUE(reports_.empty());
 }
 
-TEST_F(LoadingTest, StatusWindowIsHiddenAsSoonAsTheFetchHasStarted) {
+TEST_F(LoadingTest, OpeningEndsAsSoonAsTheFetchHasStarted) {
     open(makeFile("a.mdb", 5000));
-    const std::vector<std::u16string> expected{
-        u"status Loading diagnostic data.  Please wait...",
-        u"notice " + std::u16string{kLoadingNotice},
-        u"status hidden",
-    };
-    EXPECT_EQ(display_.lines, expected);
+    const std::vector<std::u16string> expected{u"opening begins", u"load begins", u"opening ends"};
+    EXPECT_EQ(events_.lines, expected);
 }
 
-TEST_F(LoadingTest, CompletionSortsByDateAndClearsTheNotice) {
+TEST_F(LoadingTest, ItsEndIsTheLastThatIsTold) {
     open(makeFile("a.mdb", 2500));
     ASSERT_TRUE(loadToEnd());
     EXPECT_EQ(rows().recordCount(), 2500);
-    EXPECT_EQ(rows().sort(), u"Date ASC");
-    EXPECT_EQ(display_.notice, u"");
-    EXPECT_EQ(display_.position, u"  Line 1 of 2500  ");
-    EXPECT_EQ(display_.pointer, MousePointer::Default);
-    // The last steps in their order.
-    const std::size_t n = display_.lines.size();
-    ASSERT_GE(n, 5u);
-    EXPECT_EQ(display_.lines[n - 5], u"position   Line 1 of 2500  ");
-    EXPECT_EQ(display_.lines[n - 4], u"notice ");
-    EXPECT_EQ(display_.lines[n - 3], u"pointer hourglass");
-    EXPECT_EQ(display_.lines[n - 2], u"sorted");
-    EXPECT_EQ(display_.lines[n - 1], u"pointer default");
+    EXPECT_FALSE(events_.loading);
+    EXPECT_EQ(events_.lines.back(), u"load ended");
+    EXPECT_EQ(events_.count(u"load ended"), 1u);
+    EXPECT_EQ(events_.lost.rows, 0u);
+    EXPECT_EQ(events_.lost.pages, 0u);
 }
 
 TEST_F(LoadingTest, RowsAreInDateOrderAfterwards) {
@@ -109,41 +97,47 @@ TEST_F(LoadingTest, RowsAreInDateOrderAfterwards) {
     }
 }
 
-TEST_F(LoadingTest, AFewRowsAreCountedAtCompletion) {
-    open(makeFile("a.mdb", 7));
-    ASSERT_TRUE(loadToEnd());
-    EXPECT_EQ(display_.position, u"  Line 1 of 7  ");
-    EXPECT_LE(display_.count(u"position"), 2u);
-}
-
-TEST_F(LoadingTest, ProgressShowsTheBusyPointerAndTellsTheGrid) {
+TEST_F(LoadingTest, ProgressIsToldInThousands) {
     open(makeFile("a.mdb", 60000));
     ASSERT_TRUE(loadToEnd());
-    EXPECT_GE(display_.count(u"pointer arrow and hourglass"), 1u);
-    EXPECT_GE(display_.arrivals, 2);
-    // At most one rewrite in a thousand rows, and the one at the end.
-    EXPECT_LE(display_.count(u"position"), 61u);
+    EXPECT_GE(events_.count(u"rows "), 1u);
+    // At most once in a thousand rows.
+    EXPECT_LE(events_.count(u"rows "), 61u);
+    for (const std::u16string& line : events_.lines) {
+        if (line.starts_with(u"rows ") && line != u"rows 0") {
+            EXPECT_TRUE(line.ends_with(u"000"));
+        }
+    }
 }
 
-TEST_F(LoadingTest, AFetchThatFailedEndsLikeACompleteOne) {
+TEST_F(LoadingTest, AFailedFetchEndsWithItsError) {
     open(makeFile("a.mdb", 300));
     ASSERT_TRUE(loadToEnd());
-    display_.lines.clear();
-    rows().setSort(u"");
+    events_.lines.clear();
     const ado::Error error{ado::kErrorFile, "the drive is gone"};
     rows().fetchComplete(&error, ado::adStatusErrorsOccurred);
-    const std::vector<std::u16string> expected{u"position   Line 1 of 300  ", u"notice ",
-                                               u"pointer hourglass", u"sorted", u"pointer default"};
-    EXPECT_EQ(display_.lines, expected);
-    EXPECT_EQ(rows().sort(), u"Date ASC");
+    ASSERT_EQ(events_.lines.size(), 1u);
+    EXPECT_TRUE(events_.lines[0].starts_with(u"load ended: ")) << events_.lines[0].size();
+}
+
+TEST_F(LoadingTest, WhatWasLostIsToldAtTheEnd) {
+    fixture::FixtureBuilder builder;
+    const fixture::TableBuilder& traces =
+        fixture::addTraceTables(builder, {.rows = 3000}, fixture::TraceFormat::Newer);
+    fixture::ByteVector bytes = builder.bytes();
+    fixture::poke(bytes, fixture::pageOffset(traces.dataPages().at(3)), {0x02});
+    open(folder_.write("damaged.mdb", bytes));
+    ASSERT_TRUE(loadToEnd());
+    EXPECT_EQ(events_.lost.pages, 1u);
+    EXPECT_LT(rows().recordCount(), 3000);
+    EXPECT_GT(rows().recordCount(), 2800);
 }
 
 TEST_F(LoadingTest, EmptyTableLoadsWithoutRows) {
     open(makeFile("a.mdb", 0, fixture::TraceFormat::Older));
     ASSERT_TRUE(loadToEnd());
     EXPECT_EQ(rows().recordCount(), 0);
-    EXPECT_EQ(display_.notice, u"");
-    EXPECT_TRUE(display_.position.ends_with(u" of 0  ")) << display_.position.size();
+    EXPECT_FALSE(events_.loading);
 }
 
 TEST_F(LoadingTest, FileWithoutPortAndCallIdLoadsWithSevenColumns) {
@@ -159,7 +153,7 @@ TEST_F(LoadingTest, AFilterClauseHoldsInTheOldestFilesToo) {
     open(makeFile("oldest.mdb", 3000, fixture::TraceFormat::Oldest));
     ASSERT_TRUE(loadToEnd());
     const UniqueTrace wanted = modDatabase::uniqueTraces().front();
-    display_.lines.clear();
+    events_.lines.clear();
     modDatabase::openDiagRecordset(u"WHERE  ( qrxIndex = '" +
                                    std::get<std::u16string>(wanted.qrxIndex) + u"' ) ");
     ASSERT_TRUE(loadToEnd());
@@ -197,7 +191,7 @@ TEST_F(LoadingTest, ASecondFileTakesThePlaceOfTheFirst) {
     open(makeFile("b.mdb", 300));
     ASSERT_TRUE(loadToEnd());
     EXPECT_EQ(rows().recordCount(), 300);
-    EXPECT_EQ(display_.count(u"sorted"), 1u) << "an event of the first file's fetch arrived";
+    EXPECT_EQ(events_.count(u"load ended"), 1u) << "an event of the first file's fetch arrived";
     EXPECT_TRUE(reports_.empty());
 }
 
@@ -205,18 +199,18 @@ TEST_F(LoadingTest, AFilterClauseReopensTheTraces) {
     open(makeFile("a.mdb", 3000));
     ASSERT_TRUE(loadToEnd());
     const auto key = std::get<std::u16string>(modDatabase::uniqueTraces().front().qrxIndex);
-    display_.lines.clear();
+    events_.lines.clear();
     modDatabase::openDiagRecordset(u"WHERE  ( qrxIndex = '" + key + u"' ) ");
     ASSERT_TRUE(loadToEnd());
     EXPECT_GT(rows().recordCount(), 0);
     EXPECT_LT(rows().recordCount(), 3000);
 
-    display_.lines.clear();
+    events_.lines.clear();
     modDatabase::openDiagRecordset(u"WHERE -1 = 1");
     ASSERT_TRUE(loadToEnd());
     EXPECT_EQ(rows().recordCount(), 0);
 
-    display_.lines.clear();
+    events_.lines.clear();
     modDatabase::openDiagRecordset(u"WHERE -1");
     ASSERT_TRUE(loadToEnd());
     EXPECT_EQ(rows().recordCount(), 3000);
@@ -228,7 +222,7 @@ TEST_F(LoadingTest, AClauseThatIsNoSqlIsReportedAndLeavesNoNotice) {
     modDatabase::openDiagRecordset(u"WHERE  ( qrxIndex = 'it's' ) ");
     EXPECT_TRUE(reported(u"[modDatabase]openDiagRecordset: Err.Number = -2147217900"));
     EXPECT_EQ(rows().state(), ado::adStateClosed);
-    EXPECT_EQ(display_.notice, u"");
+    EXPECT_FALSE(events_.loading);
 }
 
 TEST_F(LoadingTest, AnEmptyTableOfUniqueTracesIsASubscriptError) {
@@ -250,13 +244,13 @@ TEST_F(LoadingTest, FilesThatAreNoDatabaseDoNoHarm) {
     files.push_back(folder_.write("half.mdb", whole));
     for (const std::filesystem::path& file : files) {
         reports_.clear();
-        display_.lines.clear();
+        events_.lines.clear();
         open(file);
         EXPECT_TRUE(reported(u"[modDatabase]connectToDB: Err.Number = -2147467259")) << file;
         EXPECT_EQ(rows().state(), ado::adStateClosed) << file;
         EXPECT_TRUE(modDatabase::uniqueTraces().empty()) << file;
-        EXPECT_EQ(display_.notice, u"") << file;
-        EXPECT_EQ(display_.lines.back(), u"status hidden") << file;
+        EXPECT_FALSE(events_.loading) << file;
+        EXPECT_EQ(events_.lines.back(), u"opening ends") << file;
     }
     // The program is as usable as before.
     reports_.clear();
@@ -273,7 +267,7 @@ TEST_F(LoadingTest, SampleFilesLoadWhole) {
     int files = 0;
     for (const auto& entry : std::filesystem::directory_iterator{*folder}) {
         if (entry.path().extension() != ".mdb") continue;
-        display_.lines.clear();
+        events_.lines.clear();
         open(folder_.copy(entry.path()));
         ASSERT_TRUE(loadToEnd()) << entry.path();
         auto dump = entry.path();

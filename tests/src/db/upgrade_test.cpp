@@ -9,7 +9,7 @@
 #include "src/log/class_log.h"
 #include "src/log/procedure.h"
 #include "tests/engine/jet/plain_value.h"
-#include "tests/src/db/recording_display.h"
+#include "tests/src/db/recorded_events.h"
 #include "tests/src/log/fake_log_system.h"
 #include "tests/support/expected.h"
 #include "tests/support/external_program.h"
@@ -41,14 +41,19 @@ protected:
         setFailureReporter([this](std::u16string_view label, const std::u16string& message) {
             reports_.push_back(std::u16string{label} + u": " + message);
         });
-        modDatabase::setDisplay(display_);
-        diags() = std::make_unique<classDiags>(pump_, display_);
+        modDatabase::setEvents(events_);
+        modDatabase::setRunner([this](const std::function<void()>& work) {
+            ++works_;
+            work();
+        });
+        diags() = std::make_unique<classDiags>(pump_, events_);
     }
 
     void TearDown() override {
         diags().reset();
         setFailureReporter({});
         modDatabase::connectToDB(u"");
+        modDatabase::setRunner({});
     }
 
     void open(const std::filesystem::path& path) {
@@ -76,7 +81,8 @@ protected:
     }
 
     std::shared_ptr<ado::HandPump> pump_ = std::make_shared<ado::HandPump>();
-    RecordingDisplay display_;
+    RecordedEvents events_;
+    int works_ = 0;  ///< that the window would have been painted during
     std::vector<std::u16string> reports_;
     std::vector<std::u16string> reportsOfOpening_;
     fixture::TemporaryFolder folder_;
@@ -189,25 +195,24 @@ TEST_F(UpgradeTest, AnOlderFileIsUpgradedOnce) {
     open(path);
     EXPECT_TRUE(reports_.empty()) << jet::toUtf8(reports_.empty() ? u"" : reports_[0]);
     EXPECT_GT(modDatabase::uniqueTraces().size(), 20u);
-    EXPECT_GE(display_.works, 8);
+    EXPECT_GE(works_, 8);
     modDatabase::connectToDB(u"");
 
     const auto content = contentOf(path);
-    display_.works = 0;
+    works_ = 0;
     open(path);
-    EXPECT_EQ(display_.works, 0);
+    EXPECT_EQ(works_, 0);
     EXPECT_GT(modDatabase::uniqueTraces().size(), 20u);
     modDatabase::connectToDB(u"");
     EXPECT_TRUE(contentOf(path) == content);
     EXPECT_FALSE(std::filesystem::exists(path.string() + "-journal"));
 }
 
-TEST_F(UpgradeTest, TheHourglassShowsMeanwhile) {
+TEST_F(UpgradeTest, ItsBeginningAndItsEndAreTold) {
     open(makeFile(100, fixture::TraceFormat::Older));
-    const auto hourglass = std::ranges::find(display_.lines, u"pointer hourglass");
-    ASSERT_NE(hourglass, display_.lines.end());
-    EXPECT_NE(std::ranges::find(hourglass, display_.lines.end(), u"pointer default"),
-              display_.lines.end());
+    const std::vector<std::u16string> expected{u"opening begins", u"upgrade begins",
+                                               u"upgrade ends", u"load begins", u"opening ends"};
+    EXPECT_EQ(events_.lines, expected);
 }
 
 TEST_F(UpgradeTest, TheLogSaysThatTheFileIsOld) {
@@ -396,7 +401,7 @@ TEST_F(UpgradeTest, AReadOnlyFileIsReadAndLeftAlone) {
     open(path);
     expectGivenUp(reports_, "-2147217911");
     EXPECT_TRUE(modDatabase::uniqueTraces().empty());
-    EXPECT_TRUE(pump_->runUntil([this] { return display_.count(u"sorted") != 0; }, kPatience));
+    EXPECT_TRUE(pump_->runUntil([this] { return events_.count(u"load ended") != 0; }, kPatience));
     EXPECT_EQ(diags()->rsDiags().recordCount(), 100);
     modDatabase::connectToDB(u"");
     EXPECT_TRUE(contentOf(path) == content);
@@ -410,7 +415,8 @@ TEST_F(UpgradeTest, AFileInUseIsReadAndLeftAlone) {
         const auto other = jet::Database::open(path);
         open(path);
         expectGivenUp(reports_, "-2147467259");
-        EXPECT_TRUE(pump_->runUntil([this] { return display_.count(u"sorted") != 0; }, kPatience));
+        EXPECT_TRUE(
+            pump_->runUntil([this] { return events_.count(u"load ended") != 0; }, kPatience));
         EXPECT_EQ(diags()->rsDiags().recordCount(), 100);
         modDatabase::connectToDB(u"");
         EXPECT_TRUE(contentOf(path) == content);

@@ -5,7 +5,7 @@
 #include "src/platform/registry_api.h"
 #include "src/platform/utilities.h"
 #include "src/search/trace_search.h"
-#include "tests/src/db/recording_display.h"
+#include "tests/src/db/recorded_events.h"
 #include "tests/support/expected.h"
 
 #include <gtest/gtest.h>
@@ -28,8 +28,8 @@ public:
 class GuardedProceduresTest : public testing::Test {
 protected:
     void SetUp() override {
-        modDatabase::setDisplay(display_);
-        diags() = std::make_unique<classDiags>(pump_, display_);
+        modDatabase::setEvents(events_);
+        diags() = std::make_unique<classDiags>(pump_, events_);
         SharedFakeLog quiet;
         modDatabase::connectToDB(u"");
         RegistryAPI::setRegistry(&registry_);
@@ -40,7 +40,7 @@ protected:
     }
 
     std::shared_ptr<ado::HandPump> pump_ = std::make_shared<ado::HandPump>();
-    RecordingDisplay display_;
+    RecordedEvents events_;
     RefusingRegistry registry_;
     fixture::TemporaryFolder folder_;
 };

@@ -78,23 +78,21 @@ protected:
 using Texts = std::vector<std::wstring>;
 
 /// Does something on the thread of the search before it begins.
-class BusyDisplay : public MainDisplay {
+class BusyRunner {
 public:
-    BusyDisplay(frmMain& form, MainDisplay& usual, std::function<void()> during)
-        : MainDisplay{form}, usual_{usual}, during_{std::move(during)} {
-        modDatabase::setDisplay(*this);
-    }
-    ~BusyDisplay() override { modDatabase::setDisplay(usual_); }
-
-    void runWhilePainting(const std::function<void()>& work) override {
-        MainDisplay::runWhilePainting([&] {
-            if (during_) std::exchange(during_, nullptr)();
-            work();
+    explicit BusyRunner(std::function<void()> during) : during_{std::move(during)} {
+        modDatabase::setRunner([this](const std::function<void()>& work) {
+            forms::runWhilePainting([&] {
+                if (during_) std::exchange(during_, nullptr)();
+                work();
+            });
         });
     }
+    ~BusyRunner() { modDatabase::setRunner(forms::runWhilePainting); }
+    BusyRunner(const BusyRunner&) = delete;
+    BusyRunner& operator=(const BusyRunner&) = delete;
 
 private:
-    MainDisplay& usual_;
     std::function<void()> during_;
 };
 
@@ -362,12 +360,12 @@ TEST_F(FindTest, TheWindowAnswersAndPaintsWhileItSearches) {
     bool painted = false;
     auto pointer = forms::MousePointer::standard;
     std::wstring notice;
-    BusyDisplay busy{form, display, [&] {
-                         answered = answers(form.hwnd()) && answers(form.findDialog.hwnd());
-                         painted = isPainted(form.tdbgridData.hwnd());
-                         pointer = form.findDialog.mousePointer();
-                         notice = panel(1);
-                     }};
+    BusyRunner busy{[&] {
+        answered = answers(form.hwnd()) && answers(form.findDialog.hwnd());
+        painted = isPainted(form.tdbgridData.hwnd());
+        pointer = form.findDialog.mousePointer();
+        notice = panel(1);
+    }};
     EXPECT_EQ(search(L"two"), 3);
     EXPECT_TRUE(answered);
     EXPECT_TRUE(painted);
@@ -382,20 +380,20 @@ TEST_F(FindTest, WhatTheUserDoesMeanwhileWaitsForTheEnd) {
     fixture::writeTraceDatabase(other, {.rows = 40});
     bool opened = false;
     int foundBefore = 0;
-    BusyDisplay busy{form, display, [&] {
-                         forms::post([&] {
-                             foundBefore = rows().absolutePosition();
-                             open(other);
-                             opened = true;
-                         });
-                         ::PostMessageW(form.findDialog.cmdFindNext.hwnd(), BM_CLICK, 0, 0);
-                         ::PostMessageW(form.findDialog.hwnd(), WM_CLOSE, 0, 0);
-                         // Answered after a look at what was posted.
-                         EXPECT_TRUE(answers(form.hwnd()));
-                         EXPECT_TRUE(answers(form.hwnd()));
-                         EXPECT_FALSE(opened);
-                         EXPECT_TRUE(form.findDialog.visible());
-                     }};
+    BusyRunner busy{[&] {
+        forms::post([&] {
+            foundBefore = rows().absolutePosition();
+            open(other);
+            opened = true;
+        });
+        ::PostMessageW(form.findDialog.cmdFindNext.hwnd(), BM_CLICK, 0, 0);
+        ::PostMessageW(form.findDialog.hwnd(), WM_CLOSE, 0, 0);
+        // Answered after a look at what was posted.
+        EXPECT_TRUE(answers(form.hwnd()));
+        EXPECT_TRUE(answers(form.hwnd()));
+        EXPECT_FALSE(opened);
+        EXPECT_TRUE(form.findDialog.visible());
+    }};
     EXPECT_EQ(search(L"two"), 3);
     EXPECT_FALSE(opened);
     ASSERT_TRUE(waitUntil([&] { return opened && !form.findDialog.visible(); }));
@@ -406,7 +404,7 @@ TEST_F(FindTest, WhatTheUserDoesMeanwhileWaitsForTheEnd) {
 
 TEST_F(FindTest, ClosingTheWindowDuringASearchIsSurvived) {
     show();
-    BusyDisplay busy{form, display, [&] { ::SendMessageW(form.hwnd(), WM_CLOSE, 0, 0); }};
+    BusyRunner busy{[&] { ::SendMessageW(form.hwnd(), WM_CLOSE, 0, 0); }};
     search(L"two");
     EXPECT_EQ(ended, 1);
     EXPECT_FALSE(form.isLoaded());
@@ -455,7 +453,7 @@ TEST_F(FindTest, EscapeStopsASearchAndNothingElse) {
         EXPECT_TRUE(answers(form.hwnd()));
     };
     {
-        BusyDisplay busy{form, display, cancelWhileSearching};
+        BusyRunner busy{cancelWhileSearching};
         EXPECT_EQ(search(L"two"), 1);
     }
     EXPECT_EQ(panel(1), L"") << "not said to be absent: nobody knows";
@@ -465,7 +463,7 @@ TEST_F(FindTest, EscapeStopsASearchAndNothingElse) {
     EXPECT_TRUE(form.findDialog.visible()) << "the key is used up";
     EXPECT_EQ(form.findDialog.mousePointer(), forms::MousePointer::standard);
     {
-        BusyDisplay busy{form, display, cancelWhileSearching};
+        BusyRunner busy{cancelWhileSearching};
         form.mnuFindNext.onClick();
     }
     EXPECT_EQ(rows().absolutePosition(), 1);

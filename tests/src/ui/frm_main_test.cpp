@@ -277,23 +277,18 @@ TEST_F(MainWindowTest, OpeningFromTheMenuReplacesTheDatabase) {
     EXPECT_EQ(dialogs.asked[0].filterIndex, 1);
 }
 
-/// Does something while another thread works for the window.
-class WatchingDisplay : public MainDisplay {
+/// Does something before another thread works for the window.
+class WatchingRunner {
 public:
-    WatchingDisplay(frmMain& form, MainDisplay& usual, std::function<void()> before)
-        : MainDisplay{form}, usual_{usual}, before_{std::move(before)} {
-        modDatabase::setDisplay(*this);
+    explicit WatchingRunner(std::function<void()> before) {
+        modDatabase::setRunner([before = std::move(before)](const std::function<void()>& work) {
+            before();
+            forms::runWhilePainting(work);
+        });
     }
-    ~WatchingDisplay() override { modDatabase::setDisplay(usual_); }
-
-    void runWhilePainting(const std::function<void()>& work) override {
-        before_();
-        MainDisplay::runWhilePainting(work);
-    }
-
-private:
-    MainDisplay& usual_;
-    std::function<void()> before_;
+    ~WatchingRunner() { modDatabase::setRunner(forms::runWhilePainting); }
+    WatchingRunner(const WatchingRunner&) = delete;
+    WatchingRunner& operator=(const WatchingRunner&) = delete;
 };
 
 TEST_F(MainWindowTest, WhileAnOlderFileIsUpgradedTheRowsBeforeAreGone) {
@@ -305,17 +300,16 @@ TEST_F(MainWindowTest, WhileAnOlderFileIsUpgradedTheRowsBeforeAreGone) {
     int errors = 0;
     const auto usual = forms::setUnexpectedErrorHandler([&](std::exception_ptr) { ++errors; });
     int looks = 0;
-    WatchingDisplay watching{
-        form, display, [&] {
-            grid::Grid& traces = form.tdbgridData;
-            ++looks;
-            EXPECT_EQ(traces.approxCount(), 0);
-            EXPECT_EQ(traces.geometry().rowCount(), 0);
-            EXPECT_EQ(form.txtTrace.text(), L"");
-            EXPECT_EQ(panel(3), L"");
-            EXPECT_EQ(traces.dataSource()->alignment(traces.columnIndex(L"TraceLevel")), level);
-            ::RedrawWindow(traces.hwnd(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
-        }};
+    WatchingRunner watching{[&] {
+        grid::Grid& traces = form.tdbgridData;
+        ++looks;
+        EXPECT_EQ(traces.approxCount(), 0);
+        EXPECT_EQ(traces.geometry().rowCount(), 0);
+        EXPECT_EQ(form.txtTrace.text(), L"");
+        EXPECT_EQ(panel(3), L"");
+        EXPECT_EQ(traces.dataSource()->alignment(traces.columnIndex(L"TraceLevel")), level);
+        ::RedrawWindow(traces.hwnd(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    }};
     dialogs.answer = makeFile("b.mdb", 40, fixture::TraceFormat::Older).wstring();
     form.mnuOpenTraceDatabase.onClick();
     EXPECT_TRUE(waitLoaded());

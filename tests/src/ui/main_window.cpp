@@ -44,9 +44,10 @@ MainWindowTest::MainWindowTest() {
     setFailureReporter([this](std::u16string_view label, const std::u16string& message) {
         reports.push_back(std::u16string{label} + u": " + message);
     });
-    modDatabase::setDisplay(display);
+    modDatabase::setEvents(form);
+    modDatabase::setRunner(forms::runWhilePainting);
     modDatabase::setMacroTraceReader(mdlTraces::initMacroTraces);
-    diags() = std::make_unique<classDiags>(std::make_shared<PostingScheduler>(), display);
+    diags() = std::make_unique<classDiags>(std::make_shared<PostingScheduler>(), form);
 }
 
 MainWindowTest::~MainWindowTest() {

@@ -5,7 +5,7 @@
 #include "src/db/class_diags.h"
 #include "src/db/mod_database.h"
 #include "src/log/procedure.h"
-#include "src/ui/main/main_display.h"
+#include "src/ui/main/frm_main.h"
 #include "tests/support/expected.h"
 #include "tests/support/trace_database.h"
 #include "toolkit/forms/application.h"
@@ -55,7 +55,6 @@ protected:
     forms::Application application;
     AnsweringDialogs dialogs;
     frmMain form;
-    MainDisplay display{form};
     int ended = 0;
     std::vector<std::u16string> reports;
     fixture::TemporaryFolder folder;
