@@ -2,6 +2,7 @@
 
 #include "src/log/class_log.h"
 #include "src/log/procedure.h"
+#include "src/platform/mdl_priority.h"
 #include "src/platform/running_on_server.h"
 
 namespace modMain {
@@ -9,13 +10,10 @@ namespace {
 
 constexpr std::u16string_view kLabel = u"[modMain]Main";
 
-/// As the system numbers its priority classes.
-constexpr std::uint32_t kBelowNormal = 16384;
-
 void stepAsideForServer(StartUp& startUp) {
     if (startUp.getVersion().major <= 0) return;
     runningOnServer = true;
-    if (!startUp.ChangePriority(kBelowNormal)) {
+    if (!startUp.ChangePriority(mdlPriority::kBelowNormal)) {
         theLog().log(u"Unable to change process priority.", classLog::kWarning, kLabel);
     }
 }

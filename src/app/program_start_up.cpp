@@ -17,7 +17,9 @@
 
 #include <memory>
 
-using modLocalize::myLoadResString;
+using modLocalize::text;
+using modLocalize::Text;
+using modLocalize::wideText;
 
 namespace {
 
@@ -40,11 +42,11 @@ frmMain& mainForm() {
 }
 
 [[noreturn]] void refuseDuplicate(const modMain::DuplicateArgument& error) {
-    const std::u16string text = myLoadResString(1044) + u"\r\n" + myLoadResString(1050) +
-                                error.name() + myLoadResString(1007) + u"\r\n" +
-                                myLoadResString(1035);
-    forms::dialogs().showMessage(nullptr, {.title = toWide(myLoadResString(1022)),
-                                           .text = toWide(text),
+    const std::u16string message =
+        text(Text::ArgumentsAreInvalid) + u"\r\n" + text(Text::ArgumentNotAllowed) + error.name() +
+        text(Text::GivenTwice) + u"\r\n" + text(Text::RemoveDuplicateArguments);
+    forms::dialogs().showMessage(nullptr, {.title = wideText(Text::ArgumentError),
+                                           .text = toWide(message),
                                            .icon = forms::MessageIcon::critical});
     endProcess();
 }

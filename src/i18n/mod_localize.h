@@ -1,8 +1,14 @@
-// The texts that users see, by number, in the language in use: those of a resource library beside
-// the program, and where it has none the program's own, which are English.
+// The texts that users see, by name, in the language in use: those of a resource library beside the
+// program, and where it has none the program's own, which are English.
+//
+//   cmdApplyFilter.setCaption(wideText(Text::ApplyFilter));
+//   setNotice(text(Text::SearchingFor) + wanted);
 //
 // The user-interface thread.
 #pragma once
+
+#include "src/i18n/text_names.h"
+#include "src/text/text.h"
 
 #include <cstdint>
 #include <string>
@@ -28,6 +34,14 @@ void applyLanguageFont(forms::Form& form);
 /// The text of the given number (1000 to 1057) in the language in use; empty if there is none, and
 /// after a failure, which is shown in a message box.
 std::u16string myLoadResString(unsigned id);
+
+/// The text of the given name, as languages/ENU.txt gives names to the numbers.
+inline std::u16string text(Text name) { return myLoadResString(static_cast<unsigned>(name)); }
+
+#ifdef _WIN32
+/// The same, as forms and controls take it.
+inline std::wstring wideText(Text name) { return toWide(text(name)); }
+#endif
 
 /// The system's identifier of the language in use; 0 before InitalizeLanguages.
 std::uint16_t currentLanguage();

@@ -23,10 +23,10 @@ namespace {
 constexpr std::u16string_view kPrefix = u"QRXbrandingres_";
 constexpr std::size_t kCodeLength = 3;
 
-/// The numbers of the resources that hold the texts 1000 to 1057.
+/// The numbers of the resources that hold the texts.
 constexpr unsigned kTextsInBlock = 16;
-constexpr unsigned kFirstBlock = 1000 / kTextsInBlock + 1;
-constexpr unsigned kLastBlock = 1057 / kTextsInBlock + 1;
+constexpr unsigned kFirstBlock = kFirstText / kTextsInBlock + 1;
+constexpr unsigned kLastBlock = kLastText / kTextsInBlock + 1;
 
 /// Not out of the texts: they may be what failed.
 constexpr const wchar_t* kProduct = L"Vorelle Diagnostic Viewer";

@@ -6,7 +6,8 @@
 #include "src/macros/mdl_traces.h"
 #include "src/text/text.h"
 
-using modLocalize::myLoadResString;
+using modLocalize::Text;
+using modLocalize::wideText;
 using namespace forms::literals;
 using forms::TreeNode;
 
@@ -17,8 +18,6 @@ constexpr std::int16_t kTipWidth = 400;
 constexpr int kMaxIndex = 32767;
 constexpr std::size_t kLineEnd = 2;
 constexpr std::size_t kComma = 2;
-
-std::wstring loadString(unsigned id) { return toWide(myLoadResString(id)); }
 
 /// Elements are counted in 16 bits with a sign; those that the count does not reach are left out.
 template <typename Use>
@@ -89,10 +88,10 @@ void frmMacroTraces::Form_Load() {
 }
 
 void frmMacroTraces::frmMacroTraces_Auto_Init() {
-    setCaption(loadString(1015));
-    treeviewMacroTrace.setAccessibleName(loadString(1015));
-    cmdCancel.setCaption(loadString(1018));
-    cmdAdd.setCaption(loadString(1016));
+    setCaption(wideText(Text::AddMacroTracesToFilter));
+    treeviewMacroTrace.setAccessibleName(wideText(Text::AddMacroTracesToFilter));
+    cmdCancel.setCaption(wideText(Text::Cancel));
+    cmdAdd.setCaption(wideText(Text::AddSelectedMacroTraces));
     for (int i = 0; i < treeviewMacroTrace.nodeCount(); ++i) {
         TreeNode& node = treeviewMacroTrace.node(i);
         if (node.parent() != nullptr) node.setTag(constructToolTipText(node));
@@ -173,8 +172,9 @@ std::wstring constructToolTipText(const TreeNode& node) {
         });
         for (const xml::Node& diag : diags) {
             const std::wstring levels = levelsOf(procedure, diag);
-            procedure.step(
-                [&] { text += diag.attribute(L"GROUP") + loadString(1002) + levels + L"\r\n"; });
+            procedure.step([&] {
+                text += diag.attribute(L"GROUP") + wideText(Text::Levels) + levels + L"\r\n";
+            });
         }
     });
     text.resize(text.size() > kLineEnd ? text.size() - kLineEnd : 0);

@@ -5,7 +5,8 @@
 
 #include <memory>
 
-using modLocalize::myLoadResString;
+using modLocalize::text;
+using modLocalize::Text;
 
 namespace {
 
@@ -43,7 +44,7 @@ void searchTraces(std::u16string_view label, ado::Recordset& traces, const Trace
     runProcedure(label, Limit::None, [&](Procedure& procedure) {
         std::unique_ptr<ado::Recordset> view;
         if (!procedure.step([&] { view = viewOf(traces); })) return;
-        procedure.step([&] { setNotice(myLoadResString(1038) + search.text + u"..."); });
+        procedure.step([&] { setNotice(text(Text::SearchingFor) + search.text + u"..."); });
         procedure.step([&] {
             if (search.stepFirst) stepOff(*view, search.backward);
         });
@@ -60,7 +61,7 @@ void searchTraces(std::u16string_view label, ado::Recordset& traces, const Trace
         // As after every failed step, what follows a criterion that failed is done: the view
         // stands where it was, which is the next record if the search left out the current one.
         const bool found = !isOutside(*view);
-        procedure.step([&] { setNotice(found ? u"" : search.text + myLoadResString(1004)); });
+        procedure.step([&] { setNotice(found ? u"" : search.text + text(Text::NotFound)); });
         if (found) procedure.step([&] { traces.setAbsolutePosition(view->absolutePosition()); });
     });
 }

@@ -17,6 +17,8 @@ const std::filesystem::path kFolder = std::filesystem::path{VORELLE_SOURCE_DIR} 
     throw std::runtime_error{"no line of a language table: " + line};
 }
 
+bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+
 void addLine(LanguageTable& table, const std::string& line) {
     constexpr std::size_t kTextBegin = 6;  // behind four digits, a blank and the quote
     if (line.size() <= kTextBegin + 1 || line.back() != '"' || line[4] != ' ' || line[5] != '"') {
@@ -63,10 +65,30 @@ LanguageTable parseLanguageTable(std::string_view content) {
     return table;
 }
 
+std::string withoutNames(std::string_view content) {
+    constexpr std::string_view kMark = " // ";
+    std::string table;
+    while (!content.empty()) {
+        const std::string_view line = content.substr(0, content.find('\n'));
+        const std::size_t mark = line.rfind(kMark);
+        if (mark == std::string_view::npos || line.size() == content.size()) {
+            refuse(std::string{line});
+        }
+        const std::string_view name = line.substr(mark + kMark.size());
+        if (name.empty() || !std::all_of(name.begin(), name.end(), isLetter)) {
+            refuse(std::string{line});
+        }
+        table.append(line.substr(0, mark)).append("\n");
+        content.remove_prefix(line.size() + 1);
+    }
+    return table;
+}
+
 LanguageTable readLanguageTable(const std::string& code) {
     std::ifstream file{kFolder / (code + ".txt"), std::ios::binary};
     if (!file) throw std::runtime_error{"there is no language table " + code};
-    return parseLanguageTable(std::string{std::istreambuf_iterator<char>{file}, {}});
+    const std::string content{std::istreambuf_iterator<char>{file}, {}};
+    return parseLanguageTable(code == "ENU" ? withoutNames(content) : content);
 }
 
 }  // namespace fixture

@@ -9,15 +9,14 @@
 
 #include <vector>
 
-using modLocalize::myLoadResString;
+using modLocalize::Text;
+using modLocalize::wideText;
 using namespace forms::literals;
 
 namespace {
 
 /// The log is not for what may go wrong here, with the user looking on.
 constexpr Convention kEvent{.quiet = true};
-
-std::wstring loadString(unsigned id) { return toWide(myLoadResString(id)); }
 
 std::u16string versionText() {
     const program::Version version = program::version();
@@ -94,19 +93,19 @@ void frmAbout::Form_Load() {
 }
 
 void frmAbout::frmAbout_Auto_Init() {
-    setCaption(loadString(1013));
-    lblProduct.setText(loadString(1051));
-    lblVersionCaption.setText(loadString(1049));
-    lblCompany.setText(loadString(1020));
-    lblRights.setText(loadString(1023));
-    lblCity.setText(loadString(1037));
-    lblCountry.setText(loadString(1047));
-    lblTrademark.setText(loadString(1048));
-    lblChangeLanguage.setText(loadString(1019));
-    cmdOK.setCaption(loadString(1034));
-    mnuLanguage.setCaption(loadString(1041));
+    setCaption(wideText(Text::About));
+    lblProduct.setText(wideText(Text::ProductTitle));
+    lblVersionCaption.setText(wideText(Text::Version));
+    lblCompany.setText(wideText(Text::Company));
+    lblRights.setText(wideText(Text::AllRightsReserved));
+    lblCity.setText(wideText(Text::CompanyCity));
+    lblCountry.setText(wideText(Text::CompanyCountry));
+    lblTrademark.setText(wideText(Text::Trademark));
+    lblChangeLanguage.setText(wideText(Text::ChangeLanguage));
+    cmdOK.setCaption(wideText(Text::Ok));
+    mnuLanguage.setCaption(wideText(Text::SelectLanguage));
     if (mnuLanguageList.empty()) return;
-    if (noneInstalled()) mnuLanguageList.front().setCaption(loadString(1033));
+    if (noneInstalled()) mnuLanguageList.front().setCaption(wideText(Text::NoLanguagesLoaded));
     checkCurrentLanguage();
 }
 
@@ -122,7 +121,7 @@ void frmAbout::addLanguage(const std::u16string& code) {
     menu().append(
         {1, item, L"mnuLanguageList", L"", [this, index] { mnuLanguageList_Click(index); }});
     item.setEnabled(!code.empty());
-    item.setCaption(code.empty() ? loadString(1033)
+    item.setCaption(code.empty() ? wideText(Text::NoLanguagesLoaded)
                                  : toWide(modLocalize::languageNameOfCode(code)));
     if (!code.empty()) item.setTag(toWide(toText(modLocalize::languageOfCode(code))));
 }

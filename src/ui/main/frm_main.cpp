@@ -14,7 +14,8 @@
 #include <algorithm>
 #include <initializer_list>
 
-using modLocalize::myLoadResString;
+using modLocalize::Text;
+using modLocalize::wideText;
 using namespace forms::literals;
 using forms::Twips;
 
@@ -36,8 +37,6 @@ constexpr Twips kFilterButtonWidth = 3480_tw;
 
 /// Not localised, like the menu of the rows.
 constexpr const wchar_t* kGroupByCaption = L"Drag a column header here to group by that column";
-
-std::wstring loadString(unsigned id) { return toWide(myLoadResString(id)); }
 
 }  // namespace
 
@@ -129,7 +128,7 @@ void frmMain::Form_Load() {
 
 void frmMain::frmMain_Auto_Init() {
     localizeCaptions();
-    setCaption(loadString(1051));
+    setCaption(wideText(Text::ProductTitle));
     if (recordset_ != nullptr && recordset_->state() != ado::adStateClosed) showPosition();
 }
 
@@ -142,28 +141,28 @@ void frmMain::layOutForLanguage() {
 }
 
 void frmMain::localizeCaptions() {
-    sstabMain.setTabCaption(0, loadString(1046));
-    sstabMain.setTabCaption(1, loadString(1028));
-    cmdClearAllUniqueTraces.setCaption(loadString(1021));
-    cmdSelectAllUniqueTraces.setCaption(loadString(1039));
-    cmdApplyFilter.setCaption(loadString(1017));
-    cmdAddMacroTraceToFilter.setCaption(loadString(1014));
-    mnuFileMenu.setCaption(loadString(1009));
-    mnuOpenTraceDatabase.setCaption(loadString(1012));
-    mnuExportData.setCaption(loadString(1025));
-    mnuExit.setCaption(loadString(1024));
-    mnuEdit.setCaption(loadString(1008));
-    mnuFind.setCaption(loadString(1010));
-    mnuFindNext.setCaption(loadString(1029));
-    mnuHelpMenu.setCaption(loadString(1011));
-    mnuHelp.setCaption(loadString(1031));
-    mnuAbout.setCaption(loadString(1013));
+    sstabMain.setTabCaption(0, wideText(Text::DiagnosticData));
+    sstabMain.setTabCaption(1, wideText(Text::Filters));
+    cmdClearAllUniqueTraces.setCaption(wideText(Text::ClearAll));
+    cmdSelectAllUniqueTraces.setCaption(wideText(Text::SelectAll));
+    cmdApplyFilter.setCaption(wideText(Text::ApplyFilter));
+    cmdAddMacroTraceToFilter.setCaption(wideText(Text::AddMacroTraceToFilter));
+    mnuFileMenu.setCaption(wideText(Text::FileMenu));
+    mnuOpenTraceDatabase.setCaption(wideText(Text::OpenDiagnosticDatabase));
+    mnuExportData.setCaption(wideText(Text::ExportData));
+    mnuExit.setCaption(wideText(Text::Exit));
+    mnuEdit.setCaption(wideText(Text::EditMenu));
+    mnuFind.setCaption(wideText(Text::Find));
+    mnuFindNext.setCaption(wideText(Text::FindNext));
+    mnuHelpMenu.setCaption(wideText(Text::HelpMenu));
+    mnuHelp.setCaption(wideText(Text::Help));
+    mnuAbout.setCaption(wideText(Text::About));
     // What screen readers call them.
-    tdbgridData.setCaption(loadString(1046));
-    txtTrace.setAccessibleName(loadString(1056));
-    tvUniqueTraces.setAccessibleName(loadString(1028));
-    sstabMain.setAccessibleName(loadString(1051));
-    statusbarMain.setAccessibleName(loadString(1051));
+    tdbgridData.setCaption(wideText(Text::DiagnosticData));
+    txtTrace.setAccessibleName(wideText(Text::DiagnosticHeading));
+    tvUniqueTraces.setAccessibleName(wideText(Text::Filters));
+    sstabMain.setAccessibleName(wideText(Text::ProductTitle));
+    statusbarMain.setAccessibleName(wideText(Text::ProductTitle));
 }
 
 void frmMain::centerDisplay() {
@@ -240,7 +239,8 @@ std::u16string frmMain::selectDatabase() {
         procedure.step([&] {
             load();
             const auto chosen = forms::dialogs().openFile(
-                hwnd(), {.title = loadString(1040), .filter = L"Database (*.mdb)|*.mdb"});
+                hwnd(),
+                {.title = wideText(Text::SelectDatabaseFile), .filter = L"Database (*.mdb)|*.mdb"});
             if (!chosen) throw RuntimeError{RuntimeError::kCancelled, u"Cancel was selected."};
             path = fromWide(chosen->path);
         });

@@ -6,7 +6,9 @@
 #include "src/ui/main/frm_main.h"
 #include "toolkit/forms/application.h"
 
-using modLocalize::myLoadResString;
+using modLocalize::text;
+using modLocalize::Text;
+using modLocalize::wideText;
 using namespace forms::literals;
 using forms::Twips;
 
@@ -19,15 +21,16 @@ constexpr Convention kGridEvent{.limit = Limit::TenErrors, .timed = true};
 
 struct GridColumn {
     const wchar_t* dataField;
-    unsigned caption;
+    Text caption;
     bool isTrace;
 };
 
 /// The columns that the grid sets up; others of the recordset are shown as they are.
 constexpr GridColumn kGridColumns[] = {
-    {L"Date", 1052, false},        {L"Process", 1053, false},   {L"Source", 1054, false},
-    {L"TraceNumber", 1003, false}, {L"Component", 1055, false}, {L"TraceLevel", 1001, false},
-    {L"Trace", 1056, true},
+    {L"Date", Text::DateHeading, false},           {L"Process", Text::ProcessHeading, false},
+    {L"Source", Text::SourceHeading, false},       {L"TraceNumber", Text::NumberHeading, false},
+    {L"Component", Text::ComponentHeading, false}, {L"TraceLevel", Text::LevelHeading, false},
+    {L"Trace", Text::DiagnosticHeading, true},
 };
 
 /// The text box wants CR LF at the ends of lines, and ends a text at a zero character.
@@ -70,7 +73,7 @@ void frmMain::setupTraceGrid() {
         for (const GridColumn& wanted : kGridColumns) {
             procedure.step([&] {
                 grid::Column& column = tdbgridData.column(wanted.dataField);
-                column.setCaption(toWide(myLoadResString(wanted.caption)));
+                column.setCaption(wideText(wanted.caption));
                 column.setWrapText(wanted.isTrace);
                 column.setFillsRest(wanted.isTrace);
                 // The trace text is neither sorted nor grouped: hardly two are the same, and all
@@ -91,7 +94,7 @@ void frmMain::tdbgridData_HeadClick(int ColIndex) {
         std::wstring field;
         if (!procedure.step([&] { field = tdbgridData.column(ColIndex).dataField(); })) return;
         if (field != L"Trace") {
-            procedure.step([&] { displayStatus(myLoadResString(1042), false); });
+            procedure.step([&] { displayStatus(text(Text::SortingPleaseWait), false); });
             procedure.step([&] {
                 for (int i = 0; i < tdbgridData.columnCount(); ++i) {
                     tdbgridData.column(i).setHeadingStyle(L"Heading");
@@ -126,8 +129,8 @@ void frmMain::tdbgridData_RowColChange() {
 /// "  Line n of m  ": the place of the current record and the number of rows in the grid.
 void frmMain::showPosition() {
     statusbarMain.panel(kPositionPanel)
-        .setText(toWide(myLoadResString(1000) + toText(diags()->rsDiags().absolutePosition()) +
-                        myLoadResString(1005) + toText(tdbgridData.approxCount()) + u"  "));
+        .setText(toWide(text(Text::PositionLine) + toText(diags()->rsDiags().absolutePosition()) +
+                        text(Text::PositionOf) + toText(tdbgridData.approxCount()) + u"  "));
 }
 
 void frmMain::showNoRecord() {

@@ -2,7 +2,8 @@
 #include "src/i18n/mod_localize.h"
 #include "src/ui/main/frm_main.h"
 
-using modLocalize::myLoadResString;
+using modLocalize::text;
+using modLocalize::Text;
 
 namespace {
 
@@ -14,7 +15,7 @@ constexpr std::uint32_t kProgressStep = 1000;
 
 }  // namespace
 
-void frmMain::openingBegins() { displayStatus(myLoadResString(1032), false); }
+void frmMain::openingBegins() { displayStatus(text(Text::LoadingPleaseWait), false); }
 
 void frmMain::openingEnds() { hideStatus(); }
 

@@ -18,7 +18,8 @@
 
 #include <filesystem>
 
-using modLocalize::myLoadResString;
+using modLocalize::text;
+using modLocalize::Text;
 
 namespace {
 
@@ -103,15 +104,16 @@ void frmMain::mnuExportData_Click() {
         procedure.step([&] { path = askExportPath(); });
         if (path.empty()) return;
         const Disabled once{mnuExportData};
-        const std::u16string text = myLoadResString(1027) + fromWide(path);
-        procedure.step([&] { setNotice(text); });
-        procedure.step([&] { status.displayStatus(text, true, this); });
+        const std::u16string notice = text(Text::ExportingTo) + fromWide(path);
+        procedure.step([&] { setNotice(notice); });
+        procedure.step([&] { status.displayStatus(notice, true, this); });
         bool complete = false;
         procedure.step([&] { complete = exportTo(path); });
         procedure.step([&] { status.hideStatus(); });
         // Nothing that failed is called complete.
-        procedure.step(
-            [&] { setNotice(complete ? myLoadResString(1026) + fromWide(path) + u")" : u""); });
+        procedure.step([&] {
+            setNotice(complete ? text(Text::ExportComplete) + fromWide(path) + u")" : u"");
+        });
     });
 }
 

@@ -4,7 +4,8 @@
 #include "src/text/text.h"
 #include "toolkit/forms/application.h"
 
-using modLocalize::myLoadResString;
+using modLocalize::Text;
+using modLocalize::wideText;
 using namespace forms::literals;
 
 frmStatus::frmStatus()
@@ -30,9 +31,9 @@ void frmStatus::Form_Load() {
 }
 
 void frmStatus::frmStatus_Auto_Init() {
-    frameStatus.setCaption(toWide(myLoadResString(1051)));
-    pbarStatus.setAccessibleName(toWide(myLoadResString(1051)));
-    if (!inUse_) lblStatus.setText(toWide(myLoadResString(1045)));
+    frameStatus.setCaption(wideText(Text::ProductTitle));
+    pbarStatus.setAccessibleName(wideText(Text::ProductTitle));
+    if (!inUse_) lblStatus.setText(wideText(Text::StatusTextGoesHere));
 }
 
 /// Closing the window with the mouse only hides it: it belongs to the operation that shows it.

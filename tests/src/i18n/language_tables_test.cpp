@@ -1,6 +1,7 @@
 // What every table of texts has to keep to, so that a translator's slip shows here and not on a
 // user's screen.
 #include "src/i18n/language_codes.h"
+#include "src/i18n/mod_localize.h"
 #include "tests/support/language_table.h"
 
 #include <gtest/gtest.h>
@@ -172,6 +173,24 @@ TEST(LanguageTablesTest, AFaultyLineIsRefused) {
           "1000 \"\xFF\"\n", "\n", "1001 \"a\"\n1000 \"b\"\n", "1000 \"a\"\n1000 \"b\"\n"}) {
         EXPECT_THROW(fixture::parseLanguageTable(faulty), std::runtime_error) << faulty;
     }
+}
+
+TEST(LanguageTablesTest, ALineWithoutAProperNameIsRefused) {
+    EXPECT_EQ(fixture::withoutNames("1000 \" // a \" // Name\n1001 \"b\" // B\n"),
+              "1000 \" // a \"\n1001 \"b\"\n");
+    for (const char* faulty : {"1000 \"a\"\n", "1000 \"a\" // \n", "1000 \"a\" // A b\n",
+                               "1000 \"a\" // A1\n", "1000 \"a\" // A", "\n"}) {
+        EXPECT_THROW(fixture::withoutNames(faulty), std::runtime_error) << faulty;
+    }
+}
+
+TEST(LanguageTablesTest, NamesLeadToTheTextsBehindWhichTheyStand) {
+    using modLocalize::Text;
+    EXPECT_EQ(modLocalize::kFirstText, kFirst);
+    EXPECT_EQ(modLocalize::kLastText, kLast);
+    EXPECT_EQ(modLocalize::text(Text::PositionLine), u"  Line ");
+    EXPECT_EQ(modLocalize::text(Text::SortingPleaseWait), u"Sorting data please wait...");
+    EXPECT_EQ(modLocalize::text(Text::NoteHeading), u"Note");
 }
 
 }  // namespace

@@ -297,8 +297,10 @@ TEST_P(LayoutTest, OfTheStatusWindow) {
     form.status.load();
     toDensity(form.status);
     expectFormFits(form.status);
-    for (const unsigned id : {1032u, 1042u, 1045u}) {
-        form.status.setStatus(modLocalize::myLoadResString(id));
+    using modLocalize::Text;
+    for (const Text name :
+         {Text::LoadingPleaseWait, Text::SortingPleaseWait, Text::StatusTextGoesHere}) {
+        form.status.setStatus(modLocalize::text(name));
         expectFormFits(form.status);
     }
 }
