@@ -1,12 +1,13 @@
 #include "src/app/instance.h"
 
+#include "src/i18n/mod_localize.h"
+
 #include <string>
 
 namespace {
 
 constexpr const wchar_t* kLockName = L"Local\\VorelleDiagnosticViewer.Instance";
 constexpr const wchar_t* kWindowClass = L"VorelleDiagnosticViewer.Instance";
-constexpr const wchar_t* kTitle = L"Vorelle Diagnostic Viewer";
 constexpr const wchar_t* kUnwantedTitle = L"unwanted instance";
 
 HWND createInstanceWindow() {
@@ -16,8 +17,8 @@ HWND createInstanceWindow() {
     windowClass.hInstance = program;
     windowClass.lpszClassName = kWindowClass;
     ::RegisterClassW(&windowClass);
-    return ::CreateWindowExW(WS_EX_TOOLWINDOW, kWindowClass, kTitle, WS_POPUP, 0, 0, 0, 0, nullptr,
-                             nullptr, program, nullptr);
+    return ::CreateWindowExW(WS_EX_TOOLWINDOW, kWindowClass, modLocalize::kProductTitle, WS_POPUP,
+                             0, 0, 0, 0, nullptr, nullptr, program, nullptr);
 }
 
 bool hasClass(HWND window, const wchar_t* name) {
@@ -80,13 +81,13 @@ Instance::~Instance() {
 
 bool Instance::raiseFirst(const wchar_t* mainWindowClass) {
     ::SetWindowTextW(window_, kUnwantedTitle);
-    const HWND first = ::FindWindowW(kWindowClass, kTitle);
+    const HWND first = ::FindWindowW(kWindowClass, modLocalize::kProductTitle);
     if (first == nullptr) return false;
     HWND window = nextOf(first, GW_HWNDPREV, mainWindowClass);
     if (window == nullptr) window = nextOf(first, GW_HWNDNEXT, mainWindowClass);
     if (window == nullptr) return true;
     if (!showsAnything(window) && endsSoon(window)) {
-        ::SetWindowTextW(window_, kTitle);  // this one is the first now
+        ::SetWindowTextW(window_, modLocalize::kProductTitle);  // this one is the first now
         return false;
     }
     raise(window);

@@ -54,7 +54,7 @@ frmMain& mainForm() {
 }  // namespace
 
 void ProgramStartUp::activatePreviousInstance() {
-    if (instance_.raiseFirst(L"VorelleDiagnosticViewer.frmMain")) endProcess();
+    if (instance_.raiseFirst(frmMain::kClassName)) endProcess();
 }
 
 bool ProgramStartUp::ChangePriority(std::uint32_t priorityClass) {

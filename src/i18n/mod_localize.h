@@ -39,6 +39,10 @@ std::u16string myLoadResString(unsigned id);
 inline std::u16string text(Text name) { return myLoadResString(static_cast<unsigned>(name)); }
 
 #ifdef _WIN32
+/// The program's name where none of the texts can be asked for: they may be what failed, or are not
+/// loaded yet.
+inline constexpr const wchar_t* kProductTitle = L"Vorelle Diagnostic Viewer";
+
 /// The same, as forms and controls take it.
 inline std::wstring wideText(Text name) { return toWide(text(name)); }
 #endif

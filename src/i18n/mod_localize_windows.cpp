@@ -28,9 +28,6 @@ constexpr unsigned kTextsInBlock = 16;
 constexpr unsigned kFirstBlock = kFirstText / kTextsInBlock + 1;
 constexpr unsigned kLastBlock = kLastText / kTextsInBlock + 1;
 
-/// Not out of the texts: they may be what failed.
-constexpr const wchar_t* kProduct = L"Vorelle Diagnostic Viewer";
-
 struct State {
     std::uint16_t language = 0;
     HMODULE library = nullptr;
@@ -141,7 +138,7 @@ void attempt(std::u16string_view label, const std::u16string& beginning,
     runProcedure(label, {.quiet = true}, [&](Procedure& procedure) {
         procedure.step(action, [&](const Failure& failure) {
             forms::dialogs().showMessage(
-                nullptr, {.title = kProduct, .text = toWide(beginning + failure.description)});
+                nullptr, {.title = kProductTitle, .text = toWide(beginning + failure.description)});
             return Resume::Next;
         });
     });

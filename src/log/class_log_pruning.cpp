@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr LocalSeconds kDay = 86400;
-
 std::u16string spaceText(const VolumeSpace& space, std::uint64_t folderSize,
                          const LogTexts& texts) {
     const char16_t group = texts.groupSeparator();

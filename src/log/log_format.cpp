@@ -14,7 +14,6 @@ namespace {
 constexpr std::size_t kLevelWidth = 7;
 constexpr std::size_t kLabelWidth = 45;
 constexpr std::size_t kHeaderWidth = 120;
-constexpr LocalSeconds kDay = 86400;
 constexpr std::u16string_view kLineEnd = u"\r\n";
 
 constexpr std::array<std::u16string_view, 4> kLevelNames{u"Info", u"Warning", u"ERROR", u"VerInfo"};

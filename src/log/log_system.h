@@ -15,6 +15,7 @@
 
 /// Seconds since 1970-01-01 00:00 in local time.
 using LocalSeconds = std::int64_t;
+inline constexpr LocalSeconds kDay = 86400;
 
 /// The running program.
 struct LogProgram {

@@ -11,8 +11,6 @@
 namespace macros {
 namespace {
 
-constexpr std::int32_t kOverflow = 6;
-
 bool isBlank(char16_t c) { return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n'; }
 bool isDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 
@@ -84,7 +82,7 @@ std::int16_t toLevel(std::u16string_view text) {
     const double rounded = std::nearbyint(leadingNumber(text));
     if (rounded < std::numeric_limits<std::int16_t>::min() ||
         rounded > std::numeric_limits<std::int16_t>::max()) {
-        throw RuntimeError{kOverflow, u"Overflow"};
+        throw RuntimeError{RuntimeError::kOverflow, u"Overflow"};
     }
     return static_cast<std::int16_t>(rounded);
 }

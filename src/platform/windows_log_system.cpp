@@ -14,8 +14,6 @@
 
 namespace {
 
-constexpr LocalSeconds kDay = 86400;
-
 LocalSeconds toLocalSeconds(const SYSTEMTIME& time) {
     return logformat::fromCalendar(time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute,
                                    time.wSecond);
@@ -37,7 +35,7 @@ public:
         ::QueryPerformanceCounter(&counter);
         const double seconds =
             static_cast<double>(counter.QuadPart - origin_.QuadPart) / frequency();
-        constexpr double kDaySeconds = 86400;
+        constexpr auto kDaySeconds = static_cast<double>(kDay);
         const double sinceMidnight = midnight_ + seconds;
         return static_cast<float>(
             sinceMidnight -

@@ -41,8 +41,8 @@ constexpr const wchar_t* kGroupByCaption = L"Drag a column header here to group 
 }  // namespace
 
 frmMain::frmMain()
-    : LocalizedForm({.className = L"VorelleDiagnosticViewer.frmMain",
-                     .caption = L"Vorelle Diagnostic Viewer",
+    : LocalizedForm({.className = kClassName,
+                     .caption = modLocalize::kProductTitle,
                      .icon = IDI_VIEWER,
                      .takesFiles = true}) {}
 

@@ -31,6 +31,9 @@
 
 class frmMain : public modLocalize::LocalizedForm, public LoadingEvents {
 public:
+    /// By which other programs find the window.
+    static constexpr const wchar_t* kClassName = L"VorelleDiagnosticViewer.frmMain";
+
     frmMain();
     ~frmMain() override { destroy(); }
 

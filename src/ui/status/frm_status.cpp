@@ -10,7 +10,7 @@ using namespace forms::literals;
 
 frmStatus::frmStatus()
     : LocalizedForm({.className = L"VorelleDiagnosticViewer.frmStatus",
-                     .caption = L"Vorelle Diagnostic Viewer",
+                     .caption = modLocalize::kProductTitle,
                      .border = forms::BorderStyle::fixedWindow,
                      .clientWidth = 5400_tw,
                      .clientHeight = 1500_tw}) {}
