@@ -2,8 +2,6 @@
 //
 //   uniqueTracesTree::populate(tvUniqueTraces);
 //   uniqueTracesTree::tick(tvUniqueTraces.node(L"Item:7"), true);
-//   modDatabase::openDiagRecordset(
-//       whereClause(constructFilterExpression(modDatabase::uniqueTraces())));
 //
 // A tick stands in three places: in the node, in the entry of modDatabase::uniqueTraces(), which the
 // filter is made of, and in the node of the component, which is ticked exactly when all its unique
