@@ -3,8 +3,7 @@
 //
 //   upgrade_bench FILE
 #include "src/db/mod_database.h"
-#include "src/i18n/mod_localize.h"
-#include "src/log/procedure.h"
+#include "tests/src/log/reporting_log.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -12,30 +11,26 @@
 namespace {
 
 /// Without a window there is nothing to show.
-class NoDisplay : public LoadingDisplay {
+class NobodyListens : public LoadingEvents {
 public:
-    void displayStatus(const std::u16string& /*text*/, bool /*showProgress*/) override {}
-    void hideStatus() override {}
-    void setNotice(const std::u16string& /*text*/) override {}
-    void setPosition(const std::u16string& /*text*/) override {}
-    void setMousePointer(MousePointer /*pointer*/) override {}
-    void rowsArrived() override {}
-    std::int64_t gridRowCount() override { return 0; }
-    void runWhilePainting(const std::function<void()>& work) override { work(); }
-    void sortByDate() override {}
+    void openingBegins() override {}
+    void openingEnds() override {}
+    void upgradeBegins() override {}
+    void upgradeEnds() override {}
+    void loadBegins() override {}
+    void loadRefused() override {}
+    void rowsLoaded(std::uint32_t /*count*/) override {}
+    void loadEnded(const LoadResult& /*result*/) override {}
 };
 
 }  // namespace
 
-/// Texts are shown only.
-std::u16string modLocalize::myLoadResString(unsigned /*id*/) { return {}; }
-
 int main(int count, char** values) {
     if (count != 2) return 2;
     bool failed = false;
-    setFailureReporter([&](std::u16string_view, const std::u16string&) { failed = true; });
-    NoDisplay display;
-    modDatabase::setDisplay(display);
+    const ReportsTo reporting{[&](std::u16string_view, const std::u16string&) { failed = true; }};
+    NobodyListens events;
+    const ServicesInUse inUse{servicesWith(&Services::events, &events)};
     modDatabase::connectToDB(std::filesystem::path{values[1]}.u16string());
     modDatabase::openUniqueFilters();
     if (failed || modDatabase::uniqueTraces().empty()) {

@@ -1,6 +1,6 @@
 // Start-up: single instance, server, command line, database, main window.
 //
-//   ProgramStartUp startUp;
+//   ProgramStartUp startUp{form};
 //   modMain::Main(startUp);
 //
 // The user-interface thread.

@@ -4,14 +4,13 @@
 #include "src/db/mod_database.h"
 #include "src/i18n/mod_localize.h"
 #include "src/log/class_log.h"
-#include "src/macros/mdl_traces.h"
 #include "src/platform/arguments.h"
 #include "src/platform/mdl_priority.h"
 #include "src/platform/system_formatter.h"
+#include "src/platform/user_dialogs.h"
 #include "src/text/text.h"
 #include "src/ui/main/frm_main.h"
 #include "toolkit/forms/application.h"
-#include "toolkit/forms/dialogs.h"
 
 #include <windows.h>
 
@@ -34,24 +33,19 @@ public:
     void post(std::function<void()> task) override { forms::post(std::move(task)); }
 };
 
-/// The window and what stands behind it live as long as the process.
-frmMain& mainForm() {
-    static frmMain form;
-    form.endProgram = endProcess;
-    return form;
-}
-
 [[noreturn]] void refuseDuplicate(const modMain::DuplicateArgument& error) {
     const std::u16string message =
         text(Text::ArgumentsAreInvalid) + u"\r\n" + text(Text::ArgumentNotAllowed) + error.name() +
         text(Text::GivenTwice) + u"\r\n" + text(Text::RemoveDuplicateArguments);
-    forms::dialogs().showMessage(nullptr, {.title = wideText(Text::ArgumentError),
-                                           .text = toWide(message),
-                                           .icon = forms::MessageIcon::critical});
+    userDialogs().showMessage(nullptr, {.title = wideText(Text::ArgumentError),
+                                        .text = toWide(message),
+                                        .icon = forms::MessageIcon::critical});
     endProcess();
 }
 
 }  // namespace
+
+ProgramStartUp::ProgramStartUp(frmMain& form) : form_{form} { form_.endProgram = endProcess; }
 
 void ProgramStartUp::activatePreviousInstance() {
     if (instance_.raiseFirst(frmMain::kClassName)) endProcess();
@@ -72,15 +66,12 @@ std::optional<modMain::CommandLine> ProgramStartUp::parseCommandLine() {
     }
 }
 
-std::u16string ProgramStartUp::selectDatabase() { return mainForm().selectDatabase(); }
+std::u16string ProgramStartUp::selectDatabase() { return form_.selectDatabase(); }
 
 void ProgramStartUp::doEvents() { forms::doEvents(); }
 
 void ProgramStartUp::createDiags() {
-    modDatabase::setEvents(mainForm());
-    modDatabase::setRunner(forms::runWhilePainting);
-    modDatabase::setMacroTraceReader(mdlTraces::initMacroTraces);
-    diags() = std::make_unique<classDiags>(std::make_shared<WindowScheduler>(), mainForm());
+    diags() = std::make_unique<classDiags>(std::make_shared<WindowScheduler>(), form_);
     diags()->rsDiags().setFormatter(std::make_shared<SystemFormatter>());
 }
 
@@ -88,6 +79,6 @@ void ProgramStartUp::connectToDB(const std::u16string& path) { modDatabase::conn
 
 void ProgramStartUp::openRecordsets() { modDatabase::openRecordsets(); }
 
-void ProgramStartUp::reloadDBGrid() { mainForm().reloadDBGrid(diags()->rsDiags()); }
+void ProgramStartUp::reloadDBGrid() { form_.reloadDBGrid(diags()->rsDiags()); }
 
-void ProgramStartUp::showMainWindow() { mainForm().show(); }
+void ProgramStartUp::showMainWindow() { form_.show(); }

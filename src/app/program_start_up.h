@@ -1,6 +1,6 @@
 // Start-up of the real program: the system's command line, the main window, the dialogs.
 //
-//   ProgramStartUp startUp;
+//   ProgramStartUp startUp{form};
 //   modMain::Main(startUp);
 //
 // The user-interface thread.
@@ -9,9 +9,13 @@
 #include "src/app/instance.h"
 #include "src/app/mod_main.h"
 #include "src/i18n/mod_localize.h"
+#include "src/ui/main/frm_main.h"
 
 class ProgramStartUp : public modMain::StartUp {
 public:
+    /// `form` has to outlive the object. It shows the database.
+    explicit ProgramStartUp(frmMain& form);
+
     bool hasPreviousInstance() override { return instance_.isSecond(); }
     void activatePreviousInstance() override;
     void InitalizeLanguages() override { modLocalize::InitalizeLanguages(); }
@@ -27,5 +31,6 @@ public:
     void showMainWindow() override;
 
 private:
+    frmMain& form_;
     Instance instance_;
 };

@@ -1,9 +1,14 @@
-// Failures of the toolkit with their own numbers.
+// Failures of the toolkit that have numbers of their own.
 //
-//   readToolkitFailures();  // once, at start-up
+//   const ServicesInUse inUse{{.readFailure = readToolkitFailure}};
 //
-// The user-interface thread.
+// Any thread.
 #pragma once
 
-/// Lets toFailure read the toolkit's exceptions.
-void readToolkitFailures();
+#include "src/log/procedure.h"
+
+#include <exception>
+#include <optional>
+
+/// Nothing for exceptions that are not the toolkit's.
+std::optional<Failure> readToolkitFailure(const std::exception_ptr& error);

@@ -3,9 +3,11 @@
 #include "src/db/class_diags.h"
 #include "src/log/class_log.h"
 #include "src/log/procedure.h"
+#include "src/services/services.h"
 #include "src/text/text.h"
 
 #include <array>
+#include <functional>
 
 namespace modDatabase {
 namespace {
@@ -49,15 +51,19 @@ constexpr std::u16string_view kOlderFormatMessage =
 /// Rows of a page, of the cache and of the first delivery.
 constexpr int kPageSize = 100;
 
-LoadingEvents* theEvents = nullptr;
+LoadingEvents& events() { return *services().events; }
 
-std::function<void(ado::Recordset&)>& macroTraceReader() {
-    static std::function<void(ado::Recordset&)> reader;
-    return reader;
+/// Without services, as when the process ends, the work runs where it is asked for.
+void runWhilePainting(const std::function<void()>& work) {
+    services().runWhilePainting ? services().runWhilePainting(work) : work();
 }
 
+struct SharedConnection : ado::Connection {
+    SharedConnection() { setRunner(runWhilePainting); }
+};
+
 ado::Connection& connection() {
-    static ado::Connection shared;
+    static SharedConnection shared;
     return shared;
 }
 
@@ -101,9 +107,9 @@ bool isOlderFormat(const Failure& failure) {
 /// Reported under the name of the procedure that asked for the file to be opened.
 void upgradeOlderFormat() {
     theLog().log(kOlderFormatMessage, classLog::kWarning, u"[modDatabase]openRecordsets");
-    theEvents->upgradeBegins();
+    events().upgradeBegins();
     updateDatabaseFormat();
-    theEvents->upgradeEnds();
+    events().upgradeEnds();
 }
 
 void openTraces(ado::Recordset& recordset, const std::u16string& query) {
@@ -112,14 +118,6 @@ void openTraces(ado::Recordset& recordset, const std::u16string& query) {
 }
 
 }  // namespace
-
-void setEvents(LoadingEvents& events) { theEvents = &events; }
-
-void setRunner(ado::Connection::Runner runner) { connection().setRunner(std::move(runner)); }
-
-void setMacroTraceReader(std::function<void(ado::Recordset&)> reader) {
-    macroTraceReader() = std::move(reader);
-}
 
 UniqueTraces& uniqueTraces() {
     static UniqueTraces shared;
@@ -171,11 +169,11 @@ void cancelSearch() { connection().cancel(); }
 
 void openRecordsets() {
     runProcedure(u"[modDatabase]openRecordsets", {.timed = true}, [](Procedure& procedure) {
-        procedure.step([] { theEvents->openingBegins(); });
+        procedure.step([] { events().openingBegins(); });
         procedure.step([] { openUniqueFilters(); });
         procedure.step([] { openDiagRecordset(u""); });
         procedure.step([] { openMacroTraces(); });
-        procedure.step([] { theEvents->openingEnds(); });
+        procedure.step([] { events().openingEnds(); });
     });
 }
 
@@ -206,7 +204,7 @@ void openDiagRecordset(const std::u16string& whereClause) {
         procedure.step([&] {
             if (isOpen(recordset)) recordset.close();
         });
-        procedure.step([] { theEvents->loadBegins(); });
+        procedure.step([] { events().loadBegins(); });
         std::u16string query = std::u16string{kTracesQuery} + whereClause;
         procedure.step([&] { recordset.setCursorLocation(ado::adUseClient); });
         procedure.step([&] { recordset.setPageSize(kPageSize); });
@@ -222,7 +220,7 @@ void openDiagRecordset(const std::u16string& whereClause) {
                                                    std::u16string{kOldestTracesQuery} + whereClause;
                                                return Resume::SameStep;
                                            });
-        if (!opened) procedure.step([] { theEvents->loadRefused(); });
+        if (!opened) procedure.step([] { events().loadRefused(); });
     });
 }
 
@@ -235,7 +233,7 @@ void openMacroTraces() {
         });
         // Called for a closed recordset too: the definitions of the database before must go.
         procedure.step([&] {
-            if (macroTraceReader()) macroTraceReader()(recordset);
+            if (services().readMacroTraces != nullptr) services().readMacroTraces(recordset);
         });
     });
 }

@@ -3,26 +3,18 @@
 //   modDatabase::connectToDB(path);
 //   modDatabase::openRecordsets();
 //
-// The user-interface thread. No procedure here throws: errors are reported as log/procedure.h says.
+// How the opening goes is told to the services in use (services/services.h); they also run what may
+// take long, and read the macro traces. No procedure here throws: errors are reported as
+// log/procedure.h says. The user-interface thread.
 #pragma once
 
 #include "src/db/loading_events.h"
 #include "src/db/unique_trace.h"
 
 #include <filesystem>
-#include <functional>
 #include <string>
 
 namespace modDatabase {
-
-/// Who is told how the opening goes. Set once at start-up, before anything is opened.
-void setEvents(LoadingEvents& events);
-
-/// Who runs what may take long, with the window painted meanwhile. An empty one: whoever asks for it.
-void setRunner(ado::Connection::Runner runner);
-
-/// Who reads the macro traces. Set once at start-up; without one they are not read.
-void setMacroTraceReader(std::function<void(ado::Recordset&)> reader);
 
 /// Points the shared connection at another file.
 void connectToDB(const std::u16string& path);

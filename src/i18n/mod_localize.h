@@ -1,5 +1,6 @@
 // The texts that users see, by name, in the language in use: those of a resource library beside the
-// program, and where it has none the program's own, which are English.
+// program, or in the folder that the services in use name, and where it has none the program's own,
+// which are English.
 //
 //   cmdApplyFilter.setCaption(wideText(Text::ApplyFilter));
 //   setNotice(text(Text::SearchingFor) + wanted);
@@ -67,8 +68,5 @@ std::u16string languageNameOfCode(std::u16string_view code);
 
 /// The code of the language that the user chose for the system.
 std::u16string userLanguageCode();
-
-/// Where the libraries are looked for; the program's folder unless a test says otherwise.
-void setLanguageFolder(std::u16string folder);
 
 }  // namespace modLocalize

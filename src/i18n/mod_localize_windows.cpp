@@ -4,8 +4,9 @@
 #include "src/log/procedure.h"
 #include "src/platform/program.h"
 #include "src/platform/system_error.h"
+#include "src/platform/user_dialogs.h"
+#include "src/services/services.h"
 #include "src/text/text.h"
-#include "toolkit/forms/dialogs.h"
 #include "toolkit/forms/form.h"
 
 #include <windows.h>
@@ -32,7 +33,6 @@ struct State {
     std::uint16_t language = 0;
     HMODULE library = nullptr;
     std::vector<std::u16string> installed{u""};
-    std::optional<std::u16string> folder;
 };
 
 State& state() {
@@ -40,7 +40,9 @@ State& state() {
     return shared;
 }
 
-std::u16string folderOfLibraries() { return state().folder.value_or(program::folder()); }
+std::u16string folderOfLibraries() {
+    return services().languageFolder.empty() ? program::folder() : services().languageFolder;
+}
 
 void freeLibrary() {
     if (state().library != nullptr) ::FreeLibrary(std::exchange(state().library, nullptr));
@@ -137,7 +139,7 @@ void attempt(std::u16string_view label, const std::u16string& beginning,
              const std::function<void()>& action) {
     runProcedure(label, {.quiet = true}, [&](Procedure& procedure) {
         procedure.step(action, [&](const Failure& failure) {
-            forms::dialogs().showMessage(
+            userDialogs().showMessage(
                 nullptr, {.title = kProductTitle, .text = toWide(beginning + failure.description)});
             return Resume::Next;
         });
@@ -204,7 +206,5 @@ std::u16string languageNameOfCode(std::u16string_view code) {
 }
 
 std::u16string userLanguageCode() { return codeOfLanguage(::GetUserDefaultLangID()); }
-
-void setLanguageFolder(std::u16string folder) { state().folder = std::move(folder); }
 
 }  // namespace modLocalize

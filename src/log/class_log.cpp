@@ -1,6 +1,7 @@
 #include "src/log/class_log.h"
 
 #include "src/log/procedure.h"
+#include "src/services/services.h"
 #include "src/text/text.h"
 
 #include <algorithm>
@@ -35,15 +36,10 @@ std::u16string inFolder(const std::u16string& folder, std::u16string_view name) 
     return folder + (closed ? u"" : u"\\") + std::u16string{name};
 }
 
-std::function<LogSystem()>& systemMaker() {
-    static std::function<LogSystem()> make = silentLogSystem;
-    return make;
-}
-
-/// Never destroyed: the last lines are written by who ends the program.
-std::unique_ptr<classLog>& sharedLog() {
-    static auto* const shared = new std::unique_ptr<classLog>;
-    return *shared;
+/// Never destroyed: other objects may log when the program ends.
+classLog& silentLog() {
+    static auto* const silent = new classLog{silentLogSystem()};
+    return *silent;
 }
 
 }  // namespace
@@ -205,14 +201,4 @@ void classLog::closeLog() {
     strLogFile_ = newLogFile();
 }
 
-classLog& theLog() {
-    std::unique_ptr<classLog>& shared = sharedLog();
-    if (!shared) shared = std::make_unique<classLog>(systemMaker()());
-    return *shared;
-}
-
-void setLogSystem(std::function<LogSystem()> make) { systemMaker() = std::move(make); }
-
-std::unique_ptr<classLog> setLog(std::unique_ptr<classLog> replacement) {
-    return std::exchange(sharedLog(), std::move(replacement));
-}
+classLog& theLog() { return services().log != nullptr ? *services().log : silentLog(); }

@@ -33,7 +33,7 @@ public:
     /// Creates the folder if necessary and removes old files. The file itself is opened when its
     /// first line is written.
     explicit classLog(LogSystem system);
-    ~classLog();
+    virtual ~classLog();
     classLog(const classLog&) = delete;
     classLog& operator=(const classLog&) = delete;
 
@@ -48,8 +48,8 @@ public:
     /// retried instead of skipped.
     bool DebugMode() const;
 
-    void log(std::u16string_view message, int level,
-             std::u16string_view label = logformat::kNoLabel);
+    virtual void log(std::u16string_view message, int level,
+                     std::u16string_view label = logformat::kNoLabel);
 
     /// Logs the start or end of a procedure, and its duration; lines in between are indented.
     void enterProc(std::u16string_view label);
@@ -104,12 +104,5 @@ private:
 /// Days that a log is kept.
 int retentionDays(std::uint64_t availableBytes);
 
-/// The log of the program, made when it is first asked for.
+/// The log in use (services/services.h); a silent one if there is none.
 classLog& theLog();
-
-/// Of what the shared log is made; a system without files if never called.
-void setLogSystem(std::function<LogSystem()> make);
-
-/// Puts another log in the place of the shared one and returns that; null: it is made anew when it
-/// is next asked for.
-std::unique_ptr<classLog> setLog(std::unique_ptr<classLog> replacement);

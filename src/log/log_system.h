@@ -1,7 +1,8 @@
 // The system services that the log needs, one small interface each, so that tests can replace clock
 // and volume.
 //
-//   classLog log{windowsLogSystem()};  // tests pass a system of their own
+//   LogSystem system = fake.system();  // in the program: windowsLogSystem()
+//   classLog log{std::move(system)};
 //
 // The user-interface thread.
 #pragma once

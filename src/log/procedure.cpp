@@ -2,30 +2,17 @@
 
 #include "engine/ado/error.h"
 #include "src/log/class_log.h"
+#include "src/services/services.h"
 #include "src/text/text.h"
 
 #include <new>
+#include <optional>
 #include <system_error>
 #include <utility>
 
 namespace {
 
 constexpr int kErrorLimit = 10;
-
-FailureReporter& reporter() {
-    static FailureReporter current;
-    return current;
-}
-
-FailureTranslator& translator() {
-    static FailureTranslator current;
-    return current;
-}
-
-StepFault& stepFault() {
-    static StepFault current;
-    return current;
-}
 
 /// How many steps are running, one inside the other.
 int runningSteps = 0;
@@ -41,8 +28,10 @@ public:
 }  // namespace
 
 Failure toFailure(const std::exception_ptr& error) {
-    if (translator()) {
-        if (std::optional<Failure> failure = translator()(error)) return *std::move(failure);
+    if (services().readFailure != nullptr) {
+        if (std::optional<Failure> failure = services().readFailure(error)) {
+            return *std::move(failure);
+        }
     }
     try {
         std::rethrow_exception(error);
@@ -65,16 +54,6 @@ std::u16string describe(const Failure& failure) {
     return u"Err.Number = " + toText(failure.number) + u" Err.Description = " + failure.description;
 }
 
-void setFailureTranslator(FailureTranslator newTranslator) {
-    translator() = std::move(newTranslator);
-}
-
-FailureReporter setFailureReporter(FailureReporter newReporter) {
-    return std::exchange(reporter(), std::move(newReporter));
-}
-
-void setStepFault(StepFault fault) { stepFault() = std::move(fault); }
-
 bool isInStep() { return runningSteps > 0; }
 
 bool Procedure::step(const std::function<void()>& action,
@@ -83,7 +62,6 @@ bool Procedure::step(const std::function<void()>& action,
         Failure failure;
         try {
             const RunningStep running;
-            if (stepFault()) stepFault()(label_);
             action();
             return true;
         } catch (const ForcedExit&) {
@@ -97,14 +75,14 @@ bool Procedure::step(const std::function<void()>& action,
         const Resume resume = decide ? decide(failure) : usual;
         if (resume == Resume::AsUsual) report(failure);
         line_ = 0;
-        const bool again = resume == Resume::SameStep || (resume == Resume::AsUsual && retries());
+        const bool again =
+            resume == Resume::SameStep || (resume == Resume::AsUsual && log().DebugMode());
         if (!again) return false;
     }
 }
 
-bool Procedure::retries() const {
-    if (convention_.log == nullptr && reporter()) return false;
-    return (convention_.log != nullptr ? *convention_.log : theLog()).DebugMode();
+classLog& Procedure::log() const {
+    return convention_.log != nullptr ? *convention_.log : theLog();
 }
 
 void Procedure::report(const Failure& failure) const {
@@ -114,13 +92,7 @@ void Procedure::report(const Failure& failure) const {
 }
 
 void Procedure::reportLine(const std::u16string& message) const {
-    if (convention_.log != nullptr) {
-        convention_.log->log(message, classLog::kError, label_);
-    } else if (reporter()) {
-        reporter()(label_, message);
-    } else {
-        theLog().log(message, classLog::kError, label_);
-    }
+    log().log(message, classLog::kError, label_);
 }
 
 void Procedure::count(const Failure& failure) {

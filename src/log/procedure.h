@@ -15,7 +15,6 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -33,23 +32,6 @@ Failure toFailure(const std::exception_ptr& error);
 
 /// "Err.Number = N Err.Description = TEXT".
 std::u16string describe(const Failure& failure);
-
-/// Reads exceptions of a kind that is not known here; nothing for all others.
-using FailureTranslator = std::function<std::optional<Failure>(const std::exception_ptr&)>;
-void setFailureTranslator(FailureTranslator translator);
-
-/// Receives what procedures report: the procedure's label and a line of text.
-using FailureReporter =
-    std::function<void(std::u16string_view label, const std::u16string& message)>;
-
-/// Installs a receiver in the place of the shared log and returns the one before; an empty one
-/// brings the log back.
-FailureReporter setFailureReporter(FailureReporter reporter);
-
-/// Called at the beginning of every step; what it throws is the step's failure. For tests, to fail
-/// what cannot be made to fail from outside. An empty one takes it away.
-using StepFault = std::function<void(std::u16string_view label)>;
-void setStepFault(StepFault fault);
 
 /// Whether a step is running on the user-interface thread.
 bool isInStep();
@@ -117,6 +99,8 @@ public:
               const std::function<Resume(const Failure&)>& decide = {},
               int line = __builtin_LINE());
 
+    std::u16string_view label() const { return label_; }
+
     /// For a `decide` that logs the failure but continues in its own way.
     void report(const Failure& failure) const;
 
@@ -127,7 +111,7 @@ private:
 
     void count(const Failure& failure);
     void reportLine(const std::u16string& message) const;
-    bool retries() const;
+    classLog& log() const;
 
     std::u16string label_;
     Convention convention_;

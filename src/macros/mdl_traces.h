@@ -1,7 +1,7 @@
 // Macro traces: named groups of trace settings in the database. Its rows are merged into one
 // document.
 //
-//   modDatabase::setMacroTraceReader(mdlTraces::initMacroTraces);   // once, at start-up
+//   const ServicesInUse inUse{{.readMacroTraces = mdlTraces::initMacroTraces}};
 //   const xml::Node trace = mdlTraces::findTrace(L"Calls", L"Incoming calls");
 //
 // The root HYBRIDTRACES contains the groups (GA with NAME and DESCRIPTION, and DONTSHOW if it is

@@ -1,6 +1,7 @@
 #include "src/platform/registry_api.h"
 
 #include "src/log/procedure.h"
+#include "src/services/services.h"
 
 namespace RegistryAPI {
 namespace {
@@ -14,19 +15,12 @@ public:
     }
 };
 
-Registry*& current() {
-    static Registry* registry = nullptr;
-    return registry;
-}
-
 }  // namespace
 
 Registry& registry() {
     static EmptyRegistry empty;
-    return current() != nullptr ? *current() : empty;
+    return services().registry != nullptr ? *services().registry : empty;
 }
-
-void setRegistry(Registry* replacement) { current() = replacement; }
 
 std::u16string readText(const std::u16string& path, const std::u16string& name) {
     return std::get<std::u16string>(registry().read(path, name, kText));

@@ -29,11 +29,8 @@ public:
     virtual Value read(const std::u16string& path, const std::u16string& name, int type) = 0;
 };
 
-/// The registry in use: an empty one until another is set.
+/// The registry in use (services/services.h); an empty one if there is none.
 Registry& registry();
-
-/// Null brings the empty one back. The given object must outlive its use.
-void setRegistry(Registry* replacement);
 
 std::u16string readText(const std::u16string& path, const std::u16string& name);
 std::uint32_t readNumber(const std::u16string& path, const std::u16string& name);

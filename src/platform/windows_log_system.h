@@ -1,6 +1,7 @@
 // The log's system services on Windows: clock, volume, debugger and shell.
 //
-//   setLogSystem(windowsLogSystem);
+//   classLog log{windowsLogSystem()};
+//   const ServicesInUse inUse{{.log = &log}};
 //
 // The user-interface thread.
 #pragma once

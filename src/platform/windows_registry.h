@@ -2,7 +2,7 @@
 // own, which is used if a key is missing in the usual one.
 //
 //   RegistryAPI::WindowsRegistry machine;
-//   RegistryAPI::setRegistry(&machine);
+//   const ServicesInUse inUse{{.registry = &machine}};
 //
 // The user-interface thread.
 #pragma once

@@ -21,6 +21,10 @@ struct src {
     std::function<void(const std::u16string&)> setNotice;
 };
 
+struct src_app : src {
+    frmMain& form;
+};
+
 struct src_app_instance_h : src {
     void end();
 };
@@ -46,6 +50,13 @@ struct src_log : src {
 
 struct src_log_log_format_h : src_log {
     LocalSeconds now;
+};
+
+struct src_log_log_system_h {
+    struct Fake {
+        LogSystem system();
+    };
+    Fake fake;
 };
 
 struct src_log_procedure_h : src_log {
@@ -94,6 +105,10 @@ struct src_search_find_history_h : src {
 };
 
 struct src_search_hourglass_h : forms::Form {};
+
+struct src_services_services_h {
+    RegistryAPI::WindowsRegistry fakeRegistry;
+};
 
 struct src_ui_main_grid_arrangement_h : src {
     grid::DataSource& other;

@@ -4,6 +4,7 @@
 #include "src/crash/crash_report.h"
 #include "src/log/class_log.h"
 #include "src/platform/windows_log_system.h"
+#include "src/services/services.h"
 #include "tests/src/windows/replaced_import.h"
 
 #include <windows.h>
@@ -61,7 +62,8 @@ void crash(const std::wstring& way) {
 }  // namespace
 
 int wmain(int count, wchar_t** arguments) {
-    setLogSystem(windowsLogSystem);
+    classLog log{windowsLogSystem()};
+    const ServicesInUse inUse{{.log = &log}};
     installCrashReports();
     theLog().enterProc(u"[a]b");
     theLog().log(u"gathered", classLog::kInfo, u"[a]b");

@@ -124,21 +124,11 @@ public:
     }
 };
 
-Dialogs*& replacementDialogs() {
-    static Dialogs* replacement = nullptr;
-    return replacement;
-}
-
 }  // namespace
 
-Dialogs& dialogs() {
+Dialogs& systemDialogs() {
     static SystemDialogs system;
-    Dialogs* replacement = replacementDialogs();
-    return replacement ? *replacement : system;
-}
-
-Dialogs* setDialogs(Dialogs* replacement) {
-    return std::exchange(replacementDialogs(), replacement);
+    return system;
 }
 
 }  // namespace forms

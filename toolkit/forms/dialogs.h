@@ -1,6 +1,6 @@
 // Message boxes and file dialogs, behind one small interface, so that a test can answer them.
 //
-//   const auto answer = forms::dialogs().openFile(
+//   const auto answer = forms::systemDialogs().openFile(
 //       form.hwnd(), {.title = L"Open", .filter = L"Database (*.mdb)|*.mdb"});
 //   if (answer) { open(answer->path); }
 //
@@ -54,10 +54,7 @@ public:
     virtual MessageAnswer showMessage(HWND owner, const MessageRequest&) = 0;
 };
 
-/// The dialogs in use: the system's, until others are set.
-Dialogs& dialogs();
-
-/// Null brings the system's back. The given object must outlive its use. Returns what was set.
-Dialogs* setDialogs(Dialogs* replacement);
+/// Those of the system.
+Dialogs& systemDialogs();
 
 }  // namespace forms

@@ -6,10 +6,10 @@
 #include "src/i18n/mod_localize.h"
 #include "src/log/procedure.h"
 #include "src/platform/mdl_html_help.h"
+#include "src/platform/user_dialogs.h"
 #include "src/text/text.h"
 #include "src/ui/about/frm_about.h"
 #include "toolkit/forms/application.h"
-#include "toolkit/forms/dialogs.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -238,7 +238,7 @@ std::u16string frmMain::selectDatabase() {
     runProcedure(u"[frmMain]selectDatabase", {.timed = true}, [&](Procedure& procedure) {
         procedure.step([&] {
             load();
-            const auto chosen = forms::dialogs().openFile(
+            const auto chosen = userDialogs().openFile(
                 hwnd(),
                 {.title = wideText(Text::SelectDatabaseFile), .filter = L"Database (*.mdb)|*.mdb"});
             if (!chosen) throw RuntimeError{RuntimeError::kCancelled, u"Cancel was selected."};

@@ -4,6 +4,7 @@
 #include "src/i18n/mod_localize.h"
 #include "src/log/procedure.h"
 #include "src/platform/running_on_server.h"
+#include "src/platform/user_dialogs.h"
 #include "src/search/ansi_file.h"
 #include "src/search/export.h"
 #include "src/search/hourglass.h"
@@ -11,7 +12,6 @@
 #include "src/text/text.h"
 #include "src/ui/main/frm_main.h"
 #include "toolkit/forms/application.h"
-#include "toolkit/forms/dialogs.h"
 
 #include <windows.h>
 #include <mmsystem.h>
@@ -118,9 +118,9 @@ void frmMain::mnuExportData_Click() {
 }
 
 std::wstring frmMain::askExportPath() {
-    const auto chosen = forms::dialogs().saveFile(hwnd(), {.filter = L"TXT (*.txt)|*.txt",
-                                                           .defaultExtension = L"txt",
-                                                           .fileName = L"Diagnostics.txt"});
+    const auto chosen = userDialogs().saveFile(hwnd(), {.filter = L"TXT (*.txt)|*.txt",
+                                                        .defaultExtension = L"txt",
+                                                        .fileName = L"Diagnostics.txt"});
     if (!chosen) throw RuntimeError{RuntimeError::kCancelled, u"Cancel was selected."};
     return chosen->path;
 }

@@ -3,6 +3,7 @@
 #include "src/log/procedure.h"
 #include "src/text/text.h"
 #include "tests/src/db/recorded_events.h"
+#include "tests/src/log/reporting_log.h"
 #include "tests/support/damage.h"
 #include "tests/support/expected.h"
 #include "tests/support/trace_database.h"
@@ -18,18 +19,9 @@ constexpr std::chrono::seconds kPatience{60};
 
 class LoadingTest : public testing::Test {
 protected:
-    void SetUp() override {
-        setFailureReporter([this](std::u16string_view label, const std::u16string& message) {
-            reports_.push_back(std::u16string{label} + u": " + message);
-        });
-        modDatabase::setEvents(events_);
-        diags() = std::make_unique<classDiags>(pump_, events_);
-    }
+    void SetUp() override { diags() = std::make_unique<classDiags>(pump_, events_); }
 
-    void TearDown() override {
-        diags().reset();
-        setFailureReporter({});
-    }
+    void TearDown() override { diags().reset(); }
 
     std::filesystem::path makeFile(const char* name, std::uint32_t rows,
                                    fixture::TraceFormat format = fixture::TraceFormat::Newer) {
@@ -59,6 +51,10 @@ protected:
     RecordedEvents events_;
     std::vector<std::u16string> reports_;
     fixture::TemporaryFolder folder_;
+    ReportsTo reporting_{[this](std::u16string_view label, const std::u16string& message) {
+        reports_.push_back(std::u16string{label} + u": " + message);
+    }};
+    ServicesInUse inUse_{servicesWith(&Services::events, &events_)};
 };
 
 TEST_F(LoadingTest, FirstRowsAreThereWhenTheOpenReturns) {

@@ -37,23 +37,21 @@ std::vector<char> contentOf(const std::filesystem::path& path) {
 
 class UpgradeTest : public testing::Test {
 protected:
-    void SetUp() override {
-        setFailureReporter([this](std::u16string_view label, const std::u16string& message) {
-            reports_.push_back(std::u16string{label} + u": " + message);
-        });
-        modDatabase::setEvents(events_);
-        modDatabase::setRunner([this](const std::function<void()>& work) {
-            ++works_;
-            work();
-        });
-        diags() = std::make_unique<classDiags>(pump_, events_);
-    }
+    void SetUp() override { diags() = std::make_unique<classDiags>(pump_, events_); }
 
     void TearDown() override {
         diags().reset();
-        setFailureReporter({});
         modDatabase::connectToDB(u"");
-        modDatabase::setRunner({});
+    }
+
+    Services compose() {
+        Services composed = services();
+        composed.events = &events_;
+        composed.runWhilePainting = [this](const std::function<void()>& work) {
+            ++works_;
+            work();
+        };
+        return composed;
     }
 
     void open(const std::filesystem::path& path) {
@@ -86,6 +84,10 @@ protected:
     std::vector<std::u16string> reports_;
     std::vector<std::u16string> reportsOfOpening_;
     fixture::TemporaryFolder folder_;
+    ReportsTo reporting_{[this](std::u16string_view label, const std::u16string& message) {
+        reports_.push_back(std::u16string{label} + u": " + message);
+    }};
+    ServicesInUse inUse_{compose()};
 };
 
 // ---- What an upgraded file must hold --------------------------------------------------------
@@ -216,9 +218,9 @@ TEST_F(UpgradeTest, ItsBeginningAndItsEndAreTold) {
 }
 
 TEST_F(UpgradeTest, TheLogSaysThatTheFileIsOld) {
-    setFailureReporter({});
     FakeLogSystem system;
-    auto before = setLog(std::make_unique<classLog>(system.system()));
+    classLog shared{system.system()};
+    const ServicesInUse inUse{servicesWith(&Services::log, &shared)};
     const auto path = makeFile(50, fixture::TraceFormat::Older);
     open(path);
     open(path);
@@ -236,7 +238,6 @@ TEST_F(UpgradeTest, TheLogSaysThatTheFileIsOld) {
     EXPECT_EQ(count("Entering [modDatabase]updateDatabaseFormat_0"), 1u);
     EXPECT_EQ(count("Exiting [modDatabase]updateDatabaseFormat_0"), 1u);
     EXPECT_EQ(count("ERROR:("), 0u) << log;
-    setLog(std::move(before));
 }
 
 TEST_F(UpgradeTest, SampleFilesHoldWhatTheirMakersSay) {

@@ -2,6 +2,7 @@
 
 #include "engine/ado/recordset.h"
 #include "tests/src/log/fake_log_system.h"
+#include "tests/src/log/step_fault.h"
 #include "tests/support/expected.h"
 #include "tests/support/trace_database.h"
 
@@ -411,21 +412,19 @@ TEST_F(PruningTest, AVolumeThatDoesNotAnswerLeavesFourteenDays) {
     EXPECT_TRUE(has(u"b.LOG"));
 }
 
-TEST(SharedLogTest, IsMadeWhenItIsFirstAskedFor) {
-    auto previous = setLog(nullptr);
+TEST(SharedLogTest, IsTheOneInUse) {
     FakeLogSystem fake;
-    int made = 0;
-    setLogSystem([&] {
-        ++made;
-        return fake.system();
-    });
-    EXPECT_EQ(made, 0);
-    theLog().log(u"one", 0, u"[a]b");
-    theLog().log(u"two", 0, u"[a]b");
-    EXPECT_EQ(made, 1);
-    EXPECT_TRUE(fake.text(theLog().strLogFile()).ends_with("two\r\n"));
-    setLogSystem(silentLogSystem);
-    setLog(std::move(previous));
+    classLog log{fake.system()};
+    theLog().log(u"lost", 0, u"[a]b");
+    {
+        const ServicesInUse inUse{servicesWith(&Services::log, &log)};
+        theLog().log(u"one", 0, u"[a]b");
+    }
+    theLog().log(u"lost too", 0, u"[a]b");
+    log.flush();
+    const std::string text = fake.text(log.strLogFile());
+    EXPECT_TRUE(text.ends_with("one\r\n"));
+    EXPECT_EQ(text.find("lost"), std::string::npos);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "src/log/class_log.h"
 #include "src/log/procedure.h"
+#include "tests/src/log/reporting_log.h"
 
 #include <map>
 #include <memory>
@@ -127,13 +128,8 @@ class SharedFakeLog {
 public:
     enum class Mode { Usual, Development };
 
-    explicit SharedFakeLog(Mode mode = Mode::Usual) {
-        if (mode == Mode::Development) fake.program.hostPath = u"C:\\tools\\ViewerDevelopment.exe";
-        previous_ = setLog(std::make_unique<classLog>(fake.system()));
-    }
-    ~SharedFakeLog() { setLog(std::move(previous_)); }
-    SharedFakeLog(const SharedFakeLog&) = delete;
-    SharedFakeLog& operator=(const SharedFakeLog&) = delete;
+    explicit SharedFakeLog(Mode mode = Mode::Usual)
+        : fake{systemFor(mode)}, log_{fake.system()}, inUse_{servicesWith(&Services::log, &log_)} {}
 
     /// The lines under a label, without what stands before the message.
     std::vector<std::string> messages(const std::string& label) {
@@ -166,18 +162,12 @@ public:
     FakeLogSystem fake;
 
 private:
-    std::unique_ptr<classLog> previous_;
-};
-
-/// Fails every step of one procedure until the end of the block.
-class FailingSteps {
-public:
-    explicit FailingSteps(std::u16string label) {
-        setStepFault([label = std::move(label)](std::u16string_view running) {
-            if (running == label) throw RuntimeError{70, u"Permission denied"};
-        });
+    static FakeLogSystem systemFor(Mode mode) {
+        FakeLogSystem made;
+        if (mode == Mode::Development) made.program.hostPath = u"C:\\tools\\ViewerDevelopment.exe";
+        return made;
     }
-    ~FailingSteps() { setStepFault({}); }
-    FailingSteps(const FailingSteps&) = delete;
-    FailingSteps& operator=(const FailingSteps&) = delete;
+
+    classLog log_;
+    ServicesInUse inUse_;
 };

@@ -6,6 +6,7 @@
 #include "src/platform/utilities.h"
 #include "src/search/trace_search.h"
 #include "tests/src/db/recorded_events.h"
+#include "tests/src/log/step_fault.h"
 #include "tests/support/expected.h"
 
 #include <gtest/gtest.h>
@@ -28,20 +29,16 @@ public:
 class GuardedProceduresTest : public testing::Test {
 protected:
     void SetUp() override {
-        modDatabase::setEvents(events_);
         diags() = std::make_unique<classDiags>(pump_, events_);
         SharedFakeLog quiet;
         modDatabase::connectToDB(u"");
-        RegistryAPI::setRegistry(&registry_);
     }
-    void TearDown() override {
-        diags().reset();
-        RegistryAPI::setRegistry(nullptr);
-    }
+    void TearDown() override { diags().reset(); }
 
     std::shared_ptr<ado::HandPump> pump_ = std::make_shared<ado::HandPump>();
     RecordedEvents events_;
     RefusingRegistry registry_;
+    ServicesInUse inUse_{{.registry = &registry_, .events = &events_}};
     fixture::TemporaryFolder folder_;
 };
 

@@ -13,17 +13,13 @@ namespace {
 
 class ProcedureTest : public testing::Test {
 protected:
-    void SetUp() override {
-        setFailureReporter([this](std::u16string_view label, const std::u16string& message) {
-            EXPECT_EQ(label, u"[modMain]Main");
-            lines_.push_back(message);
-        });
-    }
-    void TearDown() override { setFailureReporter({}); }
-
     static void fail() { throw ado::Error{-2147467259, "Unrecognized database format."}; }
 
     std::vector<std::u16string> lines_;
+    ReportsTo reporting_{[this](std::u16string_view label, const std::u16string& message) {
+        EXPECT_EQ(label, u"[modMain]Main");
+        lines_.push_back(message);
+    }};
 };
 
 TEST_F(ProcedureTest, AFailedStepIsReportedAndTheNextOneRuns) {

@@ -3,6 +3,7 @@
 
 #include "src/platform/registry_api.h"
 #include "tests/src/log/fake_log_system.h"
+#include "tests/src/support/services_with.h"
 
 #include <gtest/gtest.h>
 
@@ -36,9 +37,6 @@ public:
 
 class GetVersionTest : public testing::Test {
 protected:
-    void SetUp() override { RegistryAPI::setRegistry(&registry_); }
-    void TearDown() override { RegistryAPI::setRegistry(nullptr); }
-
     VersionRecord older(std::uint32_t version, std::uint32_t build) {
         registry_.keys[kOlder] = {{u"Version Number", version}, {u"Build Number", build}};
         return Utilities::getVersion();
@@ -46,6 +44,7 @@ protected:
 
     SharedFakeLog log_;
     FakeRegistry registry_;
+    ServicesInUse inUse_{servicesWith(&Services::registry, &registry_)};
 };
 
 TEST_F(GetVersionTest, TheCurrentProductTellsEveryPart) {
@@ -113,7 +112,7 @@ TEST_F(GetVersionTest, DecimalPartsStopAtTheFirstLetter) {
 
 TEST_F(GetVersionTest, OtherTypesOfValuesAreNotRead) {
     EXPECT_THROW(registry_.read(kOlder, u"x", 3), RuntimeError);
-    RegistryAPI::setRegistry(nullptr);
+    const ServicesInUse none{servicesWith(&Services::registry, nullptr)};
     EXPECT_FALSE(RegistryAPI::registry().keyExists(kCurrent));
     EXPECT_THROW(RegistryAPI::readNumber(kCurrent, u"x"), RuntimeError);
 }

@@ -1,6 +1,7 @@
 #include "src/search/trace_search.h"
 
 #include "src/log/procedure.h"
+#include "tests/src/log/reporting_log.h"
 #include "tests/support/expected.h"
 #include "tests/support/fixture_builder.h"
 
@@ -12,14 +13,6 @@ using Texts = std::vector<std::u16string>;
 
 class TraceSearchTest : public testing::Test {
 protected:
-    void SetUp() override {
-        setFailureReporter([this](std::u16string_view label, const std::u16string& message) {
-            EXPECT_EQ(label, u"[here]search");
-            reports.push_back(message);
-        });
-    }
-    void TearDown() override { setFailureReporter({}); }
-
     void open(const Texts& texts) {
         fixture::FixtureBuilder builder;
         auto& table = builder.addTable({.name = u"Lines",
@@ -44,6 +37,10 @@ protected:
     ado::Recordset traces;
     Texts notices;
     Texts reports;
+    ReportsTo reporting{[this](std::u16string_view label, const std::u16string& message) {
+        EXPECT_EQ(label, u"[here]search");
+        reports.push_back(message);
+    }};
 };
 
 TEST_F(TraceSearchTest, TellsThatItSearchesAndThenNothing) {

@@ -80,20 +80,21 @@ using Texts = std::vector<std::wstring>;
 /// Does something on the thread of the search before it begins.
 class BusyRunner {
 public:
-    explicit BusyRunner(std::function<void()> during) : during_{std::move(during)} {
-        modDatabase::setRunner([this](const std::function<void()>& work) {
-            forms::runWhilePainting([&] {
-                if (during_) std::exchange(during_, nullptr)();
-                work();
-            });
-        });
-    }
-    ~BusyRunner() { modDatabase::setRunner(forms::runWhilePainting); }
-    BusyRunner(const BusyRunner&) = delete;
-    BusyRunner& operator=(const BusyRunner&) = delete;
+    explicit BusyRunner(std::function<void()> during)
+        : during_{std::move(during)},
+          inUse_{servicesWith(&Services::runWhilePainting,
+                              [this](const std::function<void()>& work) { run(work); })} {}
 
 private:
+    void run(const std::function<void()>& work) {
+        forms::runWhilePainting([&] {
+            if (during_) std::exchange(during_, nullptr)();
+            work();
+        });
+    }
+
     std::function<void()> during_;
+    ServicesInUse inUse_;
 };
 
 bool answers(HWND window) {

@@ -280,15 +280,15 @@ TEST_F(MainWindowTest, OpeningFromTheMenuReplacesTheDatabase) {
 /// Does something before another thread works for the window.
 class WatchingRunner {
 public:
-    explicit WatchingRunner(std::function<void()> before) {
-        modDatabase::setRunner([before = std::move(before)](const std::function<void()>& work) {
-            before();
-            forms::runWhilePainting(work);
-        });
-    }
-    ~WatchingRunner() { modDatabase::setRunner(forms::runWhilePainting); }
-    WatchingRunner(const WatchingRunner&) = delete;
-    WatchingRunner& operator=(const WatchingRunner&) = delete;
+    explicit WatchingRunner(const std::function<void()>& before)
+        : inUse_{servicesWith(&Services::runWhilePainting,
+                              [before](const std::function<void()>& work) {
+                                  before();
+                                  forms::runWhilePainting(work);
+                              })} {}
+
+private:
+    ServicesInUse inUse_;
 };
 
 TEST_F(MainWindowTest, WhileAnOlderFileIsUpgradedTheRowsBeforeAreGone) {

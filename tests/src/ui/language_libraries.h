@@ -9,10 +9,13 @@
 #include "src/i18n/mod_localize.h"
 #include "src/platform/program.h"
 #include "src/text/text.h"
+#include "tests/src/support/services_with.h"
 #include "tests/support/expected.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 inline constexpr std::uint16_t kEnglish = 1033;
@@ -25,11 +28,11 @@ class LanguageFolder {
 public:
     explicit LanguageFolder(const std::vector<std::string>& codes) {
         for (const std::string& code : codes) folder_.copy(builtLibrary(code));
-        modLocalize::setLanguageFolder(fromWide(folder_.path().wstring()));
+        inUse_.emplace(servicesWith(&Services::languageFolder, fromWide(folder_.path().wstring())));
     }
     /// The loaded library has to go before its file can.
     ~LanguageFolder() {
-        modLocalize::setLanguageFolder(program::folder());
+        inUse_.reset();
         use(kEnglish);
     }
     LanguageFolder(const LanguageFolder&) = delete;
@@ -44,4 +47,5 @@ public:
 
 private:
     fixture::TemporaryFolder folder_;
+    std::optional<ServicesInUse> inUse_;
 };

@@ -3,6 +3,7 @@
 #include "src/db/trace_filter.h"
 #include "src/i18n/language_codes.h"
 #include "src/ui/about/frm_about.h"
+#include "tests/src/log/step_fault.h"
 #include "tests/src/ui/language_libraries.h"
 #include "tests/src/ui/macro_traces_test.h"
 #include "tests/support/language_table.h"
@@ -269,7 +270,8 @@ TEST_F(LanguageTest, LanguagesThatTheSystemDoesNotKnowAreAnError) {
 TEST_F(LanguageTest, AFolderThatIsGoneIsToldInAMessageBox) {
     {
         const LanguageFolder languages{{"DEU"}};
-        modLocalize::setLanguageFolder(u"C:\\there\\is no such folder");
+        const ServicesInUse gone{
+            servicesWith(&Services::languageFolder, u"C:\\there\\is no such folder")};
         languages.use(kGerman);
         EXPECT_EQ(installedLanguages(), Codes{u""});
         EXPECT_EQ(myLoadResString(1028), u"Filters") << "the next steps ran";

@@ -37,24 +37,23 @@ forms::MessageAnswer AnsweringDialogs::showMessage(HWND, const forms::MessageReq
     return forms::MessageAnswer::ok;
 }
 
+Services MainWindowTest::compose() {
+    return {.log = &reportingLog,
+            .dialogs = &dialogs,
+            .events = &form,
+            .runWhilePainting = forms::runWhilePainting,
+            .readFailure = readToolkitFailure,
+            .readMacroTraces = mdlTraces::initMacroTraces};
+}
+
 MainWindowTest::MainWindowTest() {
-    forms::setDialogs(&dialogs);
-    readToolkitFailures();
     form.endProgram = [this] { ++ended; };
-    setFailureReporter([this](std::u16string_view label, const std::u16string& message) {
-        reports.push_back(std::u16string{label} + u": " + message);
-    });
-    modDatabase::setEvents(form);
-    modDatabase::setRunner(forms::runWhilePainting);
-    modDatabase::setMacroTraceReader(mdlTraces::initMacroTraces);
     diags() = std::make_unique<classDiags>(std::make_shared<PostingScheduler>(), form);
 }
 
 MainWindowTest::~MainWindowTest() {
     form.tdbgridData.setDataSource(nullptr);
     diags().reset();
-    setFailureReporter({});
-    forms::setDialogs(nullptr);
 }
 
 std::filesystem::path MainWindowTest::makeFile(const std::string& name, std::uint32_t rowCount,

@@ -5,7 +5,9 @@
 #include "src/db/class_diags.h"
 #include "src/db/mod_database.h"
 #include "src/log/procedure.h"
+#include "src/services/services.h"
 #include "src/ui/main/frm_main.h"
+#include "tests/src/log/reporting_log.h"
 #include "tests/support/expected.h"
 #include "tests/support/trace_database.h"
 #include "toolkit/forms/application.h"
@@ -58,4 +60,12 @@ protected:
     int ended = 0;
     std::vector<std::u16string> reports;
     fixture::TemporaryFolder folder;
+
+private:
+    Services compose();
+
+    ReportingLog reportingLog{[this](std::u16string_view label, const std::u16string& message) {
+        reports.push_back(std::u16string{label} + u": " + message);
+    }};
+    ServicesInUse servicesInUse{compose()};
 };

@@ -6,6 +6,7 @@
 #include "src/search/trace_search.h"
 #include "src/ui/about/frm_about.h"
 #include "tests/src/log/guarded_procedures.h"
+#include "tests/src/log/step_fault.h"
 #include "tests/src/ui/macro_traces_test.h"
 
 #include <gtest/gtest.h>
@@ -14,8 +15,6 @@ namespace {
 
 class GuardedWindowsTest : public MacroTracesTest {
 protected:
-    GuardedWindowsTest() { setFailureReporter({}); }
-
     /// Fails every step of the procedure: there is no other way to make it fail.
     static void expectGuardedByFault(const std::string& label, Lines lines,
                                      const std::function<void()>& call) {

@@ -3,6 +3,7 @@
 
 #include "src/platform/utilities.h"
 #include "tests/src/log/fake_log_system.h"
+#include "tests/src/support/services_with.h"
 #include "tests/src/windows/machine_key.h"
 
 #include <gtest/gtest.h>
@@ -14,9 +15,6 @@ constexpr const wchar_t* kOlderProduct = L"Software\\Pellamar";
 
 class WindowsRegistryTest : public testing::Test {
 protected:
-    void SetUp() override { RegistryAPI::setRegistry(&machine_); }
-    void TearDown() override { RegistryAPI::setRegistry(nullptr); }
-
     static void fill(const MachineKey& key, DWORD major) {
         key.setNumber(L"MajorVersion", major);
         key.setNumber(L"MinorVersion", 2);
@@ -27,6 +25,7 @@ protected:
 
     SharedFakeLog log_;
     RegistryAPI::WindowsRegistry machine_;
+    ServicesInUse inUse_{servicesWith(&Services::registry, &machine_)};
 };
 
 TEST_F(WindowsRegistryTest, WithoutKeysThereIsNoServer) {

@@ -70,10 +70,10 @@ TEST_F(DialogsTest, AMessageBoxShowsItsTextAndReturnsTheAnswer) {
         return true;
     };
     const auto chosen =
-        forms::dialogs().showMessage(nullptr, {.title = L"Title \x65E5",
-                                               .text = L"First line.\r\nSecond line.",
-                                               .icon = forms::MessageIcon::critical,
-                                               .buttons = forms::MessageButtons::yesNo});
+        forms::systemDialogs().showMessage(nullptr, {.title = L"Title \x65E5",
+                                                     .text = L"First line.\r\nSecond line.",
+                                                     .icon = forms::MessageIcon::critical,
+                                                     .buttons = forms::MessageButtons::yesNo});
     EXPECT_EQ(chosen, forms::MessageAnswer::no);
     EXPECT_EQ(title, L"Title \x65E5");
     EXPECT_NE(text.find(L"Second line."), std::wstring::npos);
@@ -83,7 +83,7 @@ TEST_F(DialogsTest, OpenReturnsTheChosenFile) {
     const std::filesystem::path file = folder_ / L"traces \x00E4.mdb";
     std::ofstream(file) << "x";
     typeName(file.wstring());
-    const auto chosen = forms::dialogs().openFile(
+    const auto chosen = forms::systemDialogs().openFile(
         nullptr, {.title = L"Select", .filter = L"Database (*.mdb)|*.mdb"});
     ASSERT_TRUE(chosen.has_value());
     EXPECT_TRUE(std::filesystem::equivalent(chosen->path, file));
@@ -97,7 +97,7 @@ TEST_F(DialogsTest, CancelIsNoAnswer) {
         press(dialog, IDCANCEL);
         return true;
     };
-    EXPECT_FALSE(forms::dialogs()
+    EXPECT_FALSE(forms::systemDialogs()
                      .openFile(nullptr, {.title = L"Select Diagnostic Database File",
                                          .filter = L"Database (*.mdb)|*.mdb"})
                      .has_value());
@@ -106,7 +106,7 @@ TEST_F(DialogsTest, CancelIsNoAnswer) {
 
 TEST_F(DialogsTest, SaveAddsTheExtension) {
     typeName((folder_ / L"Diagnostics").wstring());
-    const auto chosen = forms::dialogs().saveFile(
+    const auto chosen = forms::systemDialogs().saveFile(
         nullptr, {.filter = L"TXT (*.txt)|*.txt", .defaultExtension = L"txt"});
     ASSERT_TRUE(chosen.has_value());
     EXPECT_EQ(std::filesystem::path(chosen->path).filename().wstring(), L"Diagnostics.txt");
@@ -119,9 +119,9 @@ TEST_F(DialogsTest, SaveProposesTheGivenName) {
         press(dialog, IDCANCEL);
         return true;
     };
-    forms::dialogs().saveFile(nullptr, {.filter = L"TXT (*.txt)|*.txt",
-                                        .defaultExtension = L"txt",
-                                        .fileName = L"Diagnostics.txt"});
+    forms::systemDialogs().saveFile(nullptr, {.filter = L"TXT (*.txt)|*.txt",
+                                              .defaultExtension = L"txt",
+                                              .fileName = L"Diagnostics.txt"});
     EXPECT_EQ(proposed, L"Diagnostics.txt");
 }
 
@@ -130,7 +130,7 @@ TEST_F(DialogsTest, TheCurrentFolderStaysAsItWas) {
     const std::filesystem::path file = folder_ / L"a.mdb";
     std::ofstream(file) << "x";
     typeName(file.wstring());
-    forms::dialogs().openFile(nullptr, {.filter = L"Database (*.mdb)|*.mdb"});
+    forms::systemDialogs().openFile(nullptr, {.filter = L"Database (*.mdb)|*.mdb"});
     EXPECT_EQ(std::filesystem::current_path(), before);
 }
 
@@ -143,39 +143,12 @@ TEST_F(DialogsTest, PostedFunctionsGoOnBehindADialog) {
         return true;
     };
     forms::post([&] {
-        forms::dialogs().showMessage(nullptr, {.title = L"Wait", .text = L"Wait"});
+        forms::systemDialogs().showMessage(nullptr, {.title = L"Wait", .text = L"Wait"});
         order.push_back(3);
     });
     forms::post([&] { order.push_back(1); });
     EXPECT_TRUE(waitUntil([&] { return order.size() == 3; }));
     EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
-}
-
-class SetAnswers : public forms::Dialogs {
-public:
-    std::optional<forms::FileDialogAnswer> openFile(HWND,
-                                                    const forms::FileDialogRequest&) override {
-        return forms::FileDialogAnswer{L"C:\\answer.mdb", 1};
-    }
-    std::optional<forms::FileDialogAnswer> saveFile(HWND,
-                                                    const forms::FileDialogRequest&) override {
-        return std::nullopt;
-    }
-    forms::MessageAnswer showMessage(HWND, const forms::MessageRequest& request) override {
-        seen = request.text;
-        return forms::MessageAnswer::ok;
-    }
-    std::wstring seen;
-};
-
-TEST_F(DialogsTest, OthersCanAnswer) {
-    SetAnswers answers;
-    EXPECT_EQ(forms::setDialogs(&answers), nullptr);
-    EXPECT_EQ(forms::dialogs().openFile(nullptr, {})->path, L"C:\\answer.mdb");
-    EXPECT_FALSE(forms::dialogs().saveFile(nullptr, {}).has_value());
-    forms::dialogs().showMessage(nullptr, {.text = L"text"});
-    EXPECT_EQ(answers.seen, L"text");
-    EXPECT_EQ(forms::setDialogs(nullptr), &answers);
 }
 
 }  // namespace
