@@ -6,7 +6,10 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <functional>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace jet {
 namespace {
@@ -96,6 +99,53 @@ TEST(PageCache, ForgetsPagesWhenTold) {
     EXPECT_THAT(*before, Each(1));
 }
 
+/// Lets something happen while a page is being read, as another thread may.
+class InterruptedStorage : public MemoryStorage {
+public:
+    using MemoryStorage::MemoryStorage;
+
+    std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) const override {
+        ++reads;
+        const std::size_t got = MemoryStorage::readAt(offset, buffer);
+        if (const auto happen = std::exchange(meanwhile, nullptr)) happen();
+        return got;
+    }
+
+    mutable std::function<void()> meanwhile;
+    mutable unsigned reads = 0;
+};
+
+// Such a page may be old already.
+TEST(PageCache, DoesNotKeepAPageThatWasForgottenWhileItWasRead) {
+    InterruptedStorage storage{numberedPages(4)};
+    PageCache cache{storage};
+    const std::vector<std::function<void()>> forgets{[&] { cache.clear(); },
+                                                     [&] { cache.forget(PageNumber{2}); }};
+    std::uint8_t content = 50;
+    for (const auto& forget : forgets) {
+        cache.clear();
+        const std::vector<std::uint8_t> changed(kPageSize, ++content);
+        storage.meanwhile = [&] {
+            storage.writeAt(2 * kPageSize, changed);
+            forget();
+        };
+        EXPECT_THAT(*cache.get(PageNumber{2}), testing::Not(Each(content)));
+        EXPECT_THAT(*cache.get(PageNumber{2}), Each(content));
+    }
+}
+
+// Two threads may read one page at the same time; it takes one place.
+TEST(PageCache, APageThatWasReadTwiceAtOnceTakesOnePlace) {
+    InterruptedStorage storage{numberedPages(4)};
+    PageCache cache{storage, 2};
+    storage.meanwhile = [&] { cache.get(PageNumber{1}); };
+    cache.get(PageNumber{1});
+    EXPECT_EQ(storage.reads, 2u);
+    cache.get(PageNumber{2});
+    cache.get(PageNumber{1});
+    EXPECT_EQ(storage.reads, 3u);
+}
+
 TEST(PageCache, ServesSeveralThreads) {
     const MemoryStorage storage{numberedPages(64)};
     PageCache cache{storage, 8};
@@ -145,6 +195,30 @@ TEST(PageReader, ABlockMustLieInTheFile) {
     expectFault(Fault::Truncated, [&] { reader.loadBlock(PageNumber{3}, 2); });
     // What was half loaded is not served.
     EXPECT_THAT(reader.page(PageNumber{3}), Each(3));
+}
+
+TEST(PageReader, ServesPagesFromABlockThatItBorrows) {
+    const CountingStorage storage{numberedPages(10)};
+    PageCache cache{storage};
+    PageReader lender{storage, cache};
+    PageReader borrower{storage, cache};
+    lender.loadBlock(PageNumber{3}, 2);
+    borrower.borrowBlock(&lender);
+    EXPECT_THAT(borrower.page(PageNumber{4}), Each(4));
+    EXPECT_EQ(storage.reads, 1u);
+    borrower.borrowBlock(nullptr);
+    EXPECT_THAT(borrower.page(PageNumber{4}), Each(4));
+    EXPECT_EQ(storage.reads, 2u);
+}
+
+TEST(PageReader, HoldsThePageThatItGaveLast) {
+    const CountingStorage storage{numberedPages(10)};
+    PageCache cache{storage};
+    PageReader reader{storage, cache};
+    const Bytes first = reader.page(PageNumber{4});
+    cache.clear();
+    EXPECT_EQ(reader.page(PageNumber{4}).data(), first.data());
+    EXPECT_EQ(storage.reads, 1u);
 }
 
 TEST(PageReader, NoBlockHoldsTheHeaderPage) {

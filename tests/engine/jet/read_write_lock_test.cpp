@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
+#include <future>
 #include <mutex>
 #include <shared_mutex>
 #include <thread>
@@ -44,8 +46,42 @@ TEST(ReadWriteLock, AWriterIsAlone) {
 
 TEST(ReadWriteLock, ReadersShareIt) {
     ReadWriteLock gate;
-    const std::shared_lock first{gate};
-    std::thread{[&] { const std::shared_lock second{gate}; }}.join();
+    std::shared_lock first{gate};
+    auto second = std::async(std::launch::async, [&] { const std::shared_lock reading{gate}; });
+    EXPECT_EQ(second.wait_for(std::chrono::seconds{20}), std::future_status::ready);
+    first.unlock();  // lets a second reader go that had to wait, so that the test ends
+}
+
+/// Whether a reader that asks while a writer waits gets in before the writer does. `head` is the
+/// writer's start over that reader.
+bool readerOvertakesWriter(std::chrono::milliseconds head) {
+    ReadWriteLock gate;
+    std::shared_lock first{gate};
+    std::atomic<bool> written = false;
+    std::thread writer{[&] {
+        const std::unique_lock writing{gate};
+        written = true;
+    }};
+    std::this_thread::sleep_for(head);
+    std::promise<void> asks;
+    auto reader = std::async(std::launch::async, [&] {
+        asks.set_value();
+        const std::shared_lock reading{gate};
+        return !written;
+    });
+    asks.get_future().wait();
+    reader.wait_for(std::chrono::milliseconds{200});
+    first.unlock();
+    writer.join();
+    return reader.get();
+}
+
+// Readers that follow each other without a gap would keep a writer out for good. The writer may be
+// late on a busy machine, so it gets a longer start each time.
+TEST(ReadWriteLock, AWaitingWriterGoesBeforeNewReaders) {
+    std::chrono::milliseconds head{1};
+    while (readerOvertakesWriter(head) && head < std::chrono::seconds{4}) head *= 2;
+    EXPECT_LT(head, std::chrono::seconds{4});
 }
 
 TEST(ReadWriteLock, WritersTakeTurns) {

@@ -254,6 +254,49 @@ TEST(Pager, ReadersSeeWholeStatements) {
     EXPECT_EQ((*cache.get(PageNumber{3}))[9], static_cast<std::uint8_t>(299));
 }
 
+/// A pager whose changes a cache hears of.
+struct CachedPager {
+    FaultyDisk disk{numberedPages(kPages)};
+    Pager pager{disk.open()};
+    PageCache cache{pager};
+
+    CachedPager() {
+        pager.setListener([this](PageNumber number) {
+            number == kNoPage ? cache.clear() : cache.forget(number);
+        });
+    }
+
+    /// Changes page 3 in a statement of its own, and reads it before the statement ends.
+    void change(unsigned value) {
+        pager.begin();
+        fill(pager, 3, value);
+        EXPECT_EQ(content(), value);
+        pager.end();
+    }
+
+    unsigned content() { return (*cache.get(PageNumber{3}))[0]; }
+};
+
+TEST(Pager, WhatWasReadInAStatementIsForgottenWhenItIsTakenBack) {
+    CachedPager file;
+    for (const unsigned before : {3u, 60u}) {  // the first statement of a change, and a later one
+        file.pager.begin();
+        fill(file.pager, 3, 50);
+        EXPECT_EQ(file.content(), 50u);
+        file.pager.undo();
+        EXPECT_EQ(file.content(), before);
+        file.change(60);
+    }
+}
+
+TEST(Pager, WhatWasReadIsForgottenWhenItCannotBeCommitted) {
+    CachedPager file;
+    file.change(50);
+    file.disk.failOnceAfter(0, Fault::WriteFailed);
+    expectFault(Fault::WriteFailed, [&] { file.pager.commit(); });
+    EXPECT_EQ(file.content(), 3u);
+}
+
 TEST(Pager, TheLargestFile) {
     Pager pager{std::make_unique<fixture::SparseStorage>(format::page::kMaxCount - 3)};
     pager.begin();
