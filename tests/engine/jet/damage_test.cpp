@@ -318,7 +318,9 @@ TEST(Malice, EverySlotOverlapsTheOthers) {
                             slot % 3 == 0 ? 0x1000 : 600);
         }
     }
-    EXPECT_LE(victim.rows(), victim.table.dataPages().size() * 256);
+    // On the last page the second slot shows zeros, which are a record without columns; on the
+    // others it shows bytes of rows. All other slots are empty or overlap.
+    EXPECT_EQ(victim.rows(), 1u);
 }
 
 TEST(Malice, OffsetsOfFieldsThatDescend) {

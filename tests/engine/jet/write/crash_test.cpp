@@ -113,6 +113,7 @@ constexpr std::array kSurvivals{Survival::None, Survival::All, Survival::Random,
 TEST(Crash, AtEveryOperationOfAChange) {
     Random random{1};
     const Change change{60, Pager::kDefaultCapacity};
+    EXPECT_GT(change.operations, 6u);
     for (std::uint64_t operation = 0; operation < change.operations; ++operation) {
         for (const Survival survival : kSurvivals) change.failBefore(operation, survival, random);
     }
