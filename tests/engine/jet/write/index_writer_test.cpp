@@ -1,5 +1,8 @@
 // Deep trees: pages that take few entries, split, merge and vanish.
 #include "engine/jet/index.h"
+#include "engine/jet/index_key.h"
+#include "tests/engine/jet/check/check_support.h"
+#include "tests/engine/jet/faults.h"
 #include "tests/engine/jet/write/written.h"
 #include "tests/support/random.h"
 
@@ -173,6 +176,47 @@ TEST(IndexWriter, KeysOfManyLengths) {
     }
 }
 
+// Rows and entries that contradict each other are damage, which no change may make worse.
+TEST(IndexWriter, AnEntryThatShouldNotBeThereOrIsMissing) {
+    LongKeys file;
+    file.insertAll({10, 20, 30});
+    const RowId place = file.places().begin()->second;
+    const auto keyOf = [&](std::uint32_t number) {
+        Key key;
+        const auto table = file.database->table(u"T");
+        appendKeyPart(LongKeys::key(number), table->definition().columns[0], true, key);
+        return key;
+    };
+    file.write([&](WriteContext& context) {
+        const TableDefinition definition = file.database->table(u"T")->definition();
+        IndexWriter writer{context.pager, context.allocator, definition, 0};
+        expectFault(Fault::Damaged, [&] { writer.insert(keyOf(10), place); });
+        expectFault(Fault::Damaged, [&] { writer.remove(keyOf(15), place); });
+        expectFault(Fault::Damaged, [&] { writer.remove(keyOf(20), place); });
+        expectFault(Fault::Damaged, [&] { writer.remove(keyOf(99), place); });
+        writer.finish();
+    });
+    EXPECT_EQ(file.entries(), 3u);
+    file.expectClean();
+}
+
+// Some writers leave the level of the pages above the leaves at 0.
+TEST(IndexWriter, ATreeWhosePagesDoNotSayTheirLevel) {
+    CheckSample sample;
+    sample.file[sample.at(sample.root(), 26)] = 0;
+    Written file{sample.file};
+    const std::size_t before = file.rows(u"Rows").size();
+    std::vector<std::vector<Value>> rows;
+    for (std::int32_t i = 0; i < 300; ++i) {
+        rows.push_back(
+            row(Value{}, u"name " + toUtf16(std::to_string(i)), std::int16_t{1}, true, Value{}));
+    }
+    file.insert(u"Rows", rows);
+    const CheckReport report = check(file.database->storage());
+    EXPECT_TRUE(report.sound()) << describe(report);
+    EXPECT_EQ(file.rows(u"Rows").size(), before + 300);
+}
+
 TEST(IndexWriter, AKeyThatIsTooLong) {
     Written file;
     std::vector<NewColumn> columns;
@@ -192,6 +236,13 @@ TEST(IndexWriter, AKeyThatIsTooLong) {
         EXPECT_EQ(error.fault(), Fault::ValueTooLarge);
     }
     EXPECT_TRUE(file.rows(u"T").empty());
+    file.expectClean();
+    // The same in a table that has the row already.
+    file.write([&](WriteContext& context) { createTable(context, u"U", columns); });
+    file.insert(u"U", {wide});
+    expectFault(Fault::ValueTooLarge, [&] {
+        file.write([&](WriteContext& context) { createIndex(context, u"U", index); });
+    });
     file.expectClean();
 }
 

@@ -1,4 +1,6 @@
 // Usage maps in all their forms, and the map of free pages up to where a row of it ends.
+#include "engine/jet/format/page.h"
+#include "engine/jet/format/usage_map.h"
 #include "engine/jet/usage_map.h"
 #include "tests/engine/jet/faults.h"
 #include "tests/engine/jet/write/written.h"
@@ -7,11 +9,14 @@
 #include "tests/support/sparse_storage.h"
 
 #include <algorithm>
+#include <iterator>
+#include <set>
 
 namespace jet {
 namespace {
 
 using fixture::SparseStorage;
+using format::usage_map::kPagesPerBitmap;
 
 /// A large file of which few pages take memory.
 class LargeFile {
@@ -78,12 +83,89 @@ TEST(UsageMaps, AWindowBeginsWhereThePagesAre) {
     // As far as the window goes it stays.
     file.growTo(2400);
     file.insert(40, 40);
-    EXPECT_EQ(file.mapRow(file.ownedMap()), [&] {
-        auto same = file.mapRow(file.ownedMap());
-        same[0] = 0;
-        return same;
-    }());
+    const auto later = file.mapRow(file.ownedMap());
+    EXPECT_EQ(later[0], 0);
+    EXPECT_EQ(load<std::uint32_t>(later, 1), load<std::uint32_t>(map, 1));
+    EXPECT_NE(later, map);
     file.expectSound();
+}
+
+/// A set being written to a map of its own, next to that of another set.
+class OwnMap : public Written {
+public:
+    OwnMap() {
+        write([&](WriteContext& context) {
+            createTable(context, u"T", {{.name = u"M", .type = ColumnType::Memo}});
+        });
+        map = database->table(u"T")->definition().columns[0].ownedMap;
+    }
+
+    void save(const std::set<std::uint32_t>& pages) {
+        write([&](WriteContext& context) {
+            UsageMapWriter writer{context.pager, map};
+            writer.clear();
+            for (const std::uint32_t page : pages) writer.insert(PageNumber{page});
+            writer.save(context.allocator);
+        });
+    }
+
+    std::set<std::uint32_t> stored(RowId row) {
+        PageReader pages{database->storage(), database->cache()};
+        std::set<std::uint32_t> set;
+        for (const PageNumber page : readUsageMap(pages, row)) set.insert(raw(page));
+        return set;
+    }
+
+    RowId map;
+};
+
+TEST(UsageMaps, TheLastPageBeforeAnother) {
+    OwnMap file;
+    std::set<std::uint32_t> set;
+    for (const std::uint32_t page : {1u, 2u, 62u, 63u, 64u, 65u, 127u, 128u, 300u, 511u}) {
+        set.insert(page);
+    }
+    file.write([&](WriteContext& context) {
+        UsageMapWriter writer{context.pager, file.map};
+        EXPECT_EQ(writer.lastBefore(format::page::kMaxCount), kNoPage);
+        for (const std::uint32_t page : set) writer.insert(PageNumber{page});
+        for (std::uint32_t end = 0; end < 600; ++end) {
+            const auto behind = set.lower_bound(end);
+            const std::uint32_t expected = behind == set.begin() ? 0 : *std::prev(behind);
+            ASSERT_EQ(raw(writer.lastBefore(end)), expected) << end;
+        }
+    });
+}
+
+// A window holds 512 pages, from a multiple of 8 on.
+TEST(UsageMaps, TheEdgesOfAWindow) {
+    for (const std::uint32_t first : {16u, 100u, 800u}) {
+        for (std::uint32_t last = first + 500; last < first + 530; ++last) {
+            OwnMap file;
+            const RowId neighbour = file.database->table(u"T")->definition().columns[0].freeMap;
+            file.save({first, last});
+            EXPECT_EQ(file.stored(file.map), (std::set{first, last}));
+            EXPECT_TRUE(file.stored(neighbour).empty());
+            PageReader pages{file.database->storage(), file.database->cache()};
+            const bool fits = last < 512 || last - first / 8 * 8 < 512;
+            EXPECT_EQ(readUsageMapRow(pages, file.map)[0], fits ? 0 : 1) << first << ", " << last;
+        }
+    }
+}
+
+// Bitmaps stay where they are when the set gets smaller.
+TEST(UsageMaps, ASetThatShrinks) {
+    OwnMap file;
+    const std::vector<std::set<std::uint32_t>> sets{
+        {1, kPagesPerBitmap, 3 * kPagesPerBitmap + 7}, {1, 2}, {}, {kPagesPerBitmap - 1}};
+    for (const auto& set : sets) {
+        file.save(set);
+        std::set<std::uint32_t> expected = set;
+        EXPECT_EQ(file.stored(file.map), expected);
+    }
+    file.write([&](WriteContext& context) {
+        EXPECT_EQ((UsageMapWriter{context.pager, file.map}.bitmapPages().size()), 3u);
+    });
 }
 
 TEST(UsageMaps, PagesThatNoWindowHoldsAreKeptOnBitmaps) {
@@ -203,6 +285,40 @@ TEST(FreePages, AMapThatBeginsAbovePageZero) {
     file.expectClean();
 }
 
+// Until it no longer fits its page, and is kept on bitmaps.
+TEST(FreePages, AMapThatBeginsAbovePageZeroAndOutgrowsItsPage) {
+    const auto bytes = foreignFile([](std::span<std::uint8_t> map) {
+        std::rotate(map.begin() + 5, map.begin() + 6, map.end());
+        map[1] = 8;
+        map.back() = 0xFF;
+    });
+    const auto database = Database::open(std::make_unique<SparseStorage>(bytes));
+    database->write([&](WriteContext& context) {
+        while (context.pager.pageCount() < kPagesPerBitmap) context.allocator.allocate();
+    });
+    PageReader pages{database->storage(), database->cache()};
+    EXPECT_EQ(readUsageMapRow(pages, RowId{PageNumber{1}, 0})[0], 1);
+    const CheckReport report = check(database->storage());
+    EXPECT_TRUE(report.sound()) << describe(report);
+}
+
+// Pages that a statement gives back are the first that it takes.
+TEST(FreePages, AreUsedAgainInTheStatementThatFreesThem) {
+    Written file;
+    addTable(*file.database);
+    file.insert(u"New", {row(std::u16string(20000, u'm'))});
+    const std::uint32_t before = file.database->storage().pageCount();
+    file.write([&](WriteContext& context) {
+        dropTable(context, u"New");
+        createTable(context, u"New", {{.name = u"X", .type = ColumnType::Memo}});
+        TableWriter writer{context, file.database->table(u"New")->definition()};
+        writer.insert(row(std::u16string(20000, u'n')));
+        writer.finish();
+    });
+    EXPECT_EQ(file.database->storage().pageCount(), before);
+    file.expectClean();
+}
+
 // A map of a table that lists what belongs to others: nothing of that is given back.
 TEST(UsageMaps, PagesOfOthersAreNotGivenBack) {
     Written file;
@@ -230,6 +346,45 @@ TEST(UsageMaps, PagesOfOthersAreNotGivenBack) {
         damaged.database->commit();
         EXPECT_EQ(damaged.bytes(), bytes);
         EXPECT_EQ(damaged.rows(u"B")[0][0], "2");
+    }
+}
+
+// Neither when many rows are changed, and an index is built anew for it.
+TEST(UsageMaps, PagesOfOthersAreNotChanged) {
+    Written file;
+    file.write([](WriteContext& context) {
+        for (const char16_t* name : {u"A", u"B"}) {
+            createTable(context, name, {{.name = u"X", .type = ColumnType::Long}});
+            createIndex(context, name, {.name = u"I", .columns = {{u"X"}}});
+        }
+    });
+    file.insert(u"A", std::vector<std::vector<Value>>(1500, row(std::int32_t{1})));
+    file.insert(u"B", {row(std::int32_t{2})});
+    file.database->commit();
+    const TableDefinition a = file.database->table(u"A")->definition();
+    const TableDefinition b = file.database->table(u"B")->definition();
+    PageReader pages{file.database->storage(), file.database->cache()};
+    const std::uint32_t rows = raw(readUsageMap(pages, b.ownedMap).front());
+    const std::uint32_t leaf = raw(b.physicalIndexes[0].root);
+    for (const auto& [map, foreign] :
+         {std::pair{a.ownedMap, rows}, std::pair{a.physicalIndexes[0].map, rows},
+          std::pair{a.physicalIndexes[0].map, leaf}}) {
+        std::vector<std::uint8_t> bytes = file.bytes();
+        bytes[fixture::rowOffset(bytes, map) + 5 + foreign / 8] |=
+            static_cast<std::uint8_t>(1u << (foreign % 8));
+        Written damaged{bytes};
+        expectFault(Fault::Damaged, [&] {
+            damaged.write([&](WriteContext& context) {
+                TableWriter writer{context, damaged.database->table(u"A")->definition()};
+                writer.updateRows([](const Record&, PageReader&, Assignments& changes) {
+                    changes.push_back({0, std::int32_t{9}});
+                    return true;
+                });
+                writer.finish();
+            });
+        });
+        damaged.database->commit();
+        EXPECT_EQ(damaged.bytes(), bytes);
     }
 }
 

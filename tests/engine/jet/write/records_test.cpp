@@ -1,5 +1,7 @@
 // Where records go when they grow: as few as can be leave their pages.
 #include "engine/jet/format/record.h"
+#include "tests/engine/jet/check/check_support.h"
+#include "tests/engine/jet/faults.h"
 #include "tests/engine/jet/write/written.h"
 #include "tests/support/random.h"
 
@@ -250,6 +252,25 @@ TEST(Records, MemosLeaveARecordThatGetsTooLarge) {
     table.expectClean();
     EXPECT_EQ(check(table.database->storage()).longValues, 1u);
     EXPECT_EQ(table.rows(u"T")[0][9], std::string(30, 'm'));
+}
+
+// Places of columns that no record can have.
+TEST(Records, OfADefinitionThatIsWrong) {
+    const CheckSample sound;
+    const auto expectRefused = [&](std::size_t offset, std::uint16_t value) {
+        std::vector<std::uint8_t> bytes = sound.file;
+        fixture::poke16(bytes, offset, value);
+        Written file{bytes};
+        expectFault(Fault::Damaged, [&] {
+            file.insert(u"Empty", {row(std::int32_t{1}, text(u"b"), text(u"c"), std::int32_t{2})});
+        });
+        file.database->commit();
+        EXPECT_EQ(file.bytes(), bytes);
+    };
+    const DefinitionOffsets offsets = sound.emptyOffsets();
+    expectRefused(offsets.column(3) + 21, 5000);  // in the fixed part
+    expectRefused(offsets.column(2) + 7, 2);      // among the variable columns, of which are two
+    expectRefused(offsets.column(2) + 7, 300);
 }
 
 // A page with a damaged row may still be read; a row that is added goes elsewhere.

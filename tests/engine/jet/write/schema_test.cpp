@@ -1,6 +1,7 @@
 // Tables, columns and indexes that cannot be made or dropped: a typed error, and a file as before.
 #include "tests/engine/jet/faults.h"
 #include "tests/engine/jet/write/written.h"
+#include "tests/support/fixture_builder.h"
 
 #include <gmock/gmock.h>
 
@@ -111,6 +112,25 @@ TEST_F(Schema, MoreThanATableTakes) {
     file_.database->commit();
     refuses(Fault::TooMany, [](WriteContext& context) {
         addColumn(context, u"Wide", {.name = u"X", .type = ColumnType::Byte});
+    });
+}
+
+// The numbers of columns that were dropped are not given again.
+TEST(SchemaOfAnotherMaker, ColumnsThatWereDroppedCount) {
+    fixture::FixtureBuilder builder;
+    fixture::TableSpec spec{.name = u"T", .columns = {}};
+    for (int i = 0; i < 255; ++i) {
+        spec.columns.push_back(
+            fixture::column(u"C" + toUtf16(std::to_string(i)), ColumnType::Byte));
+    }
+    auto& table = builder.addTable(spec);
+    for (int i = 0; i < 200; ++i) table.dropColumn(u"C" + toUtf16(std::to_string(i)));
+    Written file{builder.bytes()};
+    ASSERT_EQ(file.database->table(u"T")->definition().columns.size(), 55u);
+    expectFault(Fault::TooMany, [&] {
+        file.write([](WriteContext& context) {
+            addColumn(context, u"T", {.name = u"X", .type = ColumnType::Byte});
+        });
     });
 }
 

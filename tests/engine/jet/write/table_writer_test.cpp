@@ -1,3 +1,4 @@
+#include "tests/engine/jet/faults.h"
 #include "tests/engine/jet/write/written.h"
 
 #include <gmock/gmock.h>
@@ -228,14 +229,23 @@ TEST(TableWriter, ADefinitionGrowsOverSeveralPages) {
     people.expectClean();
     EXPECT_THAT(people.database->table(u"People")->definition().columns, SizeIs(207));
     EXPECT_EQ(people.rows(u"People")[0][1], "Ada");
+    people.write([](WriteContext& context) { dropTable(context, u"People"); });
+    people.expectClean();  // no page of the definition is left without an owner
 }
 
 TEST(TableWriter, ATableThatIsDroppedLeavesNothing) {
     People people;
-    for (int i = 0; i < 100; ++i) people.insert(i, u"x", std::u16string(5000, u'b'));
+    for (int i = 0; i < 100; ++i) people.insert(i, u"secret", std::u16string(5000, u'b'));
     people.index({.name = u"ByName", .columns = {{u"Name"}}});
+    const auto holdsName = [&] {
+        people.database->commit();
+        const std::string stored = "secret";
+        return std::ranges::search(people.bytes(), stored).begin() != people.bytes().end();
+    };
+    EXPECT_TRUE(holdsName());
     people.write([](WriteContext& context) { dropTable(context, u"People"); });
     people.expectClean();
+    EXPECT_FALSE(holdsName());
     EXPECT_TRUE(userTables(*people.database).empty());
     EXPECT_THROW(people.database->table(u"People"), Error);
 }
@@ -255,6 +265,111 @@ TEST(TableWriter, AutonumbersCountOn) {
     EXPECT_EQ(rows[1][0], "2");
     EXPECT_EQ(rows[2][0], "10");
     EXPECT_EQ(rows[3][0], "11");
+}
+
+// The count goes on from the highest number, in this statement and the next; Null and numbers below
+// zero do not take it back.
+TEST(TableWriter, AutonumbersThatAreGivenDoNotTakeTheCountBack) {
+    Written file;
+    file.write([](WriteContext& context) {
+        createTable(context, u"T", {{.name = u"No", .type = ColumnType::Long, .autonumber = true}});
+    });
+    file.insert(u"T", {row(std::int32_t{10}), row(std::int32_t{3}), row(Value{})});
+    file.insert(u"T", {row(std::int32_t{-7}), row(Value{})});
+    file.insert(u"T", {row(Value{})});
+    std::vector<std::string> numbers;
+    for (const auto& found : file.rows(u"T")) numbers.push_back(found[0].value_or("Null"));
+    EXPECT_THAT(numbers, ElementsAre("10", "3", "11", "-7", "12", "13"));
+    EXPECT_EQ(file.database->table(u"T")->definition().lastAutonumber, 13u);
+    file.expectClean();
+}
+
+// Nulls are no duplicates, also where the index is built of rows that are there.
+TEST(TableWriter, AUniqueIndexOfManyNulls) {
+    for (const bool ascending : {true, false}) {
+        People people;
+        people.Written::insert(u"People", {std::vector<Value>(7), std::vector<Value>(7)});
+        people.insert(1, u"a");
+        people.index({.name = u"Key", .columns = {{u"Id", ascending}}, .unique = true});
+        people.expectClean();
+        people.Written::insert(u"People", {std::vector<Value>(7)});
+        people.expectClean();
+        EXPECT_THAT(people.rows(u"People"), SizeIs(4));
+    }
+}
+
+// What the definition says of an index: its entries when it was built, and its keys.
+TEST(TableWriter, AnIndexIsCounted) {
+    People people;
+    for (int i = 0; i < 4; ++i) people.insert(i % 2, u"a");
+    people.index({.name = u"Key", .columns = {{u"Id"}}});
+    const auto counters = [&] {
+        const auto table = people.database->table(u"People");
+        const PhysicalIndex& index = table->definition().physicalIndexes[0];
+        return std::pair{index.entriesAtBuild, index.distinctKeys};
+    };
+    EXPECT_EQ(counters(), (std::pair{4u, 2u}));
+    people.insert(1, u"b");
+    people.insert(7, u"b");
+    EXPECT_EQ(counters(), (std::pair{4u, 3u}));
+    // So many keys change that the tree is built anew.
+    people.Written::insert(u"People",
+                           std::vector<std::vector<Value>>(1500, People::person(9, u"x", u"")));
+    people.write([&](WriteContext& context) {
+        TableWriter writer{context, people.database->table(u"People")->definition()};
+        writer.updateRows([](const Record&, PageReader&, Assignments& changes) {
+            changes.push_back({0, std::int32_t{5}});
+            return true;
+        });
+        writer.finish();
+    });
+    EXPECT_EQ(counters(), (std::pair{1506u, 1u}));
+    people.expectClean();
+}
+
+TEST(TableWriter, ABooleanTakesNoOtherType) {
+    People people;
+    people.insert(1, u"Ada");
+    expectFault(Fault::WrongType,
+                [&] { people.update(people.places()[0], 3, Value{std::int32_t{1}}); });
+    people.update(people.places()[0], 3, Value{});
+    EXPECT_EQ(people.rows(u"People")[0][3], "0");
+}
+
+// A row id of another table is no row of this one.
+TEST(TableWriter, ARowOfAnotherTableIsNotChanged) {
+    People people;
+    people.insert(1, u"Ada");
+    people.write([](WriteContext& context) { createTable(context, u"Other", peopleColumns()); });
+    people.Written::insert(u"Other", {People::person(2, u"Bob", u"")});
+    const auto other = people.database->table(u"Other");
+    TableScan scan{*other};
+    ASSERT_TRUE(scan.next());
+    expectFault(Fault::Damaged, [&] { people.update(scan.rowId(), 1, text(u"Eve")); });
+    expectFault(Fault::Damaged, [&] { people.remove(scan.rowId()); });
+    EXPECT_EQ(people.rows(u"Other")[0][1], "Bob");
+    people.expectClean();
+}
+
+TEST(TableWriter, NewColumnsAreDescribedAsTheyAreAskedFor) {
+    Written file;
+    file.write([](WriteContext& context) {
+        createTable(context, u"T",
+                    {{.name = u"Flag", .type = ColumnType::Boolean},
+                     {.name = u"Plain", .type = ColumnType::Text, .size = 20, .compressed = false},
+                     {.name = u"Small", .type = ColumnType::Text, .size = 20, .compressed = true}});
+        addColumn(context, u"T", {.name = u"Number", .type = ColumnType::Long});
+        addColumn(context, u"T", {.name = u"Other", .type = ColumnType::Double});
+    });
+    const TableDefinition definition = file.database->table(u"T")->definition();
+    EXPECT_FALSE(definition.findColumn(u"Plain")->compressed);
+    EXPECT_TRUE(definition.findColumn(u"Small")->compressed);
+    EXPECT_EQ(definition.findColumn(u"Number")->fixedOffset, 0u);
+    EXPECT_EQ(definition.findColumn(u"Other")->fixedOffset, 4u);
+    for (std::size_t i = 0; i < definition.columns.size(); ++i) {
+        EXPECT_EQ(definition.columns[i].ordinal, i);
+        EXPECT_EQ(definition.columns[i].id, i);
+    }
 }
 
 TEST(TableWriter, ManyRowsChangeAtOnce) {
