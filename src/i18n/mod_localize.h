@@ -2,8 +2,9 @@
 // program, or in the folder that the services in use name, and where it has none the program's own,
 // which are English.
 //
+//   using namespace modLocalize;
 //   cmdApplyFilter.setCaption(wideText(Text::ApplyFilter));
-//   setNotice(text(Text::SearchingFor) + wanted);
+//   setNotice(modLocalize::text(Text::SearchingFor) + wanted);
 //
 // The user-interface thread.
 #pragma once
@@ -23,13 +24,13 @@ class Form;
 namespace modLocalize {
 
 /// Loads the texts of the language in use, the user's own if none has been chosen, lists the
-/// languages that are installed, and gives the loaded forms the font that the language needs. A
-/// failure is shown in a message box, and the next of these steps follows. Without a library, or with
-/// a damaged one, all texts are English; a missing one is no failure.
+/// installed languages, and sets the font that the language needs in the loaded forms. If a step
+/// fails, a message box says so and the next step follows. Without a library, or with a damaged
+/// one, all texts are English; a missing library is not a failure.
 void InitalizeLanguages();
 
-/// Gives a form and all its controls the font that the language in use needs, or their own again.
-/// For forms that are loaded after InitalizeLanguages.
+/// Sets the font that the language in use needs in a form and all its controls, or restores their
+/// own. For forms that are loaded after InitalizeLanguages.
 void applyLanguageFont(forms::Form& form);
 
 /// The text of the given number (1000 to 1057) in the language in use; empty if there is none, and
@@ -54,15 +55,15 @@ std::uint16_t currentLanguage();
 /// Takes effect with the next InitalizeLanguages.
 void setCurrentLanguage(std::uint16_t id);
 
-/// The code of the language in use, as it stands in names of files.
+/// The code of the language in use, as used in file names.
 std::u16string currentLanguageCode();
 
 /// Codes of the resource libraries beside the program, spelled as their files are; one empty code
 /// if there are none.
 const std::vector<std::u16string>& installedLanguages();
 
-/// What the system calls a language, in the system's own language; "(error)" if it does not know
-/// it. By identifier, and by code.
+/// The system's name of a language, in the system's own language; "(error)" if it is unknown. By
+/// identifier, and by code.
 std::u16string languageName(std::uint16_t id);
 std::u16string languageNameOfCode(std::u16string_view code);
 

@@ -3,7 +3,7 @@
 #   awk -v root=FOLDER -v context=FILE -f examples.awk HEADER...      code with all examples
 #   awk -v root=FOLDER -v report=1 -f examples.awk HEADER...          what the openings lack
 #
-# Paths are relative to FOLDER; -v skip="HEADER ..." names headers that are passed over.
+# Paths are relative to FOLDER.
 #
 # An example is the lines of the opening comment that stand three blanks or more behind its //. A
 # block of such lines that begins with "offset" is a layout table instead. "..." stands for code that
@@ -65,7 +65,7 @@ function printFindings(header) {
 }
 
 function finishHeader() {
-    if (header == "" || (" " skip " ") ~ (" " header " ")) return
+    if (header == "") return
     while (codeLines && code[codeLines] == "") codeLines--
     if (report) printFindings(header)
     else if (codeLines) printExample(header)

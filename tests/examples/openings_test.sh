@@ -56,14 +56,9 @@ expect jet/format/bare.h "no example" "no thread rule"
 cd "$root"
 mapfile -t all < <(find engine toolkit src tools -name '*.h' | sort)
 [ ${#all[@]} -gt 100 ] || complain "only ${#all[@]} headers found"
-mapfile -t to_do < <(grep '^[^#]' "$tests/headers_to_do.txt")
 code=0
 while IFS= read -r finding; do
-    [[ " ${to_do[*]} " == *" ${finding%%:*} "* ]] && continue
     echo "$finding" >&2
     code=1
 done < <(findings "$root" "${all[@]}")
-for path in "${to_do[@]}"; do
-    [ -e "$path" ] || { echo "headers_to_do.txt: there is no $path" >&2; code=1; }
-done
 exit "$code"

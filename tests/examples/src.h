@@ -35,6 +35,24 @@ struct src_db_class_adors_h : src {
     ado::Connection& connection;
 };
 
+struct src_db_class_diags_h : src {
+    std::shared_ptr<ado::Scheduler> scheduler;
+    LoadingEvents& mainWindow;
+};
+
+struct src_db_loading_events_h : src {
+    LoadingEvents& events;
+};
+
+struct src_i18n_mod_localize_h : src {
+    forms::Button& cmdApplyFilter;
+    std::u16string wanted;
+};
+
+struct src_ui_filter_unique_traces_tree_h : src {
+    forms::TreeView& tvUniqueTraces;
+};
+
 struct src_ui_status_frm_status_h : forms::Form {
     frmStatus& status;
     void sort();
