@@ -78,8 +78,8 @@ public:
     /// Error{3712}. Any thread may call; does nothing if no search is running.
     void cancel() { stopFind_ = true; }
 
-    /// Runs a search that reads much of the file; cancel() sets its `stop`. False if it was stopped.
-    /// Lets the exceptions of the search through.
+    /// Runs a search that reads much of the file; cancel() sets its `stop`. False if it was
+    /// stopped. Lets the exceptions of the search through.
     bool runSearch(const std::function<void(const std::atomic<bool>& stop)>& search);
 
     /// Commits all statements. Throws Error{0x80004005} if that fails, or if an earlier commit has

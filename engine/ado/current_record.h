@@ -1,4 +1,5 @@
-// Where the current record of a view is: on a position, before the first one or behind the last one.
+// Where the current record of a view is: on a position, before the first one or behind the last
+// one.
 //
 //   ado::CurrentRecord current;     // the first row
 //   current = current.next(count);  // the second row, or behind the last one

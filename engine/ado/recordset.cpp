@@ -1,5 +1,5 @@
-// What a recordset promises, put together from its parts: opening.h, view_order.h, current_record.h,
-// record_search.h, cells.h and views.h.
+// What a recordset promises, put together from its parts: opening.h, view_order.h,
+// current_record.h, record_search.h, cells.h and views.h.
 #include "engine/ado/recordset.h"
 
 #include "engine/ado/cells.h"

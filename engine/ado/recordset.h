@@ -67,8 +67,8 @@ public:
     /// closed, without an event.
     ///
     /// Throws Error: 3705 while it is open, 3704 for a closed connection, 3001, 0x80004005,
-    /// 0x80040E10, 0x80040E14, 0x80040E37; of a statement that changes something also 0x80040E09 and
-    /// 0x80040E21. It is closed then.
+    /// 0x80040E10, 0x80040E14, 0x80040E37; of a statement that changes something also 0x80040E09
+    /// and 0x80040E21. It is closed then.
     void open(std::u16string_view source, Connection& connection,
               int cursorType = adOpenForwardOnly, int lockType = adLockReadOnly,
               int options = adOptionUnspecified);

@@ -155,8 +155,8 @@ TextMatches::Searcher& TextMatches::searcher(std::size_t index) {
     return *searchers_[index];
 }
 
-/// Threads that take groups as long as there are any; the first failure ends it for all, and so does
-/// the wish to stop.
+/// Threads that take groups as long as there are any; the first failure ends it for all, and so
+/// does the wish to stop.
 class TextMatches::Team {
 public:
     Team(TextMatches& matches, std::size_t first, std::size_t end, const std::atomic<bool>& stop)

@@ -60,9 +60,9 @@ private:
     bool synced_ = false;
 };
 
-/// What ties a journal to its file: a checksum of some of its pages when the change began. The header
-/// alone would not do: files copied from one template share it, and another one may have taken
-/// the place of this file.
+/// What ties a journal to its file: a checksum of some of its pages when the change began. The
+/// header alone would not do: files copied from one template share it, and another one may have
+/// taken the place of this file.
 std::uint64_t fingerprintOf(const Storage& file, std::uint32_t pageCount);
 
 /// Rolls back a change that was interrupted by a crash: restores the pages in the storage's

@@ -4,7 +4,8 @@
 //   const auto traces = jet::TableDefinition::read(pages, number, u"tblTraces");
 //   if (const jet::Column* const found = traces.findColumn(u"Trace")) use(found->size);
 //
-// Plain values; any thread. A change of the table does not show in a definition that was read before.
+// Plain values; any thread. A change of the table does not show in a definition that was read
+// before.
 #pragma once
 
 #include "engine/jet/format/table_definition.h"

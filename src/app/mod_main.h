@@ -27,7 +27,8 @@ public:
     virtual void InitalizeLanguages() = 0;
     virtual VersionRecord getVersion() = 0;
     virtual bool ChangePriority(std::uint32_t priorityClass) = 0;
-    /// The switches of this process; nothing after an error. Ends the process if one is given twice.
+    /// The switches of this process; nothing after an error. Ends the process if one is given
+    /// twice.
     virtual std::optional<CommandLine> parseCommandLine() = 0;
     /// Empty if the user cancelled.
     virtual std::u16string selectDatabase() = 0;

@@ -28,21 +28,21 @@ void openRecordsets();
 /// Opens the unique traces; a file of the older format is upgraded first.
 void openUniqueFilters();
 
-/// Adds to an older file what it lacks. A statement that finds its column or index there already
-/// is left out; any other failure is logged and the statement tried again, until there are too
-/// many.
+/// Upgrades an older file. A statement whose column or index exists already is skipped; any other
+/// failure is logged and the statement retried, up to a limit of errors.
 void updateDatabaseFormat();
 
-/// Opens the trace records. `whereClause` follows the query as it stands: "" for all rows, else a
-/// clause that begins with WHERE. Returns when the first rows are there; the rest arrive later.
+/// Opens the trace records. `whereClause` is appended to the query unchanged: "" for all rows, else
+/// a clause that begins with WHERE. Returns when the first rows have arrived; the rest follow
+/// later.
 void openDiagRecordset(const std::u16string& whereClause);
 
 void openMacroTraces();
 
-/// Ends the search for a text that is running; it fails then. Any thread.
+/// Cancels the running search for a text, which then fails. Any thread.
 void cancelSearch();
 
-/// Rebuilt each time a database is opened; the filter's ticks live in it.
+/// Rebuilt each time a database is opened; contains the filter's ticks.
 UniqueTraces& uniqueTraces();
 
 }  // namespace modDatabase

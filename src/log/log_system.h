@@ -40,7 +40,7 @@ public:
 struct VolumeSpace {
     std::uint64_t available = 0;  ///< bytes available to the user
     std::uint64_t total = 0;      ///< bytes in all
-    std::uint64_t free = 0;       ///< bytes that are free, the user's or not
+    std::uint64_t free = 0;       ///< free bytes in all
 };
 
 struct LogFile {
@@ -59,13 +59,13 @@ public:
 class LogVolume {
 public:
     virtual ~LogVolume() = default;
-    /// Does nothing if the folder is there.
+    /// Does nothing if the folder exists.
     virtual void createFolder(const std::u16string& path) = 0;
     virtual VolumeSpace space(const std::u16string& folder) = 0;
     /// Bytes of all files in the folder and below it.
     virtual std::uint64_t folderSize(const std::u16string& folder) = 0;
     virtual std::vector<LogFile> files(const std::u16string& folder) = 0;
-    /// Refuses files that are marked read-only.
+    /// Fails for read-only files.
     virtual void remove(const std::u16string& path) = 0;
     /// Opens a file for appending; creates it if it does not exist.
     virtual std::unique_ptr<LogStream> append(const std::u16string& path) = 0;
@@ -94,5 +94,5 @@ struct LogSystem {
     std::function<void(const std::u16string& path)> openFile;
 };
 
-/// A system without files: what is logged is lost, and costs nothing.
+/// A system without files: the log is discarded.
 LogSystem silentLogSystem();

@@ -7,8 +7,8 @@
 
 namespace {
 
-// The record as far as every version of the control takes it: 44 bytes where addresses have 32 bits,
-// 64 bytes where they have 64.
+// The record as far as every version of the control takes it: 44 bytes where addresses have 32
+// bits, 64 bytes where they have 64.
 constexpr UINT kToolRecordSize = offsetof(TOOLINFOA, lParam) + sizeof(LPARAM);
 static_assert(kToolRecordSize == (sizeof(void*) == 4 ? 44 : 64));
 

@@ -32,8 +32,8 @@ public:
     /// Creates the window, owned by the form's. True if it exists, also from an earlier call.
     bool Create(const forms::Window& form);
 
-    /// False for a control that is a tool already or has no window. An empty text becomes "Tool" and
-    /// the tool's number.
+    /// False for a control that is a tool already or has no window. An empty text becomes "Tool"
+    /// and the tool's number.
     bool AddTool(const forms::Control& control, const std::wstring& text);
     bool RemoveTool(const forms::Control& control);
 

@@ -1,5 +1,5 @@
-// The dialog in which the user ticks macro traces; each ticked one then ticks, in the main window's
-// tree of unique traces, the levels of the components that it names.
+// The dialog in which the user ticks macro traces. Each of them then ticks the levels of its
+// components in the main window's tree of unique traces.
 //
 //   frmMacroTraces dialog{tvUniqueTraces};
 //   dialog.showModal();
@@ -58,11 +58,12 @@ private:
     const forms::TreeNode* tipNode_ = nullptr;  ///< whose text the tip shows
 };
 
-/// What a macro trace switches on, a line a component: "Alpha Levels: 1, 12".
+/// What a macro trace selects, a line for each component: "Alpha Levels: 1, 12".
 std::wstring constructToolTipText(const forms::TreeNode& node);
 
-/// Gives a node, the siblings behind it and all below them the same tick, and scrolls to them.
+/// Sets the same tick in a node, the siblings after it and all nodes below them, and scrolls to
+/// them.
 void setSubtreeChecked(forms::TreeNode* node, bool checked);
 
-/// Ticks the unique traces of a component whose key holds the level's digits.
+/// Ticks the unique traces of a component whose key contains the level's digits.
 void selectComponentLevel(const forms::TreeNode& component, std::int16_t level);

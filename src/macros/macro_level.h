@@ -1,5 +1,5 @@
-// The numbers in macro traces: levels as their definitions write them, and the keys of unique traces
-// that a level ticks.
+// The numbers in macro traces: levels as their definitions write them, and the keys of unique
+// traces that a level ticks.
 //
 //   const std::int16_t level = macros::toLevel(u" 12abc");  // 12
 //   if (macros::keyNamesLevel(qrxIndex, level)) tick();

@@ -6,8 +6,8 @@
 //   return forms::run();
 //
 // The thread that makes the Application is the user-interface thread; every form and control
-// belongs to it. Other threads hand it work with post. How windows scale with the display is said
-// in the program's manifest (per monitor, version 2).
+// belongs to it. Other threads give it work with post. The program's manifest says how windows
+// scale with the display (per monitor, version 2).
 #pragma once
 
 #include <windows.h>
@@ -19,8 +19,8 @@ namespace forms {
 
 class Form;
 
-/// One at a time. Initialises COM as a single-threaded apartment, the common controls, and the
-/// window that post wakes.
+/// One instance at a time. Initialises COM as a single-threaded apartment, the common controls, and
+/// the window that post sends its message to.
 class Application {
 public:
     Application();
@@ -32,24 +32,24 @@ private:
     bool comInitialised_ = false;
 };
 
-/// Waits for messages and dispatches them until quit is called or no form is loaded any more.
-/// Returns the exit code given to quit, else 0.
+/// Dispatches messages until quit is called or the last form is unloaded. Returns the exit code
+/// given to quit, else 0.
 int run();
 
-/// Lets the events that are pending run, then paints what is due, and returns. Safe inside an event
-/// procedure, also inside another doEvents; it does not go on for ever when new events keep coming.
+/// Dispatches pending events, then paints, and returns. Safe inside an event procedure and inside
+/// another doEvents; it returns even if new events keep arriving.
 void doEvents();
 
-/// Runs the work on another thread and returns when it has ended, with what it threw. Meanwhile
-/// windows are painted; input waits for its turn, and nothing that was posted runs.
+/// Runs the work on another thread, returns when it has ended and rethrows its exception. Meanwhile
+/// windows are painted; input stays queued, and posted functions do not run.
 void runWhilePainting(const std::function<void()>& work);
 
-/// Lets the user stop what runWhilePainting runs, to the end of the block:
+/// Until the end of the block, Escape cancels what runWhilePainting runs:
 ///
 ///   const forms::OnEscape stop{[&] { view->cancel(); }};
 ///
-/// When Escape is pressed in a window of this thread meanwhile, the function is called, on this
-/// thread. That press, and the keys that still wait from before it, go nowhere else.
+/// When Escape is pressed in a window of this thread, the function is called on this thread. That
+/// key and those queued before it are discarded.
 class OnEscape {
 public:
     explicit OnEscape(std::function<void()> stop);
@@ -61,13 +61,13 @@ private:
     std::function<void()> previous_;
 };
 
-/// Work on the user-interface thread itself that comes in small steps:
+/// Work in small steps on the user-interface thread itself:
 ///
 ///   forms::SteppedWork work;
 ///   while (more() && work.goesOn()) step();
 ///
-/// Meanwhile windows are painted and answer other programs, which may change them between two steps;
-/// input waits for its turn. Escape in a window of this thread ends the work and goes nowhere else.
+/// Meanwhile windows are painted and answer other programs, which may change them between steps;
+/// input stays queued. Escape in a window of this thread ends the work and has no other effect.
 class SteppedWork {
 public:
     SteppedWork();
@@ -75,7 +75,7 @@ public:
     SteppedWork(const SteppedWork&) = delete;
     SteppedWork& operator=(const SteppedWork&) = delete;
 
-    /// Cheap, to be asked after every step. False once Escape was pressed.
+    /// Cheap; to be called after every step. False once Escape has been pressed.
     bool goesOn();
 
 private:
@@ -83,7 +83,7 @@ private:
     bool stopped_ = false;
 };
 
-/// Ends run, and every modal form on the way.
+/// Ends run and every modal form.
 void quit(int exitCode = 0);
 
 /// Runs the function on the user-interface thread, in the order of the calls, once that thread
@@ -91,11 +91,11 @@ void quit(int exitCode = 0);
 /// posted before there is an Application runs when there is; what is left when it ends is dropped.
 void post(std::function<void()> function);
 
-/// Before a loop of messages that is not ours (a menu, a system dialog) starts inside a posted
-/// function: makes that loop run the functions that wait behind it.
+/// To be called before a foreign message loop (a menu, a system dialog) starts inside a posted
+/// function, so that the loop runs the functions queued behind it.
 void wakePosted();
 
-/// Gives a message to the accelerators and the dialog keys of its form, else to its window.
+/// Passes a message to the accelerators and dialog keys of its form, else to its window.
 void dispatchMessage(MSG& message);
 
 }  // namespace forms

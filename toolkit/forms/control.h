@@ -1,8 +1,8 @@
-// Control: the base of everything that stands on a form.
+// Control: the base class of everything on a form.
 //
-// A control is a value member of its form. The form makes the windows of all its controls from one
-// table (see form.h); a control by itself is made with create. Events are members that the form
-// fills with its own procedures:
+// A control is a member of its form. The form creates the windows of all its controls from one
+// table (see form.h); a control by itself is created with create. Events are members that the form
+// sets to its own procedures:
 //
 //   cmdApply.onClick = [this] { cmdApply_Click(); };
 //   cmdApply.move({180_tw, 60_tw, 1215_tw, 375_tw});
@@ -13,8 +13,8 @@
 // its container, but its window is always a child of the form's, so that the keyboard reaches all
 // of them alike.
 //
-// A new kind of control derives from Control, says in kind() what window it needs, and handles its
-// messages as any Window does. The user-interface thread.
+// A new kind of control derives from Control, returns the kind of window it needs from kind(), and
+// handles its messages like any Window. The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/font.h"
@@ -41,7 +41,7 @@ enum ControlFlag : unsigned {
     kCancelButton = 16,
 };
 
-/// Where a control stands and how it starts: the columns of a form's table after the control.
+/// Position and initial state of a control: the columns of a form's table after the control.
 struct ControlPlace {
     const wchar_t* name = L"";
     const wchar_t* caption = L"";
@@ -76,8 +76,8 @@ public:
     Control() = default;
     ~Control() override;
 
-    /// Makes the window as a child of `parent`, behind its other controls in the tab order. The
-    /// font is the inherited one unless setFont gave the control its own.
+    /// Creates the window as a child of `parent`, after its other controls in the tab order. The
+    /// font is inherited unless setFont has set another one.
     void create(Window& parent, const ControlPlace& place, const Font& inherited = messageFont());
 
     const std::wstring& name() const { return name_; }
@@ -93,13 +93,12 @@ public:
     std::wstring caption() const { return text(); }
     void setCaption(const std::wstring& caption) { setText(caption); }
 
-    /// What screen readers call a control whose own text is no name for it: a text box, a tree. A
-    /// control that was given none has the name that the system finds: its caption, or that of the
-    /// label before it.
+    /// The accessible name of a control whose text is not its name: a text box, a tree. Without one
+    /// the control has the name that the system finds: its caption, or that of the preceding label.
     const std::wstring& accessibleName() const { return accessibleName_; }
     void setAccessibleName(const std::wstring& name) { accessibleName_ = name; }
 
-    /// Whether the control wants to be seen. It is when its container is, too.
+    /// Whether the control is to be visible; it is if its container is, too.
     bool visible() const { return visible_; }
     void setVisible(bool visible);
     bool isShown() const;
@@ -115,7 +114,7 @@ public:
     const Font& font() const { return font_; }
     const Font& designedFont() const { return designedFont_; }
     void setFont(const Font& font);
-    /// Draws the control in another face, as its language may need; without one as designed.
+    /// Draws the control in another typeface, as its language may need; without one, as designed.
     void setFace(const std::optional<FontFace>& face);
     HFONT fontHandle() const { return gdiFont_.handle(); }
     const GdiFont& gdiFont() const { return gdiFont_; }
@@ -129,9 +128,9 @@ public:
     /// The dots per inch of the form.
     Dpi dpi() const override;
 
-    /// Makes font and place anew; the form calls it when its dots per inch changed.
+    /// Recomputes font and position; the form calls it when its dots per inch have changed.
     void applyDpi();
-    /// Shows or hides the window as visible() and the container say; containers call it.
+    /// Shows or hides the window according to visible() and the container; containers call it.
     void applyVisibility();
     /// Moves the contained controls, too.
     void applyBounds() override;
@@ -139,9 +138,9 @@ public:
     /// Whether the arrow keys move from this control to its neighbours of the same kind: option
     /// buttons.
     virtual bool joinsGroup() const { return false; }
-    /// Whether a contained control of that tab is to be seen now.
+    /// Whether a contained control of that tab is to be visible now.
     virtual bool showsTab(int tab) const;
-    /// A key pressed anywhere on the form while this control is shown. True when it was for us.
+    /// A key pressed anywhere on the form while this control is shown. True if it was handled.
     virtual bool formKey(int key, unsigned shift);
     /// The form's client area has a new size; for controls that dock to its edge.
     virtual void parentResized() {}
@@ -160,8 +159,8 @@ public:
     std::function<void(const MouseEvent&)> onMouseUp;
 
 protected:
-    /// What window the control needs. For a class of our own `own` is true and the class is
-    /// registered when first used.
+    /// The kind of window that the control needs. For a window class of ours `own` is true; the
+    /// class is registered when first used.
     struct Kind {
         const wchar_t* className = L"";
         DWORD style = 0;
@@ -171,12 +170,12 @@ protected:
     };
     virtual Kind kind() const = 0;
 
-    /// A standard control that lets its parent's background through asks for it; the base paints
-    /// it. A control that overrides this calls the base for what it does not handle.
+    /// A standard control with a transparent background asks for its parent's; the base class
+    /// paints it. An override calls the base class for what it does not handle.
     bool reflected(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) override;
 
-    /// What screen readers are told of the inside of the window, with one reference for the caller;
-    /// null for what the system tells by itself.
+    /// The accessible object of the client area, with one reference for the caller; null for the
+    /// system's own.
     virtual AccessibleObject* makeAccessible();
 
     /// Runs an event procedure if there is one.
@@ -184,8 +183,8 @@ protected:
 
     /// The window exists, has its font and its place, and is not yet shown.
     virtual void created() {}
-    /// fontHandle() is new: another font was set or the dots per inch changed. The window was told
-    /// by WM_SETFONT.
+    /// fontHandle() has changed: another font was set or the dots per inch changed. The window has
+    /// received WM_SETFONT.
     virtual void fontChanged() {}
     /// Font and place are those of the new dots per inch.
     virtual void dpiChanged() {}

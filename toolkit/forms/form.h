@@ -12,16 +12,19 @@
 //       forms::Button cmdOk;
 //   };
 //
-// A form is loaded (its window exists) or not. load, show and showModal load it: build makes menu
-// and controls, then Form_Load runs. unload asks Form_Unload and destroys the window; the object
-// stays and can be loaded again. hide keeps the window. A form that may be destroyed while it is
-// loaded calls destroy in its own destructor, so that no event meets it half destroyed.
+// A form is loaded (its window exists) or not. load, show and showModal load it: build creates menu
+// and controls, then Form_Load runs. unload calls Form_Unload, which may refuse, and destroys the
+// window; the object remains and can be loaded again. hide keeps the window. A form that may be
+// destroyed while it is loaded calls destroy in its own destructor, so that no event reaches a
+// partly destroyed object.
 //
-// Place and size are twips of the whole window on the screen, at the window's own dots per inch.
-// When the window comes to a display of another density, all controls get place and font anew.
+// Position and size are twips of the whole window on the screen, at the window's own dots per inch.
+// When the window moves to a display of another density, position and font of all controls are
+// recomputed.
 //
 // Keyboard: accelerators of the menu first, then Tab and Shift+Tab in the order of the table,
-// Enter and Escape for the buttons marked so, access keys of captions, arrows in option groups.
+// Enter and Escape for the buttons marked as such, access keys of captions, arrows in option
+// groups.
 //
 // The user-interface thread.
 #pragma once
@@ -60,7 +63,7 @@ enum class WindowState { normal, minimized, maximized };
 enum class BorderStyle { sizable, fixedDialog, fixedWindow };
 
 struct FormOptions {
-    /// A name of its own lets other programs find the form's windows.
+    /// A distinct class name allows other programs to find the form's windows.
     const wchar_t* className = L"forms.Form";
     const wchar_t* caption = L"";
     BorderStyle border = BorderStyle::sizable;
@@ -87,12 +90,12 @@ public:
     static Form* of(HWND handle);
 
     void load();
-    /// False when Form_Unload refused.
+    /// False if Form_Unload refused.
     bool unload();
     void show(const Form* owner = nullptr);
     /// Shows the form above its owner without taking the focus.
     void showInactive(const Form& owner);
-    /// Returns when the form is hidden or unloaded. The other forms do not react meanwhile.
+    /// Returns when the form is hidden or unloaded. The other forms are disabled meanwhile.
     void showModal(const Form* owner = nullptr);
     void hide();
     bool isLoaded() const { return isCreated(); }
@@ -103,13 +106,13 @@ public:
     void setCaption(const std::wstring& caption);
     void setIcon(int resource);
 
-    /// Makes the client area that large.
+    /// Resizes the window for a client area of this size.
     void setClientSize(Twips width, Twips height);
     Twips clientWidth() const;
     Twips clientHeight() const;
-    /// In the middle of the owner, or of the screen's free part.
+    /// Centres the form on its owner, or in the work area of the screen.
     void center(const Form* owner = nullptr);
-    /// The whole display that the form is on.
+    /// The bounds of the display that the form is on.
     Twips screenWidth() const;
     Twips screenHeight() const;
 
@@ -120,10 +123,10 @@ public:
     void setMousePointer(MousePointer pointer);
 
     const Font& font() const { return font_; }
-    /// For the controls made from now on, and for those on the form that have the form's font.
+    /// Applies to controls created later, and to those on the form that have the form's font.
     void setFont(const Font& font);
-    /// Draws the form and all its controls in another face, whatever their own fonts, or without
-    /// one as designed. Controls made later get it too.
+    /// Draws the form and all its controls in another typeface, whatever their own fonts, or
+    /// without one, as designed. Also applies to controls created later.
     void setFace(const std::optional<FontFace>& face);
     /// The height of a line of this text in the form's font.
     Twips textHeight(const std::wstring& text) const;
@@ -137,11 +140,11 @@ public:
     void refresh();
     Dpi dpi() const override { return dpi_; }
 
-    /// Accelerators and dialog keys. True when the message is dealt with. The pump calls it.
+    /// Handles accelerators and dialog keys; true if the message was one. Called by the pump.
     bool translateMessage(MSG& message);
 
 protected:
-    /// Makes the menu and the controls; runs once each time the form is loaded.
+    /// Creates the menu and the controls; runs once each time the form is loaded.
     virtual void build() {}
     virtual void Form_Load() {}
     virtual void Form_Resize() {}
@@ -149,7 +152,7 @@ protected:
     virtual void Form_Activate() {}
     /// Files were dropped on the form. Not called while the form is disabled.
     virtual void Form_DropFiles(const std::vector<std::wstring>& /*paths*/) {}
-    /// A click of the right button, or the menu key, that no control took. Screen position.
+    /// A right click, or the menu key, that no control handled. Screen position.
     virtual void Form_ContextMenu(POINT /*at*/) {}
 
     void createControls(const std::vector<ControlSpec>& specs);

@@ -1,4 +1,5 @@
-// The part of Form that deals with the client area and the screen (place and size: placed_window.h).
+// The part of Form that deals with the client area and the screen (place and size:
+// placed_window.h).
 #include "toolkit/forms/form.h"
 
 namespace forms {

@@ -102,8 +102,8 @@ bool Form::moveFocus(HWND focus, bool backwards) {
 // Windows hides the focus rectangle until it sees the keyboard used; here it is always seen.
 void Form::showFocus() { send(WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0); }
 
-// Enter presses the button that has the focus, else the one marked as default. That one does not get
-// the focus, as BM_CLICK would give it: who searches by Enter goes on typing where he was.
+// Enter presses the button that has the focus, else the one marked as default. That one does not
+// get the focus, as BM_CLICK would give it: who searches by Enter goes on typing where he was.
 bool Form::pressButton(unsigned flag, HWND focus) {
     const HWND combo = ::GetParent(focus);
     if (::SendMessageW(focus, CB_GETDROPPEDSTATE, 0, 0) ||

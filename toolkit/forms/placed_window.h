@@ -3,8 +3,8 @@
 //   form.move({180_tw, 60_tw, 1215_tw, 375_tw});
 //   form.setLeft(form.left() + form.width());
 //
-// Twips become pixels at the window's own dots per inch. A form's place is relative to the screen, a
-// control's to its container. The user-interface thread.
+// Twips become pixels at the window's own dots per inch. A form's place is relative to the screen,
+// a control's to its container. The user-interface thread.
 #pragma once
 
 #include "toolkit/forms/units.h"
@@ -23,8 +23,8 @@ struct Bounds {
 
 class PlacedWindow : public Window {
 public:
-    /// Place and size as they were last set; after another part moved the window, as it is now. So a
-    /// size that is no whole number of pixels reads back as it was set.
+    /// Place and size as they were last set; after another part moved the window, as it is now. So
+    /// a size that is no whole number of pixels reads back as it was set.
     Bounds bounds() const;
     Twips left() const { return bounds().left; }
     Twips top() const { return bounds().top; }

@@ -18,18 +18,18 @@
 
 namespace forms {
 
-/// What a panel's width follows from: a given width; what the others leave, shared among the
-/// springs; or the panel's text.
+/// What determines a panel's width: a fixed width; the remaining room, shared among the springs; or
+/// the panel's text.
 enum class PanelWidth { fixed, spring, content };
 
-/// A clock shows the time of day, as the user's settings write it.
+/// A clock shows the time of day in the user's format.
 enum class PanelKind { text, clock };
 
 struct PanelSpec {
     std::wstring key = {};
     PanelWidth width = PanelWidth::fixed;
-    /// The fixed width, or the least width of the others. Where there is not room for all, empty
-    /// room goes first.
+    /// The fixed width, or the minimum of the others. If there is not enough room, unused width is
+    /// given up first.
     Twips twips = Twips(1440);
     PanelKind kind = PanelKind::text;
 };

@@ -86,7 +86,8 @@ protected:
     /// defaultProcedure.
     virtual LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam);
 
-    /// What Windows or the standard control itself does with the message. Only inside handleMessage.
+    /// What Windows or the standard control itself does with the message. Only inside
+    /// handleMessage.
     LRESULT defaultProcedure(UINT message, WPARAM wParam, LPARAM lParam);
 
     /// A message that this control's window sent to its parent. True when handled; the parent then

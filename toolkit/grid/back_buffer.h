@@ -21,8 +21,8 @@ public:
     BackBuffer(const BackBuffer&) = delete;
     BackBuffer& operator=(const BackBuffer&) = delete;
 
-    /// A device context like `screen` of at least that size, or null when memory is short. What
-    /// was painted before may still be there.
+    /// A device context compatible with `screen` of at least that size, or null if memory is short.
+    /// It may still show what was painted before.
     HDC open(HDC screen, int width, int height);
     void copyTo(HDC screen, const Rect& part, Point to) const;
     void release();

@@ -3,8 +3,8 @@
 //   cell.fetch(source, {row, column}, wrap, {width, lines}, font);
 //   if (!cell.whole) offerTip(cell.text);
 //
-// The user-interface thread. The buffers are kept from cell to cell, so that painting a page
-// allocates nothing.
+// The user-interface thread. The buffers are reused from cell to cell, so that painting a page does
+// not allocate.
 #pragma once
 
 #include "toolkit/grid/model/data_source.h"

@@ -1,9 +1,9 @@
-// CellTip: the window that shows a cell's whole text while the mouse rests on it.
+// CellTip: the window that shows a cell's full text while the mouse hovers over it.
 //
 //   if (tip.rest({row, column})) tip.show(hwnd(), cellOnScreen, text, true, font, dpi);
 //   tip.hide();
 //
-// The user-interface thread. The tooltip window is made when it is first needed.
+// The user-interface thread. The tooltip window is created when it is first needed.
 #pragma once
 
 #include "toolkit/forms/units.h"

@@ -51,40 +51,40 @@ public:
     Grid() = default;
     ~Grid() override;
 
-    /// Shows another source, or none, from its first row: one column for every field, as a new
-    /// grid has them. Raises onRowColChange. The source must outlive its being set.
+    /// Shows another source, or none, from its first row, with one default column for every field.
+    /// Raises onRowColChange. The source must stay alive until another one is set.
     void setDataSource(DataSource* source);
     DataSource* dataSource() const { return cursor_.source(); }
 
     // Notifications from the source's owner.
 
-    /// There are more rows than before, or fewer. Cheap, may be called for every row that arrives:
-    /// nothing is painted but rows that come into view, and the scroll position stays.
+    /// The number of rows has changed. Cheap enough to be called for every row that arrives: only
+    /// rows that become visible are painted, and the scroll position is kept.
     void rowCountChanged();
-    /// The source moved its current row by itself, as a search does: it is scrolled into view.
+    /// The source moved its current row itself, as a search does: it is scrolled into view.
     void currentRowChanged();
-    /// Any row may have another content or place, as after a sort. The current row is scrolled
-    /// into view if it has another number now. Raises onRowColChange in any case, since the record
-    /// at the current row may be another one.
+    /// Content or order of the rows may have changed, as after a sort. The current row is scrolled
+    /// into view if its number has changed. Always raises onRowColChange, since the current row may
+    /// be a different record.
     void dataChanged();
-    /// The source has other columns: as if it were set anew.
+    /// The source has other columns: the same as setting it again.
     void reset() { setDataSource(dataSource()); }
 
     /// Columns.
     int columnCount() const { return static_cast<int>(columns_.size()); }
-    /// Both throw std::out_of_range. A reference is good until another source is set.
+    /// Both throw std::out_of_range. References are valid until another source is set.
     Column& column(int index);
     Column& column(const std::wstring& dataField);
-    /// -1 when there is no such field.
+    /// -1 if there is no such field.
     int columnIndex(const std::wstring& dataField) const;
-    /// Columns by the places they stand at, hidden ones included; the user moves them by dragging.
+    /// Columns by display position, including hidden ones; the user moves them by dragging.
     int columnAtPlace(int place) const { return geometry_.columns().columnAtPlace(place); }
     void moveColumn(int column, int place);
 
     // Grouping.
 
-    /// The text in the strip above the headings while nothing is grouped; without a text there is no
-    /// strip, and the user cannot group.
+    /// The text in the strip above the headings while nothing is grouped; if it is empty there is
+    /// no strip, and the user cannot group.
     const std::wstring& groupByCaption() const { return groupByCaption_; }
     void setGroupByCaption(const std::wstring& caption);
     /// The columns that the rows are grouped by, from the outermost in; their headings stand in the
@@ -101,7 +101,7 @@ public:
     forms::Twips rowHeight() const;
     void setRowHeight(forms::Twips height);
 
-    /// How many rows the source has at this moment.
+    /// The current number of rows in the source.
     std::int64_t approxCount() const { return cursor_.rowCount(); }
 
     /// The current cell: the source's current row and a column of the grid, -1 for none.
@@ -109,51 +109,50 @@ public:
     int col() const { return selection_.current().column; }
     void setCol(int column);
 
-    /// Goes to a view row and a column as the user does; outside the view's rows it does nothing.
+    /// Moves to a view row and a column as the user would; ignored if there is no such row.
     void setCurrentCell(std::int64_t viewRow, int column);
 
-    /// Which view rows are selected, and which view row has the focus: the current row's, or that of
-    /// a group.
+    /// The selected view rows, and the view row with the focus: the current row's or a group's.
     const Selection& selection() const { return selection_; }
-    /// The selected rows as text, tabs between the columns on view, CR LF at the end of each; the
-    /// text of the current cell if no whole row is selected. A field with a tab, a line break or a
-    /// quote stands in quotes, doubled within, as spreadsheets read it.
+    /// The selected rows as text: the visible columns separated by tabs, each row ended by CR LF;
+    /// the text of the current cell if no whole row is selected. A field with a tab, a line break
+    /// or a quote is quoted, with quotes doubled, as spreadsheets expect.
     std::wstring selectedText() const;
 
     /// The view row at the upper edge. Setting it scrolls as far as there are rows.
     std::int64_t firstRow() const { return geometry_.firstRow(); }
     void setFirstRow(std::int64_t row);
 
-    /// The strip at the left with the marker of the current row.
+    /// The column at the left that marks the current row.
     bool recordSelectors() const { return recordSelectors_; }
     void setRecordSelectors(bool show);
 
-    /// Whether a cell whose text is cut off shows all of it while the mouse rests on it.
+    /// Whether hovering over a truncated cell shows its full text.
     bool cellTips() const { return tip_.on(); }
     void setCellTips(bool on) { tip_.setOn(on); }
 
     const Style& style(const std::wstring& name) const { return styles_.style(name); }
     void setStyle(const std::wstring& name, const Style& style);
 
-    // Events. A handler may do anything to the grid, also set another source.
+    // Events. A handler may do anything to the grid, including setting another source.
 
     /// A heading was clicked.
     std::function<void(int column)> onHeadClick;
-    /// The user begins to drag the border of a heading, or double clicks it for the width of the
-    /// content. With `cancel` set the column keeps its width.
+    /// The user starts to drag the border of a heading, or double-clicks it to fit the content. Set
+    /// `cancel` to keep the width.
     std::function<void(int column, bool& cancel)> onColResize;
-    /// The current cell moved, whoever moved it.
+    /// The current cell moved, for whatever reason.
     std::function<void()> onRowColChange;
-    /// A tip is about to be shown for a cell whose text is cut off. `tip` is the cell's text and
-    /// may be changed; an empty one shows nothing; `wrap` lets it take several lines. For a
-    /// heading that is cut off the row is -1 and the tip is empty.
+    /// A tip is about to be shown for a truncated cell. `tip` is the cell's text and may be
+    /// changed; an empty one shows nothing; `wrap` allows several lines. For a truncated heading
+    /// the row is -1 and the tip is empty.
     std::function<void(int column, std::int64_t row, std::wstring& tip, bool& wrap)>
         onFetchCellTips;
     /// The view was scrolled, vertically or horizontally.
     std::function<void()> onScroll;
 
-    /// What is painted, for tests and tools: how many cells in all since the window was made, and
-    /// how many rows were on view at the last paint.
+    /// Paint statistics, for tests and tools: cells painted since the window was created, and rows
+    /// visible at the last paint.
     std::int64_t paintedCells() const { return paintedCells_; }
     std::int64_t paintedRows() const { return paintedRows_; }
     /// In device pixels, for tests and tools.

@@ -4,8 +4,8 @@
 //   painter.paint(dirty);
 //   count += painter.paintedCells();
 //
-// The user-interface thread. A Painter lives for one paint. It decides nothing: the scene says what
-// is where and in which state.
+// The user-interface thread. A Painter is used for one paint. It makes no decisions: the scene says
+// what is where and in which state.
 #pragma once
 
 #include "toolkit/forms/units.h"
@@ -62,7 +62,7 @@ struct Scene {
 
 class Painter {
 public:
-    /// `visible` is asked which parts really need painting; it may be `canvas` itself.
+    /// `visible` is queried for the parts that need painting; it may be `canvas` itself.
     Painter(const Scene& scene, HDC canvas, HDC visible);
     ~Painter();
 
@@ -74,9 +74,9 @@ public:
     /// How many cells of the data source were drawn.
     std::int64_t paintedCells() const { return paintedCells_; }
 
-    /// Where a cell's text goes, and on how many lines.
+    /// The space for a cell's text.
     static TextBox textBox(const Scene& scene, const Column& column, const TextFont& font);
-    /// The part of a group's row that folds it when clicked.
+    /// The part of a group's row that toggles it when clicked.
     static Rect groupGlyph(const Geometry& geometry, const Padding& padding, RowIndex view,
                            int level);
 
@@ -97,8 +97,8 @@ private:
     void paintGroupRow(RowIndex view, int group);
     void paintSelector(RowIndex row, const Style& style);
     void paintCell(Cell position, RowIndex row, const Style& style);
-    // The lines of the scene's cell text within `inner`. Smoothed letters may reach a pixel over
-    // their width, so that only `clip` cuts them.
+    // The lines of the scene's cell text within `inner`. Antialiased letters may extend a pixel
+    // beyond their width, so only `clip` cuts them off.
     void paintLines(const Rect& inner, const Rect& clip, Alignment alignment, const TextFont& font);
     void paintRest();
 

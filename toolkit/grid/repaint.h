@@ -1,4 +1,5 @@
-// Repaint: invalidates the parts of a grid's window that changed, and scrolls those that only moved.
+// Repaint: invalidates the parts of a grid's window that changed, and scrolls those that only
+// moved.
 //
 //   Repaint repaint(geometry);
 //   repaint.attach(hwnd());

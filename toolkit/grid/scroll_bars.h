@@ -26,14 +26,15 @@ public:
     void attach(HWND window);
 
     void update();
-    /// Updates after a short delay: while rows keep arriving the bars follow a few times a second. They
-    /// wait until the user lets go of the thumb, which would otherwise jump away under the mouse.
+    /// Updates after a short delay: while rows keep arriving the bars follow a few times a second.
+    /// They wait until the user lets go of the thumb, which would otherwise jump away under the
+    /// mouse.
     void updateSoon();
     /// For WM_TIMER with kBarTimer. Returns whether the bars were updated.
     bool onTimer();
 
-    /// The position that a code of WM_VSCROLL or WM_HSCROLL leads to, if it leads anywhere. `line` is
-    /// what an arrow scrolls by, in pixels.
+    /// The position that a code of WM_VSCROLL or WM_HSCROLL leads to, if it leads anywhere. `line`
+    /// is what an arrow scrolls by, in pixels.
     std::optional<RowIndex> verticalTarget(int code);
     std::optional<int> horizontalTarget(int code, int line) const;
 

@@ -24,11 +24,11 @@ public:
 
     /// A colour of the system, by its COLOR_ index.
     static Color system(int index) { return system(index, index); }
-    /// Another one where the user asked for high contrast.
+    /// A different one in high contrast.
     static Color system(int index, int inHighContrast);
 
-    /// So much of a system colour over the window's background; in high contrast the second colour
-    /// as it is, since mixed colours are what the user asked to be spared.
+    /// A system colour mixed with the window's background; in high contrast the second colour,
+    /// unmixed.
     static Color tint(int index, int percent, int inHighContrast);
 
     COLORREF resolve(bool highContrast) const;
@@ -40,7 +40,7 @@ private:
     std::optional<COLORREF> fixed_;
 };
 
-/// Whether the user asked for high contrast.
+/// Whether the user has turned on high contrast.
 bool highContrastOn();
 
 /// A picture beside a heading's caption.
@@ -50,7 +50,7 @@ struct Style {
     Color text = Color::system(COLOR_WINDOWTEXT);
     Color back = Color::system(COLOR_WINDOW);
     bool bold = false;
-    /// Without one the data source's alignment of the column holds.
+    /// Without one, the data source's alignment of the column applies.
     std::optional<Alignment> alignment;
     HeadingPicture picture = HeadingPicture::none;
 };

@@ -19,7 +19,8 @@ public:
     /// definition.
     LongValueCheck(Context& context, const TableDefinition& definition, std::size_t place);
 
-    /// The value whose stored field is `field`, in the record of `row`. Returns whether it is right.
+    /// The value whose stored field is `field`, in the record of `row`. Returns whether it is
+    /// right.
     bool check(Bytes field, RowId row);
 
     /// Reports unused rows. Requires: all records have been checked.

@@ -15,9 +15,9 @@
 
 namespace jet::checking {
 
-/// The pages of a map, ascending, those outside the file left out and reported. Claims the map's row
-/// and its bitmap pages. A map id of 0 is an empty map; nothing if the map cannot be read. `table`
-/// is the owner; `role` names the map in findings.
+/// The pages of a map, ascending, those outside the file left out and reported. Claims the map's
+/// row and its bitmap pages. A map id of 0 is an empty map; nothing if the map cannot be read.
+/// `table` is the owner; `role` names the map in findings.
 std::optional<std::vector<PageNumber>> readMap(Context& context, RowId map, PageNumber table,
                                                std::string_view role);
 

@@ -14,11 +14,11 @@
 //   27      453   bitmap: bit k set = an entry ends at byte k of the entry area
 //   480     3616  entry area
 //
-// An entry is a key, the row's page (3 bytes) and its slot (1 byte); above the leaves it repeats the
-// last entry of a child and adds the child's page (4 bytes). Page numbers are big-endian here, so
-// that entries compare byte by byte. The last child has no entry: it is the tail. The first entry
-// stands whole; all others leave out the prefix, the first bytes that they share with it, of which
-// the child's page is no part.
+// An entry is a key, the row's page (3 bytes) and its slot (1 byte); above the leaves it repeats
+// the last entry of a child and adds the child's page (4 bytes). Page numbers are big-endian here,
+// so that entries compare byte by byte. The last child has no entry: it is the tail. The first
+// entry stands whole; all others leave out the prefix, the first bytes that they share with it, of
+// which the child's page is no part.
 //
 // Leaves are linked over the whole index, pages above them among the children of one parent. The
 // root's page never changes: a root that overflows moves its entries to new pages below it.

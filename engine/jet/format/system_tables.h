@@ -1,5 +1,5 @@
-// The system tables of a new database: their pages, columns and indexes, as the original engine makes
-// them. The database has 16 pages:
+// The system tables of a new database: their pages, columns and indexes, as the original engine
+// makes them. The database has 16 pages:
 //
 //  page     content
 //  0        header

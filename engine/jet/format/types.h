@@ -27,8 +27,8 @@ constexpr std::uint32_t raw(PageNumber page) { return static_cast<std::uint32_t>
 /// No page: links that end, maps that do not exist. (Page 0 is the header and never a target.)
 inline constexpr PageNumber kNoPage{0};
 
-/// Names one row of the file: a page and a slot on it. Usage maps and pieces of long values are rows
-/// too. As stored: the slot in the low byte, the page in the upper three.
+/// Names one row of the file: a page and a slot on it. Usage maps and pieces of long values are
+/// rows too. As stored: the slot in the low byte, the page in the upper three.
 class RowId {
 public:
     constexpr RowId() = default;

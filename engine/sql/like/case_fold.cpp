@@ -190,9 +190,9 @@ char16_t foldCase(char16_t c) {
 
 namespace {
 
-/// Capital letters beyond U+FFFF and how far their small letters are from them (Unicode 14: Deseret,
-/// Osage, Vithkuqi, Old Hungarian, Warang Citi, Medefaidrin, Adlam). All letters of a row have the
-/// same first half.
+/// Capital letters beyond U+FFFF and how far their small letters are from them (Unicode 14:
+/// Deseret, Osage, Vithkuqi, Old Hungarian, Warang Citi, Medefaidrin, Adlam). All letters of a row
+/// have the same first half.
 struct CapitalsBeyond {
     char32_t first;
     char32_t last;

@@ -262,7 +262,8 @@ void frmMain::Form_DropFiles(const std::vector<std::wstring>& paths) {
 void frmMain::openTraceDatabase(const std::u16string& path) {
     runProcedure(u"[frmMain]mnuOpenTraceDatabase_Click", Limit::None, [&](Procedure& procedure) {
         procedure.step([&] { modDatabase::connectToDB(path); });
-        // An upgrade may take a while: the rows before are closed, and are not to stand there empty.
+        // An upgrade may take a while: the rows before are closed, and are not to stand there
+        // empty.
         procedure.step([&] {
             tdbgridData.dataChanged();
             showNoRecord();

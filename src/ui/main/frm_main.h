@@ -37,8 +37,7 @@ public:
     frmMain();
     ~frmMain() override { destroy(); }
 
-    /// Searches on for the last text of the find dialog, downwards; shows that dialog if `findNext`
-    /// is false.
+    /// Repeats the find dialog's last search downwards; shows the dialog if `findNext` is false.
     void myfindText(bool findNext);
 
     /// Asks for a trace database; empty if the user cancelled.
@@ -47,11 +46,11 @@ public:
     /// Binds the grid to a trace recordset.
     void reloadDBGrid(ado::Recordset& recordset);
 
-    /// Sorts by a column, and the other way round when it is clicked again.
+    /// Sorts by a column; a second click reverses the order.
     void tdbgridData_HeadClick(int ColIndex);
 
-    /// The status window over this one, or another text in it. While an export runs the window is
-    /// kept for its progress: neither call does anything then.
+    /// Shows the status window over this one, or changes its text. During an export the window is
+    /// reserved for its progress: neither call has an effect.
     void displayStatus(const std::u16string& text, bool showProgress);
     void hideStatus();
 

@@ -73,8 +73,8 @@ void frmMain::hideStatus() {
     if (!exportIsRunning()) status.hideStatus();
 }
 
-/// At first the dialog stands over this window, on whatever display that is; then where the user put
-/// it.
+/// At first the dialog stands over this window, on whatever display that is; then where the user
+/// put it.
 void frmMain::mnuFind_Click() {
     if (!findDialog.isLoaded()) {
         findDialog.load();

@@ -4,9 +4,9 @@
 //       text = column == 0 ? std::to_wstring(row + 1) : L"";
 //   }
 //
-// The user-interface thread, on which the grid calls every member, most of them while it paints. The
-// source tells the grid of its changes through the grid's notifications (grid.h); it must outlive
-// its being set.
+// The user-interface thread, on which the grid calls every member, most of them while it paints.
+// The source's changes are reported through the grid's notifications (grid.h). The grid must be
+// given another source before this one is destroyed.
 #pragma once
 
 #include <cstdint>
@@ -29,14 +29,14 @@ public:
     /// How many rows there are by now.
     virtual std::int64_t rowCount() const = 0;
 
-    /// Replaces `text` by the text of a cell. Must be cheap: it is asked for every visible cell of
-    /// every paint. A row that is gone gives an empty text.
+    /// Sets `text` to the text of a cell. Must be cheap: it is called for every visible cell in
+    /// every paint. A deleted row has empty texts.
     virtual void cellText(std::int64_t row, int column, std::wstring& text) const = 0;
 
-    /// For every row a number by which rows are grouped: equal exactly where rows belong together,
-    /// smaller for what comes first, and no number left out by much (the memory that grouping takes
-    /// grows with the greatest). Only asked for when the user groups by the column. The default
-    /// reads all texts and orders them as the user's language does.
+    /// A rank for every row, for grouping: equal only for rows that belong together, smaller for
+    /// those that come first, and dense (the memory for grouping grows with the greatest). Called
+    /// only when the user groups by the column. The default reads all texts and orders them by the
+    /// user's language.
     virtual std::vector<std::uint32_t> valueRanks(int column) const;
 
     /// The current row, counted from 0; -1 for none.

@@ -6,8 +6,8 @@
 //   view.setUnfolded(2, true, source);
 //   std::wstring line = view.text(2, L"Component", source);
 //
-// After a sort, or when rows were added, groups are recognised by the values on their paths and stay
-// folded or unfolded as before. One thread.
+// After a sort, or when rows were added, groups are recognised by the values on their paths and
+// stay folded or unfolded as before. One thread.
 #pragma once
 
 #include "toolkit/grid/model/data_source.h"
@@ -54,7 +54,7 @@ public:
 
     void setUnfolded(int group, bool unfolded, const DataSource& source);
     void setAllUnfolded(bool unfolded);
-    /// Unfolds all groups around a row. Returns whether one was folded.
+    /// Unfolds all groups around a row; returns whether any was folded.
     bool reveal(RowIndex row, const DataSource& source);
 
     /// The group whose own row this is; kNoGroup for other rows, and outside the view.

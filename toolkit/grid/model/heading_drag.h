@@ -6,8 +6,8 @@
 //   drag.pull({mouse.x + 40, mouse.y}, {4, 4});
 //   HeadingDrop where = drag.dropAt({mouse.x + 40, mouse.y});
 //
-// It computes places and widths. Mouse capture, painting and the effect of a drop are up to the grid.
-// Chips in the group area count as headings. One thread. Distances are device pixels.
+// It computes places and widths. Mouse capture, painting and the effect of a drop are up to the
+// grid. Chips in the group area count as headings. One thread. Distances are device pixels.
 #pragma once
 
 #include "toolkit/grid/model/geometry.h"

@@ -3,8 +3,8 @@
 //   geometry.scrollToY(steppedY(geometry, ScrollStep::pageOn));
 //   geometry.scrollToX(steppedX(geometry, ScrollStep::lineBack, width));
 //
-// Plain functions; any thread that may read the geometry. Distances are device pixels; positions may
-// lie outside the range, which the geometry clamps.
+// Plain functions; any thread that may read the geometry. Distances are device pixels; positions
+// may lie outside the range, which the geometry clamps.
 #pragma once
 
 #include "toolkit/grid/model/geometry.h"

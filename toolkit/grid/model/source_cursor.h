@@ -1,4 +1,5 @@
-// SourceCursor: the data source that a grid is bound to, and the row that it last saw current there.
+// SourceCursor: the data source that a grid is bound to, and the row that it last saw current
+// there.
 //
 //   SourceCursor cursor;
 //   cursor.bind(&source);

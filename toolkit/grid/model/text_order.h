@@ -9,8 +9,8 @@
 
 namespace grid {
 
-/// Whether `a` comes before `b`. Different texts that the language takes for the same have an order,
-/// too.
+/// Whether `a` comes before `b`. Different texts that the language takes for the same have an
+/// order, too.
 struct TextOrder {
     bool operator()(const std::wstring& a, const std::wstring& b) const;
 };
