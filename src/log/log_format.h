@@ -13,7 +13,7 @@
 
 namespace logformat {
 
-/// The placeholder for a missing procedure label.
+/// Stands in the log for a procedure label that was not given.
 inline constexpr std::u16string_view kNoLabel = u"                    ";
 
 struct Line {

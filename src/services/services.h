@@ -5,9 +5,8 @@
 //   mine.registry = &fakeRegistry;
 //   const ServicesInUse inUse{mine};         // to the end of the block
 //
-// The interfaces belong to the layers above; only their names stand here. Whoever is composed in
-// has to outlive its use. The user-interface thread;
-// a crash reads them on any.
+// The interfaces belong to the layers above; only their names are declared here. What the pointers
+// name must outlive ServicesInUse. The user-interface thread; a crash reads them on any.
 #pragma once
 
 #include <exception>
