@@ -70,7 +70,7 @@ void printHeader(const sql::Query& query) {
     plain::writeAll(line + "\n", stdout);
 }
 
-jet::Skipped printRows(sql::Cursor& cursor) {
+jet::Losses printRows(sql::Cursor& cursor) {
     constexpr std::size_t kFull = std::size_t{1} << 20;
     std::string text;
     plain::FieldWriter fields{text};
@@ -87,12 +87,12 @@ jet::Skipped printRows(sql::Cursor& cursor) {
         text.clear();
     }
     plain::writeAll(text, stdout);
-    return cursor.skipped();
+    return cursor.losses();
 }
 
 /// Every statement is done by itself: one that fails takes none of those before it back.
-jet::Skipped runStatement(const std::shared_ptr<jet::Database>& database, const std::string& text,
-                          const Options& options) {
+jet::Losses runStatement(const std::shared_ptr<jet::Database>& database, const std::string& text,
+                         const Options& options) {
     const sql::Statement statement = sql::parseStatement(jet::toUtf16(text));
     const auto* const select = std::get_if<sql::SelectStatement>(&statement);
     if (select == nullptr) {
@@ -107,33 +107,29 @@ jet::Skipped runStatement(const std::shared_ptr<jet::Database>& database, const 
     return printRows(*query->execute());
 }
 
-jet::Skipped runStatements(const std::shared_ptr<jet::Database>& database, const Options& options) {
-    jet::Skipped all;
-    for (const std::string& text : options.statements) {
-        const jet::Skipped skipped = runStatement(database, text, options);
-        all.rows += skipped.rows;
-        all.pages += skipped.pages;
-    }
+jet::Losses runStatements(const std::shared_ptr<jet::Database>& database, const Options& options) {
+    jet::Losses all;
+    for (const std::string& text : options.statements) all += runStatement(database, text, options);
     return all;
 }
 
 void run(const Options& options) {
     const std::u8string path{options.file.begin(), options.file.end()};
     const auto database = jet::Database::open(std::filesystem::path{path});
-    jet::Skipped skipped;
+    jet::Losses losses;
     if (options.schema) {
         plain::listSchema(*database, stdout);
     } else if (!options.statements.empty()) {
-        skipped = runStatements(database, options);
+        losses = runStatements(database, options);
     } else {
-        skipped = plain::listTables(*database, stdout);
+        losses = plain::listTables(*database, stdout);
     }
     if (std::fflush(stdout) != 0) plain::writeAll("\n", stdout);
     plain::flush(stdout);
-    if (skipped.rows + skipped.pages > 0) {
+    if (losses.rows + losses.pages > 0) {
         std::fprintf(stderr, "damage: %llu rows and %llu pages were left out\n",
-                     static_cast<unsigned long long>(skipped.rows),
-                     static_cast<unsigned long long>(skipped.pages));
+                     static_cast<unsigned long long>(losses.rows),
+                     static_cast<unsigned long long>(losses.pages));
     }
 }
 

@@ -96,17 +96,16 @@ std::string indexLine(const jet::TableDefinition& table, const jet::LogicalIndex
 
 }  // namespace
 
-jet::Skipped listTables(jet::Database& database, std::FILE* out) {
-    jet::Skipped skipped;
+jet::Losses listTables(jet::Database& database, std::FILE* out) {
+    jet::Losses losses;
     for (const auto& table : userTables(database)) {
         std::uint64_t rows = 0;
         jet::TableScan scan{*table};
         while (scan.next()) ++rows;
-        skipped.rows += scan.skipped().rows;
-        skipped.pages += scan.skipped().pages;
+        losses += scan.losses();
         writeAll(jet::toUtf8(table->definition().name) + "\t" + std::to_string(rows) + "\n", out);
     }
-    return skipped;
+    return losses;
 }
 
 void listSchema(jet::Database& database, std::FILE* out) {

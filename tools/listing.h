@@ -12,7 +12,7 @@
 namespace plain {
 
 /// One line for each user table: its name, a tab and the number of rows, counted.
-jet::Skipped listTables(jet::Database& database, std::FILE* out);
+jet::Losses listTables(jet::Database& database, std::FILE* out);
 
 /// Each user table with its columns, their types and sizes, and its indexes.
 void listSchema(jet::Database& database, std::FILE* out);

@@ -20,7 +20,7 @@ constexpr std::size_t kBlockPages = 128;
 
 struct Block {
     std::string text;
-    jet::Skipped skipped;
+    jet::Losses losses;
 };
 
 /// Makes the text of blocks of a table's pages. Belongs to one thread.
@@ -42,10 +42,10 @@ public:
             } catch (const jet::Error& error) {
                 if (error.fault() != jet::Fault::Damaged) throw;
                 block.text.resize(start);
-                scan.skipRow();
+                scan.loseRow(error);
             }
         }
-        block.skipped = scan.skipped();
+        block.losses = scan.losses();
         return block;
     }
 
@@ -152,11 +152,6 @@ private:
     throw std::system_error{errno, std::generic_category(), "The output cannot be written"};
 }
 
-void addTo(jet::Skipped& sum, const jet::Skipped& part) {
-    sum.rows += part.rows;
-    sum.pages += part.pages;
-}
-
 }  // namespace
 
 void writeAll(std::string_view text, std::FILE* out) {
@@ -167,27 +162,27 @@ void flush(std::FILE* out) {
     if (std::fflush(out) != 0) throwWriteFailed();
 }
 
-jet::Skipped dumpRows(const sql::Query& query, unsigned threads, std::FILE* out) {
-    jet::Skipped skipped;
-    if (query.alwaysEmpty()) return skipped;
+jet::Losses dumpRows(const sql::Query& query, unsigned threads, std::FILE* out) {
+    jet::Losses losses;
+    if (query.alwaysEmpty()) return losses;
     const std::vector<jet::PageNumber> pages = query.scannedTable()->dataPages();
     Block block;
     if (threads > 1) {
         for (BlockQueue queue{query, pages, threads}; queue.take(block);) {
             writeAll(block.text, out);
-            addTo(skipped, block.skipped);
+            losses += block.losses;
         }
-        return skipped;
+        return losses;
     }
     BlockWriter writer{query};
     for (std::span<const jet::PageNumber> rest{pages}; !rest.empty();) {
         const std::size_t count = std::min(kBlockPages, rest.size());
         block = writer.write(rest.first(count));
         writeAll(block.text, out);
-        addTo(skipped, block.skipped);
+        losses += block.losses;
         rest = rest.subspan(count);
     }
-    return skipped;
+    return losses;
 }
 
 }  // namespace plain

@@ -78,7 +78,7 @@ private:
             if (!firstRowsReady_ && store_.appended() >= shared_.firstRows) announceFirstRows(scan);
             if (tried_ % kStretch == 0) look(scan);
         }
-        skipped_ = scan.skipped();
+        losses_ = scan.losses();
     }
 
     void take(jet::TableScan& scan, sql::RowFilter* filter) {
@@ -87,7 +87,7 @@ private:
             store_.append(scan.rowId(), scan.record());
         } catch (const jet::Error& error) {
             if (error.fault() != jet::Fault::Damaged) throw;
-            scan.skipRow();
+            scan.loseRow(error);
         }
     }
 
@@ -99,7 +99,7 @@ private:
         }
         const std::uint32_t reached = store_.count() / kProgressStep * kProgressStep;
         if (reached <= reported_ || Clock::now() - lastPost_ < kProgressPause) return;
-        skipped_ = scan.skipped();
+        losses_ = scan.losses();
         postProgress(reached);
     }
 
@@ -108,7 +108,7 @@ private:
         store_.publish();
         const std::lock_guard lock{shared_.mutex};
         shared_.firstRowsReady = true;
-        shared_.outcome.skipped = scan.skipped();
+        shared_.outcome.losses = scan.losses();
         shared_.changed.notify_all();
     }
 
@@ -118,7 +118,7 @@ private:
         shared_.progress->rows.store(rows);
         {
             const std::lock_guard lock{shared_.mutex};
-            shared_.outcome.skipped = skipped_;
+            shared_.outcome.losses = losses_;
         }
         if (!shared_.scheduler || shared_.progress->pending.exchange(true)) return;
         shared_.scheduler->post([progress = shared_.progress, weak = shared_.events] {
@@ -132,7 +132,7 @@ private:
         if (reached > reported_) postProgress(reached);
         {
             const std::lock_guard lock{shared_.mutex};
-            shared_.outcome = {true, std::move(error), skipped_};
+            shared_.outcome = {true, std::move(error), losses_};
             shared_.firstRowsReady = true;
             shared_.changed.notify_all();
         }
@@ -149,7 +149,7 @@ private:
     std::uint32_t reported_ = 0;
     Clock::time_point lastPost_;
     bool firstRowsReady_ = false;
-    jet::Skipped skipped_;
+    jet::Losses losses_;
 };
 
 Fetch::Fetch(std::shared_ptr<const sql::Query> query, std::shared_ptr<ScannedRows> rows,

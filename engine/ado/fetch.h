@@ -22,7 +22,7 @@ namespace ado {
 struct FetchOutcome {
     bool finished = false;
     std::exception_ptr error;  ///< null if every row was read
-    jet::Skipped skipped;      ///< damaged rows and pages, also while it runs
+    jet::Losses losses;        ///< what could not be read, also while it runs
 };
 
 struct FetchEvents {

@@ -6,7 +6,7 @@ Opening::Opening(std::shared_ptr<RowSet> set, std::shared_ptr<Scheduler> schedul
                  OpeningEvents events)
     : set_{std::move(set)}, scheduler_{std::move(scheduler)}, events_{std::move(events)} {}
 
-Opening::~Opening() { set_->setSkipped(skipped()); }
+Opening::~Opening() { set_->setLosses(losses()); }
 
 void Opening::fetchAll() {
     if (!set_->scanned()) return;
@@ -14,7 +14,7 @@ void Opening::fetchAll() {
     fetch.runHere();
     const FetchOutcome outcome = fetch.outcome();
     if (outcome.error) std::rethrow_exception(outcome.error);
-    set_->setSkipped(outcome.skipped);
+    set_->setLosses(outcome.losses);
 }
 
 void Opening::fetchInBackground(std::uint32_t firstRows) {
@@ -44,7 +44,7 @@ void Opening::complete() {
     std::exception_ptr failure;
     if (fetch_) {
         const FetchOutcome outcome = fetch_->outcome();
-        set_->setSkipped(outcome.skipped);
+        set_->setLosses(outcome.losses);
         failure = outcome.error;
         fetch_.reset();
     }
@@ -53,8 +53,6 @@ void Opening::complete() {
     handler(failure);
 }
 
-jet::Skipped Opening::skipped() const {
-    return fetch_ ? fetch_->outcome().skipped : set_->skipped();
-}
+jet::Losses Opening::losses() const { return fetch_ ? fetch_->outcome().losses : set_->losses(); }
 
 }  // namespace ado

@@ -53,8 +53,8 @@ public:
     /// Whether complete() is still to come.
     bool isFetching() const { return fetching_; }
 
-    /// Damaged rows and pages skipped so far.
-    jet::Skipped skipped() const;
+    /// What could not be read so far.
+    jet::Losses losses() const;
 
 private:
     void complete();

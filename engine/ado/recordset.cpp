@@ -206,9 +206,9 @@ std::uint32_t Recordset::rowCount() const { return set().rows().count(); }
 
 int Recordset::recordCount() const { return static_cast<int>(rowCount()); }
 
-jet::Skipped Recordset::skipped() const {
+jet::Losses Recordset::losses() const {
     requireOpen();
-    return opening_->skipped();
+    return opening_->losses();
 }
 
 bool Recordset::bof() const { return current_.bof(rowCount()); }

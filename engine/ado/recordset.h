@@ -124,8 +124,8 @@ public:
     /// Rows so far.
     int recordCount() const;
 
-    /// Damaged rows and pages skipped so far.
-    jet::Skipped skipped() const;
+    /// What could not be read so far.
+    jet::Losses losses() const;
 
     const std::u16string& sort() const { return order_.sortString(); }
 

@@ -12,7 +12,7 @@ RowSet::RowSet(std::shared_ptr<const sql::Query> query) : query_{std::move(query
         return;
     }
     const auto rows = std::make_shared<MaterialisedRows>(*query_);
-    skipped_ = rows->skipped();
+    losses_ = rows->losses();
     rows_ = rows;
 }
 

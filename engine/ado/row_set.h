@@ -49,9 +49,9 @@ public:
     /// To be called when texts may have changed.
     void forgetTextMatches() { textMatches_.reset(); }
 
-    /// Damaged rows and pages that were skipped, as reported to it.
-    jet::Skipped skipped() const { return skipped_; }
-    void setSkipped(jet::Skipped skipped) { skipped_ = skipped; }
+    /// What could not be read, as reported to it.
+    jet::Losses losses() const { return losses_; }
+    void setLosses(jet::Losses losses) { losses_ = std::move(losses); }
 
 private:
     std::shared_ptr<const sql::Query> query_;
@@ -60,7 +60,7 @@ private:
     OrderCache orders_;
     Views views_;
     std::shared_ptr<TextMatches> textMatches_;  ///< of the latest search for a text; may be null
-    jet::Skipped skipped_;
+    jet::Losses losses_;
 };
 
 }  // namespace ado

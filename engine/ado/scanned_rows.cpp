@@ -197,7 +197,7 @@ std::vector<std::uint64_t> ScannedRows::fileKeys(std::size_t column, std::uint32
 MaterialisedRows::MaterialisedRows(const sql::Query& query) : columns_{query.columns()} {
     const auto cursor = query.execute();
     while (cursor->next()) rows_.push_back(cursor->row());
-    skipped_ = cursor->skipped();
+    losses_ = cursor->losses();
 }
 
 bool MaterialisedRows::appendText(std::uint32_t row, std::size_t column,

@@ -60,7 +60,7 @@ public:
     /// Runs the query to its end. Throws as sql::Cursor.
     explicit MaterialisedRows(const sql::Query& query);
 
-    jet::Skipped skipped() const { return skipped_; }
+    jet::Losses losses() const { return losses_; }
 
     std::uint32_t count() const override { return static_cast<std::uint32_t>(rows_.size()); }
     jet::Value value(std::uint32_t row, std::size_t column) override { return rows_[row][column]; }
@@ -73,7 +73,7 @@ public:
 private:
     std::vector<sql::OutputColumn> columns_;
     std::vector<std::vector<jet::Value>> rows_;
-    jet::Skipped skipped_;
+    jet::Losses losses_;
 };
 
 }  // namespace ado

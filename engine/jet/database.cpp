@@ -84,6 +84,32 @@ const std::vector<CatalogEntry>& Database::catalog() {
     return *catalog_;
 }
 
+Losses Database::losses() const {
+    const std::lock_guard lock{lossMutex_};
+    Losses all = openingLosses_;
+    all += catalogLosses_;
+    return all;
+}
+
+std::optional<Loss> Database::firstLoss() const {
+    const std::lock_guard lock{lossMutex_};
+    return firstLoss_;
+}
+
+void Database::noteLoss(const Loss& loss) {
+    const std::lock_guard lock{lossMutex_};
+    if (!firstLoss_ && loss.kind != Loss::Kind::Hints) firstLoss_ = loss;
+    if (lossListener_) lossListener_(loss);
+}
+
+void Database::setLossListener(std::function<void(const Loss&)> listener) {
+    const std::lock_guard lock{lossMutex_};
+    lossListener_ = std::move(listener);
+    if (!lossListener_) return;
+    for (const Loss& loss : openingLosses_.reasons) lossListener_(loss);
+    for (const Loss& loss : catalogLosses_.reasons) lossListener_(loss);
+}
+
 void Database::commit() {
     try {
         pager_.commit();
@@ -131,9 +157,11 @@ std::vector<CatalogEntry> Database::readCatalog() {
         } catch (const Error& error) {
             // One object that cannot be read must not hide the others.
             if (error.fault() != Fault::Damaged) throw;
-            scan.skipRow();
+            scan.loseRow(error);
         }
     }
+    const std::lock_guard lock{lossMutex_};
+    catalogLosses_ = scan.losses();
     return entries;
 }
 

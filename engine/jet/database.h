@@ -59,6 +59,21 @@ public:
     /// Throws Error: NoSuchTable, Damaged.
     std::shared_ptr<const Table> table(std::u16string_view name);
 
+    // ---- Damage ----
+
+    /// What opening the file and reading its catalog lost.
+    Losses losses() const;
+
+    /// The first loss that any reader of this connection has met; hints do not count.
+    std::optional<Loss> firstLoss() const;
+
+    /// To be called by every reader that meets a loss. Any thread.
+    void noteLoss(const Loss& loss);
+
+    /// Calls `listener` with each loss and hint: those of losses() now, others when they are met, on
+    /// the thread that meets them, one at a time.
+    void setLossListener(std::function<void(const Loss&)> listener);
+
     // ---- Changes ----
 
     /// Runs `change` as one atomic statement. Its changes are visible in this object at once and
@@ -91,6 +106,13 @@ private:
     std::function<Date()> clock_;
     std::mutex catalogMutex_;
     std::optional<std::vector<CatalogEntry>> catalog_;
+
+    mutable std::mutex lossMutex_;
+    // Under lossMutex_:
+    Losses openingLosses_;
+    Losses catalogLosses_;
+    std::optional<Loss> firstLoss_;
+    std::function<void(const Loss&)> lossListener_;
 };
 
 }  // namespace jet

@@ -77,9 +77,21 @@ bool TableScan::takeSlot() {
         return true;
     } catch (const Error& error) {
         if (error.fault() != Fault::Damaged) throw;
-        skipRow();
+        loseRow(error);
         return false;
     }
+}
+
+/// A row of the catalog is the entry of a table.
+void TableScan::loseRow(const Error& error) {
+    const bool ofCatalog = table_.definition().page == format::catalog::kObjects;
+    const auto kind = ofCatalog ? Loss::Kind::Tables : Loss::Kind::Rows;
+    lose({kind, rowId_.page(), static_cast<int>(rowId_.slot()), error.what()});
+}
+
+void TableScan::lose(Loss loss) {
+    table_.database().noteLoss(loss);
+    losses_.add(std::move(loss));
 }
 
 bool TableScan::nextPage() {
@@ -97,7 +109,7 @@ bool TableScan::nextPage() {
             return true;
         } catch (const Error& error) {
             if (error.fault() != Fault::Damaged) throw;
-            ++skipped_.pages;
+            lose({Loss::Kind::Pages, number, Loss::kNoSlot, error.what()});
         }
     }
     page_.reset();
@@ -105,12 +117,12 @@ bool TableScan::nextPage() {
 }
 
 /// Loads the longest stretch from the next page on that the table fills densely enough. Returns
-/// false if that page lies behind the end of the file; it then counts as skipped.
+/// false if that page lies behind the end of the file; it is lost then.
 bool TableScan::loadBlock() {
     const std::uint32_t pageCount = values_.storage().pageCount();
     const std::uint32_t first = raw(list_[listIndex_]);
     if (first >= pageCount) {
-        ++skipped_.pages;
+        lose({Loss::Kind::Pages, list_[listIndex_], Loss::kNoSlot, "The file ends before it."});
         ++listIndex_;
         return false;
     }

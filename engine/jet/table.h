@@ -7,6 +7,7 @@
 #pragma once
 
 #include "engine/jet/data_page.h"
+#include "engine/jet/losses.h"
 #include "engine/jet/record.h"
 #include "engine/jet/table_definition.h"
 #include "engine/jet/value.h"
@@ -45,15 +46,9 @@ private:
     TableDefinition definition_;
 };
 
-/// What a scan skipped because of damage.
-struct Skipped {
-    std::uint64_t rows = 0;
-    std::uint64_t pages = 0;
-};
-
 /// Walks rows in storage order: by page as the table's map lists them, by slot on the page.
-/// A moved row is returned once, at the place of its pointer. Damaged rows and pages are skipped
-/// and counted; failures of the storage itself are thrown.
+/// A moved row is returned once, at the place of its pointer. Damaged rows and pages are left
+/// out and counted as losses; failures of the storage itself are thrown.
 class TableScan {
 public:
     /// `table` must stay alive.
@@ -78,14 +73,17 @@ public:
     /// valid.
     PageReader& pages() { return values_; }
 
-    /// Counts the current row as skipped, for callers that find a damaged field.
-    void skipRow() { ++skipped_.rows; }
-    const Skipped& skipped() const { return skipped_; }
+    /// Counts the current row as lost, for callers that cannot use what is left of it.
+    void loseRow(const Error& error);
+
+    /// What was lost so far. Each loss has been reported to the database, too.
+    const Losses& losses() const { return losses_; }
 
 private:
     bool nextPage();
     bool loadBlock();
     bool takeSlot();
+    void lose(Loss loss);
 
     const Table& table_;
     std::vector<PageNumber> ownPages_;
@@ -98,7 +96,7 @@ private:
     Record record_;
     PageReader values_;  ///< holds the block that page_ and, mostly, record_ point into
     PageReader moved_;   ///< holds the page of a record that moved
-    Skipped skipped_;
+    Losses losses_;
 };
 
 }  // namespace jet

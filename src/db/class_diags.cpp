@@ -15,7 +15,7 @@ classDiags::classDiags(std::shared_ptr<ado::Scheduler> scheduler, LoadingEvents&
 void classDiags::rsDiags_FetchProgress(std::uint32_t progress) { events_.rowsLoaded(progress); }
 
 void classDiags::rsDiags_FetchComplete(const ado::Error* error) {
-    events_.loadEnded({.error = error, .lost = rsDiags_->skipped()});
+    events_.loadEnded({.error = error, .lost = rsDiags_->losses()});
 }
 
 std::unique_ptr<classDiags>& diags() {

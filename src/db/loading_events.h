@@ -3,7 +3,7 @@
 //
 //   events.loadBegins();
 //   events.rowsLoaded(1000);
-//   events.loadEnded({.error = nullptr, .lost = recordset.skipped()});
+//   events.loadEnded({.error = nullptr, .lost = recordset.losses()});
 //
 // The user-interface thread.
 #pragma once
@@ -15,7 +15,7 @@
 /// How the loading of the trace records ended. What arrived until then is there to use.
 struct LoadResult {
     const ado::Error* error = nullptr;  ///< null if every record could be read
-    jet::Skipped lost = {};             ///< damaged rows and pages that were left out
+    jet::Losses lost = {};              ///< damaged rows and pages that were left out
 };
 
 class LoadingEvents {

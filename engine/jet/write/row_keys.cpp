@@ -89,7 +89,7 @@ void RowKeys::collect(TableScan& scan, KeySorter& keys) {
         if (lookUp) known.add(first.bytes, code);
         keys.add(code, scan.rowId());
     }
-    if (scan.skipped().rows != 0 || scan.skipped().pages != 0) {
+    if (scan.losses().any()) {
         throwDamaged(kNoPage, "rows of a table that is to be indexed cannot be read");
     }
 }

@@ -31,8 +31,8 @@ std::unique_ptr<Cursor> openDistinct(const PlanPtr& plan, std::unique_ptr<Cursor
 /// The first `count` rows.
 std::unique_ptr<Cursor> openTop(std::uint64_t count, std::unique_ptr<Cursor> rows);
 
-/// The rows of a table that satisfy a plan's condition, as records. Damaged rows are skipped and
-/// counted.
+/// The rows of a table that satisfy a plan's condition, as records. Damaged rows are left
+/// out and counted.
 class FilteredScan {
 public:
     explicit FilteredScan(const Plan& plan);
@@ -47,7 +47,7 @@ public:
                 return true;
             } catch (const jet::Error& error) {
                 if (error.fault() != jet::Fault::Damaged) throw;
-                scan_->skipRow();
+                scan_->loseRow(error);
             }
         }
         return false;
@@ -55,7 +55,7 @@ public:
 
     Row& row() { return row_; }
     jet::RowId rowId() const { return scan_->rowId(); }
-    jet::Skipped skipped() const { return scan_ ? scan_->skipped() : jet::Skipped{}; }
+    jet::Losses losses() const { return scan_ ? scan_->losses() : jet::Losses{}; }
 
 private:
     bool accept();

@@ -117,7 +117,7 @@ public:
     }
 
     const std::vector<jet::Value>& row() const override { return values_; }
-    jet::Skipped skipped() const override { return skipped_; }
+    jet::Losses losses() const override { return losses_; }
 
 private:
     void run() {
@@ -125,7 +125,7 @@ private:
         FilteredScan scan{*plan_};
         while (scan.nextThat([&] { grouping_->add(scan.row()); })) {
         }
-        skipped_ = scan.skipped();
+        losses_ = scan.losses();
         KeyStore keys;
         for (std::size_t place = 0; place < grouping_->size(); ++place) addKey(place, keys);
         order_ = keys.sorted(plan_->distinct ? std::nullopt : plan_->top);
@@ -149,7 +149,7 @@ private:
     std::vector<std::size_t> order_;  ///< places of groups
     std::size_t at_ = 0;
     std::vector<jet::Value> values_;
-    jet::Skipped skipped_;
+    jet::Losses losses_;
 };
 
 }  // namespace

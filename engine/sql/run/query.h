@@ -35,14 +35,14 @@ class Cursor {
 public:
     virtual ~Cursor() = default;
 
-    /// Moves to the next row; false at the end. Damaged rows are skipped and counted.
+    /// Moves to the next row; false at the end. Damaged rows are left out and counted.
     /// Throws jet::Error for failures of the storage, Error{TypeMismatch}.
     virtual bool next() = 0;
 
     /// The current row, one value an output column. Requires: the last next() returned true.
     virtual const std::vector<jet::Value>& row() const = 0;
 
-    virtual jet::Skipped skipped() const = 0;
+    virtual jet::Losses losses() const = 0;
 };
 
 class Query {

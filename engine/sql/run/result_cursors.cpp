@@ -21,7 +21,7 @@ public:
     }
 
     const std::vector<jet::Value>& row() const override { return rows_->row(); }
-    jet::Skipped skipped() const override { return rows_->skipped(); }
+    jet::Losses losses() const override { return rows_->losses(); }
 
 private:
     bool isNew() {
@@ -51,7 +51,7 @@ public:
     }
 
     const std::vector<jet::Value>& row() const override { return rows_->row(); }
-    jet::Skipped skipped() const override { return rows_->skipped(); }
+    jet::Losses losses() const override { return rows_->losses(); }
 
 private:
     std::uint64_t left_;

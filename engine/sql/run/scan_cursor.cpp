@@ -39,7 +39,7 @@ public:
     }
 
     const std::vector<jet::Value>& row() const override { return values_; }
-    jet::Skipped skipped() const override { return scan_ ? scan_->skipped() : jet::Skipped{}; }
+    jet::Losses losses() const override { return scan_ ? scan_->losses() : jet::Losses{}; }
 
 private:
     PlanPtr plan_;
@@ -59,13 +59,13 @@ public:
         if (!sorted_) sort();
         while (at_ < order_.size()) {
             if (read(rowIds_[order_[at_++]])) return true;
-            ++skipped_.rows;
+            lose(rowIds_[order_[at_ - 1]]);
         }
         return false;
     }
 
     const std::vector<jet::Value>& row() const override { return values_; }
-    jet::Skipped skipped() const override { return skipped_; }
+    jet::Losses losses() const override { return losses_; }
 
 private:
     void sort() {
@@ -74,7 +74,7 @@ private:
         FilteredScan scan{*plan_};
         while (scan.nextThat([&] { addKey(scan, keys); })) {
         }
-        skipped_ = scan.skipped();
+        losses_ = scan.losses();
         order_ = keys.sorted(plan_->distinct ? std::nullopt : plan_->top);
     }
 
@@ -83,6 +83,13 @@ private:
         appendOrderKeys(*plan_, scan.row(), keys.bytes());
         keys.finishKey();
         rowIds_.push_back(scan.rowId());
+    }
+
+    void lose(jet::RowId id) {
+        jet::Loss loss{jet::Loss::Kind::Rows, id.page(), static_cast<int>(id.slot()),
+                       "It cannot be read a second time."};
+        plan_->table->database().noteLoss(loss);
+        losses_.add(std::move(loss));
     }
 
     /// Another program may have taken the row away since it was sorted.
@@ -109,7 +116,7 @@ private:
     std::vector<jet::RowId> rowIds_;  ///< in storage order
     std::vector<std::size_t> order_;  ///< places in rowIds_
     std::size_t at_ = 0;
-    jet::Skipped skipped_;
+    jet::Losses losses_;
 };
 
 }  // namespace

@@ -33,7 +33,7 @@ TEST_F(FetchTest, FirstRowsAreThereWhenOpenReturnsAndTheRestFollows) {
     EXPECT_EQ(rows.recordCount(), 20'000);
     EXPECT_EQ(rows.state(), adStateOpen);
     EXPECT_FALSE(log.error);
-    EXPECT_EQ(rows.skipped().rows, 0u);
+    EXPECT_EQ(rows.losses().rows, 0u);
 }
 
 TEST_F(FetchTest, RowsAreWhatTheGeneratorMade) {
@@ -227,7 +227,7 @@ TEST_F(FetchTest, DamagedRowsAreLeftOutAndCounted) {
     openTraces(rows, database.connection);
     ASSERT_TRUE(runUntilComplete(log));
     EXPECT_FALSE(log.error);
-    EXPECT_EQ(rows.skipped().pages, 1u);
+    EXPECT_EQ(rows.losses().pages, 1u);
     EXPECT_LT(rows.rowCount(), 3000u);
     EXPECT_GT(rows.rowCount(), 2800u);
 }
@@ -257,8 +257,8 @@ TEST_F(FetchTest, RowsThatAreDamagedInAFieldAreLeftOutAndCounted) {
                   adAsyncFetch);
         ASSERT_TRUE(runUntilComplete(log));
         EXPECT_EQ(rows.recordCount(), 497);
-        EXPECT_EQ(rows.skipped().rows, 3u);
-        EXPECT_EQ(rows.clone()->skipped().rows, 3u);
+        EXPECT_EQ(rows.losses().rows, 3u);
+        EXPECT_EQ(rows.clone()->losses().rows, 3u);
     }
 }
 

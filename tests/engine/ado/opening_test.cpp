@@ -131,9 +131,9 @@ TEST_F(OpeningTest, WhatWasSkippedIsLeftWithTheRows) {
         const auto rows = std::make_shared<RowSet>(query);
         auto one = std::make_shared<Opening>(rows, pump, OpeningEvents{});
         background ? one->fetchInBackground(2000) : one->fetchAll();
-        EXPECT_EQ(one->skipped().pages, 1u);
+        EXPECT_EQ(one->losses().pages, 1u);
         one.reset();
-        EXPECT_EQ(rows->skipped().pages, 1u);
+        EXPECT_EQ(rows->losses().pages, 1u);
     }
 }
 

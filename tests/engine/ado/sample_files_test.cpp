@@ -71,7 +71,7 @@ TEST(SampleFiles, TracesAreWhatTheirMakerWrote) {
             }
         }
         EXPECT_EQ(wrong, 0u);
-        EXPECT_EQ(rows.skipped().rows, 0u);
+        EXPECT_EQ(rows.losses().rows, 0u);
     }
 }
 

@@ -30,8 +30,8 @@ RowKeys valuesOfRows(const Table& table, const PhysicalIndex& index) {
         if (index.ignoreNulls && std::all_of(values.begin(), values.end(), isNull)) continue;
         rows.emplace(scan.rowId(), std::move(values));
     }
-    EXPECT_EQ(scan.skipped().rows, 0u);
-    EXPECT_EQ(scan.skipped().pages, 0u);
+    EXPECT_EQ(scan.losses().rows, 0u);
+    EXPECT_EQ(scan.losses().pages, 0u);
     return rows;
 }
 

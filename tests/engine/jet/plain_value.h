@@ -112,8 +112,8 @@ inline std::vector<fixture::PlainRow> plainRows(const Table& table) {
         for (const Value& value : valuesOf(scan, table.definition())) row.push_back(plain(value));
         rows.push_back(std::move(row));
     }
-    EXPECT_EQ(scan.skipped().rows, 0u);
-    EXPECT_EQ(scan.skipped().pages, 0u);
+    EXPECT_EQ(scan.losses().rows, 0u);
+    EXPECT_EQ(scan.losses().pages, 0u);
     return rows;
 }
 

@@ -10,7 +10,7 @@ namespace jet {
 
 struct Survey {
     std::size_t rows = 0;    ///< read whole
-    Skipped skipped;         ///< damaged ones
+    Losses losses;           ///< damaged ones
     std::size_t tables = 0;  ///< that could be scanned
     std::size_t refused = 0;
 };
@@ -24,11 +24,10 @@ inline void surveyTable(const Table& table, Survey& survey) {
             ++survey.rows;
         } catch (const Error& error) {
             if (error.fault() != Fault::Damaged) throw;
-            scan.skipRow();
+            scan.loseRow(error);
         }
     }
-    survey.skipped.rows += scan.skipped().rows;
-    survey.skipped.pages += scan.skipped().pages;
+    survey.losses += scan.losses();
     ++survey.tables;
 }
 

@@ -52,7 +52,7 @@ struct Numbers {
 struct Scanned {
     std::vector<int> numbers;
     std::vector<RowId> ids;
-    Skipped skipped;
+    Losses losses;
 };
 
 /// Reads all rows of "Numbers" whole, and counts those that are damaged in a field.
@@ -68,10 +68,10 @@ Scanned scanAll(const ByteVector& file) {
             scanned.ids.push_back(scan.rowId());
         } catch (const Error& error) {
             EXPECT_EQ(error.fault(), Fault::Damaged);
-            scan.skipRow();
+            scan.loseRow(error);
         }
     }
-    scanned.skipped = scan.skipped();
+    scanned.losses = scan.losses();
     return scanned;
 }
 
@@ -85,7 +85,7 @@ TEST(TableScan, AnEmptyTable) {
     Numbers numbers{0};
     const Scanned scanned = scanAll(numbers.builder.bytes());
     EXPECT_THAT(scanned.numbers, IsEmpty());
-    EXPECT_EQ(scanned.skipped.rows + scanned.skipped.pages, 0u);
+    EXPECT_EQ(scanned.losses.rows + scanned.losses.pages, 0u);
 }
 
 TEST(TableScan, RowsInStorageOrder) {
@@ -93,7 +93,7 @@ TEST(TableScan, RowsInStorageOrder) {
     const Scanned scanned = scanAll(numbers.builder.bytes());
     EXPECT_EQ(scanned.numbers, upTo(1000));
     EXPECT_EQ(scanned.ids, numbers.ids);
-    EXPECT_EQ(scanned.skipped.rows + scanned.skipped.pages, 0u);
+    EXPECT_EQ(scanned.losses.rows + scanned.losses.pages, 0u);
 }
 
 TEST(TableScan, BothKindsOfMap) {
@@ -128,7 +128,7 @@ TEST(TableScan, RecordsMarkedAsMovedThatNothingPointsToAreNoRows) {
     for (int i = 0; i < 5; ++i) numbers.table.insertOrphan(Numbers::row(99));
     const Scanned scanned = scanAll(numbers.builder.bytes());
     EXPECT_EQ(scanned.numbers, upTo(10));
-    EXPECT_EQ(scanned.skipped.rows, 0u);
+    EXPECT_EQ(scanned.losses.rows, 0u);
 }
 
 TEST(TableScan, RowsFromBeforeAColumnWasAdded) {
@@ -237,8 +237,8 @@ TEST(DamagedTable, APageOfAnotherKindIsSkipped) {
     fixture::poke32(file, fixture::pageOffset(pages[5]) + 4, 0x4C41564C);
     fixture::poke16(file, fixture::pageOffset(pages[7]) + 12, 0xFFFF);
     const Scanned scanned = scanAll(file);
-    EXPECT_EQ(scanned.skipped.pages, 3u);
-    EXPECT_EQ(scanned.skipped.rows, 0u);
+    EXPECT_EQ(scanned.losses.pages, 3u);
+    EXPECT_EQ(scanned.losses.rows, 0u);
     const std::size_t onAPage = 1000 / (pages.size() - 1);
     EXPECT_THAT(scanned.numbers, SizeIs(AllOf(Ge(1000 - 3 * onAPage - 6), Le(1000u))));
 }
@@ -248,7 +248,7 @@ TEST(DamagedTable, ARowOutsideItsPageIsSkipped) {
     ByteVector file = numbers.builder.bytes();
     fixture::poke16(file, fixture::slotOffset(numbers.id(2)), 5);
     const Scanned scanned = scanAll(file);
-    EXPECT_EQ(scanned.skipped.rows, 2u);  // and the one below, which ends where it begins
+    EXPECT_EQ(scanned.losses.rows, 2u);  // and the one below, which ends where it begins
     EXPECT_THAT(scanned.numbers, SizeIs(98));
 }
 
@@ -261,7 +261,7 @@ TEST(DamagedTable, ARecordThatMakesNoSenseIsSkipped) {
         fixture::rowOffset(file, numbers.id(4)) + fixture::rowLength(file, numbers.id(4));
     fixture::poke16(file, end - 3, 0x7FFF);
     const Scanned scanned = scanAll(file);
-    EXPECT_EQ(scanned.skipped.rows, 2u);
+    EXPECT_EQ(scanned.losses.rows, 2u);
     std::vector<int> expected = upTo(100);
     std::erase_if(expected, [](int n) { return n == 2 || n == 4; });
     EXPECT_EQ(scanned.numbers, expected);
@@ -273,7 +273,7 @@ TEST(DamagedTable, ADamagedLongValueCostsItsRowOnly) {
     const std::size_t header = fixture::longValueHeaderOffset(file, numbers.id(50), 1);
     fixture::poke32(file, header + 4, 0xFFFFFFFF);
     const Scanned scanned = scanAll(file);
-    EXPECT_EQ(scanned.skipped.rows, 1u);
+    EXPECT_EQ(scanned.losses.rows, 1u);
     EXPECT_THAT(scanned.numbers, SizeIs(99));
 }
 
@@ -286,7 +286,7 @@ TEST(DamagedTable, PointersThatLeadNowhere) {
     fixture::poke32(file, fixture::rowOffset(file, numbers.id(4)), 0xFFFFFF00);
     fixture::poke32(file, fixture::rowOffset(file, numbers.id(5)), numbers.id(0).packed());
     const Scanned scanned = scanAll(file);
-    EXPECT_EQ(scanned.skipped.rows, 3u);
+    EXPECT_EQ(scanned.losses.rows, 3u);
     std::vector<int> expected = upTo(40);
     expected.erase(expected.begin() + 3, expected.begin() + 6);
     EXPECT_EQ(scanned.numbers, expected);
@@ -302,7 +302,7 @@ TEST(DamagedTable, SlotsThatAllHaveTheSameBytes) {
     }
     const Scanned scanned = scanAll(file);
     EXPECT_LE(scanned.ids.size(), 255u + 100u);
-    EXPECT_GE(scanned.skipped.rows, 120u);
+    EXPECT_GE(scanned.losses.rows, 120u);
 }
 
 TEST(DamagedTable, AMapThatListsEveryPage) {
@@ -315,7 +315,7 @@ TEST(DamagedTable, AMapThatListsEveryPage) {
     const Scanned scanned = scanAll(file);
     EXPECT_EQ(scanned.numbers, upTo(1000));
     // All pages but page 0, those of the table, and those that only the map knows.
-    EXPECT_EQ(scanned.skipped.pages, 512 - 1 - numbers.table.dataPages().size());
+    EXPECT_EQ(scanned.losses.pages, 512 - 1 - numbers.table.dataPages().size());
 }
 
 // --- One row by its identity -----------------------------------------------------------------
@@ -403,7 +403,7 @@ TEST(ChangingFile, AFileThatWasCutMeanwhile) {
     std::size_t rows = 0;
     while (scan.next()) ++rows;
     EXPECT_GE(rows, 400u);
-    EXPECT_EQ(scan.skipped().pages, pages.size() - pages.size() / 2);
+    EXPECT_EQ(scan.losses().pages, pages.size() - pages.size() / 2);
 }
 
 /// Fails from some moment on, as a share does that vanishes.
@@ -430,7 +430,7 @@ TEST(FailingStorage, IsNotTakenForDamage) {
     expectFault(Fault::ReadFailed, [&] {
         while (scan.next()) continue;
     });
-    EXPECT_EQ(scan.skipped().rows + scan.skipped().pages, 0u);
+    EXPECT_EQ(scan.losses().rows + scan.losses().pages, 0u);
     PageReader reader = table->pageReader();
     Record record;
     expectFault(Fault::ReadFailed, [&] { table->find(reader, numbers.id(900), record); });

@@ -200,7 +200,7 @@ TEST(TraceStatements, ReadTheSampleFiles) {
             }
         }
         EXPECT_FALSE(cursor->next());
-        EXPECT_EQ(cursor->skipped().rows, 0u);
+        EXPECT_EQ(cursor->losses().rows, 0u);
     }
 }
 

@@ -43,7 +43,7 @@ public:
 
     std::vector<std::u16string> lines;
     bool loading = false;
-    jet::Skipped lost;
+    jet::Losses lost;
 
 private:
     void note(std::u16string line) { lines.push_back(std::move(line)); }
