@@ -56,6 +56,9 @@ need_packages() {
     fi
 }
 
+# Without this a compiler cache leaves out what is compiled with precompiled headers.
+export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS:-pch_defines,time_macros,include_file_mtime,include_file_ctime}
+
 # build_tree PRESET [TARGET...]: configures build/PRESET if that is due, then builds.
 build_tree() {
     local preset=$1 tree=$build/$1 launcher=()
