@@ -124,15 +124,14 @@ ExpressionPtr makeIn(ExpressionPtr operand, Expressions alternatives) {
 std::optional<std::pair<ExpressionPtr, std::vector<jet::Value>>> alternativesOf(
     const Expression& expression) {
     if (const auto* set = dynamic_cast<const Alternatives*>(&expression)) {
-        if (!set->operands().front()->column()) return std::nullopt;
         return std::pair{set->operands().front(), set->values()};
     }
     if (!expression.isEquality()) return std::nullopt;
     for (const std::size_t at : {0u, 1u}) {
-        const ExpressionPtr& column = expression.operands()[at];
+        const ExpressionPtr& operand = expression.operands()[at];
         const ExpressionPtr& other = expression.operands()[1 - at];
-        if (column->column() && other->constant()) {
-            return std::pair{column, std::vector<jet::Value>{*other->constant()}};
+        if (!operand->constant() && other->constant()) {
+            return std::pair{operand, std::vector<jet::Value>{*other->constant()}};
         }
     }
     return std::nullopt;

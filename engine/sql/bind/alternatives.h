@@ -18,8 +18,8 @@ namespace sql {
 /// cannot be compared with the operand.
 ExpressionPtr makeAlternatives(ExpressionPtr operand, std::vector<jet::Value> values);
 
-/// The column and the constants if `expression` is `column = constant`, in either order, or a set
-/// of a column; else nothing.
+/// The operand and the constants if `expression` is `operand = constant`, in either order, or a set
+/// of alternatives; else nothing.
 std::optional<std::pair<ExpressionPtr, std::vector<jet::Value>>> alternativesOf(
     const Expression& expression);
 

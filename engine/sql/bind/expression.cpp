@@ -60,14 +60,6 @@ jet::ColumnType columnTypeOf(const jet::Value& value) {
     return kTypes[value.index()];
 }
 
-void collectColumns(const Expression& expression, std::vector<const jet::Column*>& columns) {
-    const jet::Column* column = expression.column();
-    if (column && std::find(columns.begin(), columns.end(), column) == columns.end()) {
-        columns.push_back(column);
-    }
-    for (const ExpressionPtr& operand : expression.operands()) collectColumns(*operand, columns);
-}
-
 }  // namespace
 
 ExpressionType typeOf(jet::ColumnType type) { return {domainOf(type), type}; }
@@ -102,6 +94,14 @@ void requireCondition(const Expression& expression) {
     if (!isNumeric(expression.domain())) {
         throw Error{Fault::TypeMismatch, "Data type mismatch in criteria expression."};
     }
+}
+
+void collectColumns(const Expression& expression, std::vector<const jet::Column*>& columns) {
+    const jet::Column* column = expression.column();
+    if (column && std::find(columns.begin(), columns.end(), column) == columns.end()) {
+        columns.push_back(column);
+    }
+    for (const ExpressionPtr& operand : expression.operands()) collectColumns(*operand, columns);
 }
 
 std::vector<const jet::Column*> columnsOf(const Expression& expression) {

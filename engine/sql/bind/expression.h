@@ -104,4 +104,7 @@ void requireCondition(const Expression& expression);
 /// All columns that the expression reads, each once.
 std::vector<const jet::Column*> columnsOf(const Expression& expression);
 
+/// Adds those that are not in `columns` yet.
+void collectColumns(const Expression& expression, std::vector<const jet::Column*>& columns);
+
 }  // namespace sql

@@ -93,6 +93,11 @@ private:
     std::optional<LikePattern> pattern_;  ///< where it is the same for all rows
 };
 
+/// A computed column is bound once, so that all its uses share one expression.
+bool sameOperand(const ExpressionPtr& left, const ExpressionPtr& right) {
+    return left == right || (left->column() && left->column() == right->column());
+}
+
 /// Equalities and sets of one column among the operands of an OR become one set.
 Expressions gathered(Expressions operands) {
     std::vector<std::pair<ExpressionPtr, std::vector<jet::Value>>> sets;
@@ -104,7 +109,7 @@ Expressions gathered(Expressions operands) {
             continue;
         }
         const auto same = std::find_if(sets.begin(), sets.end(), [&](const auto& set) {
-            return set.first->column() == alternatives->first->column();
+            return sameOperand(set.first, alternatives->first);
         });
         if (same == sets.end()) {
             sets.push_back(std::move(*alternatives));

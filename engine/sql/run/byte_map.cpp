@@ -50,7 +50,8 @@ const std::uint32_t* ByteMap::find(jet::Bytes bytes) const {
 }
 
 void ByteMap::insert(jet::Bytes bytes, std::uint32_t value) {
-    if (size_ == kMaxEntries || bytes_.size() + bytes.size() > kMaxBytes) return;
+    full_ = size_ == kMaxEntries || bytes_.size() + bytes.size() > kMaxBytes;
+    if (full_) return;
     if (2 * (size_ + 1) > slots_.size()) grow();
     const std::uint64_t hash = hashOf(bytes);
     slots_[place(bytes, hash)] = {hash, static_cast<std::uint32_t>(bytes_.size()),

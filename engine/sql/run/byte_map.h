@@ -24,6 +24,9 @@ public:
 
     std::size_t size() const { return size_; }
 
+    /// Whether an insert was ignored.
+    bool full() const { return full_; }
+
 private:
     struct Slot {
         std::uint64_t hash = 0;
@@ -39,6 +42,7 @@ private:
     std::vector<Slot> slots_;  ///< a power of two, at most half of them used
     std::vector<std::uint8_t> bytes_;
     std::size_t size_ = 0;
+    bool full_ = false;
 };
 
 }  // namespace sql

@@ -1,6 +1,7 @@
 #include "engine/sql/run/filter.h"
 
 #include "engine/sql/run/byte_map.h"
+#include "engine/sql/run/stored_key.h"
 
 #include <algorithm>
 
@@ -11,24 +12,40 @@ namespace {
 /// One of the conditions joined by AND, and what is known about it.
 class Term {
 public:
-    explicit Term(ExpressionPtr condition) : condition_{std::move(condition)} {
-        const auto columns = columnsOf(*condition_);
-        if (columns.size() == 1 && !columns.front()->isLongValue()) column_ = columns.front();
+    explicit Term(ExpressionPtr condition)
+        : condition_{std::move(condition)}, columns_{columnsOf(*condition_)} {
+        if (!haveStoredKeys(columns_)) columns_.clear();
     }
 
     bool holds(Row& row) {
-        if (!column_) return decide(row);
-        const jet::StoredField field = row.record->field(*column_);
+        if (columns_.empty()) return decide(row);
+        if (columns_.size() > 1) return holdsForSeveral(row);
+        const jet::StoredField field = row.record->field(*columns_.front());
         if (field.null) return remembered(ofNull_, row);
-        if (column_->type == jet::ColumnType::Boolean)
+        if (columns_.front()->type == jet::ColumnType::Boolean)
             return remembered(ofTruth_[field.truth], row);
-        if (const std::uint32_t* verdict = byValue_.find(field.bytes)) return *verdict != 0;
-        const bool verdict = decide(row);
-        byValue_.insert(field.bytes, verdict ? 1 : 0);
-        return verdict;
+        return rememberedOf(field.bytes, row);
     }
 
 private:
+    bool holdsForSeveral(Row& row) {
+        if (byValue_.full()) return decide(row);  // too many kinds for a look-up to pay
+        try {
+            makeStoredKey(*row.record, columns_, key_);
+        } catch (const jet::Error& error) {
+            if (error.fault() != jet::Fault::Damaged) throw;
+            return decide(row);  // which may do without the damaged field
+        }
+        return rememberedOf(key_, row);
+    }
+
+    bool rememberedOf(jet::Bytes stored, Row& row) {
+        if (const std::uint32_t* verdict = byValue_.find(stored)) return *verdict != 0;
+        const bool verdict = decide(row);
+        byValue_.insert(stored, verdict ? 1 : 0);
+        return verdict;
+    }
+
     bool decide(Row& row) const { return truth(condition_->evaluate(row)) == true; }
 
     bool remembered(std::optional<bool>& verdict, Row& row) const {
@@ -37,10 +54,11 @@ private:
     }
 
     ExpressionPtr condition_;
-    const jet::Column* column_ = nullptr;  ///< the only one that counts; null: do not remember
+    Columns columns_;  ///< all that it reads; empty: do not remember
     std::optional<bool> ofNull_;
     std::optional<bool> ofTruth_[2];
-    ByteMap byValue_;
+    ByteMap byValue_;  ///< by the stored content of the columns
+    OrderKey key_;
 };
 
 void splitTerms(const ExpressionPtr& condition, std::vector<Term>& terms) {

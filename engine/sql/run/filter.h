@@ -12,8 +12,9 @@
 
 namespace sql {
 
-/// A filter for the rows of `table`, which it keeps alive, for one thread. A term that depends on
-/// a single column of bounded length is evaluated once for each stored value, while there are few.
+/// A filter for the rows of `table`, which it keeps alive, for one thread. A term that reads
+/// columns of bounded length only is evaluated once for each of their stored contents, while there
+/// are few.
 std::unique_ptr<RowFilter> makeRowFilter(const ExpressionPtr& condition,
                                          std::shared_ptr<const jet::Table> table);
 

@@ -15,10 +15,8 @@ namespace {
 class Grouping {
 public:
     explicit Grouping(const Plan& plan) : plan_{plan} {
-        for (const ExpressionPtr& key : plan.groupKeys) {
-            if (key->column()) keyColumns_.push_back(key->column());
-        }
-        rawKeys_ = keyColumns_.size() == plan.groupKeys.size() && haveStoredKeys(keyColumns_);
+        for (const ExpressionPtr& key : plan.groupKeys) collectColumns(*key, keyColumns_);
+        rawKeys_ = plan.table && haveStoredKeys(keyColumns_);
         // Without GROUP BY all rows are one group, also if there are none.
         if (plan.groupKeys.empty()) newGroup({});
     }
@@ -90,8 +88,8 @@ private:
     }
 
     const Plan& plan_;
-    Columns keyColumns_;
-    bool rawKeys_ = false;  ///< all keys are columns whose bytes stand in the record
+    Columns keyColumns_;    ///< what the keys are made of
+    bool rawKeys_ = false;  ///< all of them have their bytes in the record
     std::vector<Group> groups_;
     std::unordered_map<std::string, std::size_t> byKey_;
     ByteMap byRawKey_;

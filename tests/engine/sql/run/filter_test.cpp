@@ -2,6 +2,7 @@
 
 #include "engine/sql/run/byte_map.h"
 #include "tests/engine/sql/people.h"
+#include "tests/support/damage.h"
 #include "tests/support/random.h"
 
 #include <gtest/gtest.h>
@@ -96,6 +97,62 @@ TEST(Filter, DecidesOnceForEachStoredValue) {
     while (scan.next()) matches += filter->matches(scan.record(), scan.pages());
     EXPECT_EQ(matches, 100);
     EXPECT_EQ(counting->calls, 30);
+}
+
+TEST(Filter, DecidesOnceForEachCombinationOfStoredValues) {
+    const auto database = people();
+    const auto table = database->table(u"People");
+
+    struct Counting final : sql::Expression {
+        explicit Counting(sql::Expressions columns)
+            : Expression{sql::typeOf(jet::ColumnType::Boolean), std::move(columns)} {}
+        jet::Value evaluate(sql::Row& row) const override {
+            ++calls;
+            return operands()[0]->evaluate(row) == jet::Value{std::int16_t{36}} &&
+                   operands()[1]->evaluate(row) == jet::Value{true};
+        }
+        mutable int calls = 0;
+    };
+    const auto& definition = table->definition();
+    const auto counting = std::make_shared<Counting>(
+        sql::Expressions{sql::makeColumn(*definition.findColumn(u"Age")),
+                         sql::makeColumn(*definition.findColumn(u"Member"))});
+    const auto filter = sql::makeRowFilter(counting, table);
+    int matches = 0;
+    jet::TableScan scan{*table};
+    while (scan.next()) matches += filter->matches(scan.record(), scan.pages());
+    EXPECT_EQ(matches, 2);
+    EXPECT_EQ(counting->calls, 4) << "two of the five rows are alike";
+}
+
+// More combinations than are remembered: the rest is decided row by row.
+TEST(Filter, StaysRightWhenThereAreMoreCombinationsThanItRemembers) {
+    constexpr int kRows = 90000;
+    const auto database = keyed(kRows, kRows);
+    const auto found = rows(database, u"SELECT COUNT(*) FROM t WHERE k & n LIKE '*7'");
+    EXPECT_EQ(found, std::vector<std::string>{"9000"});
+}
+
+// A condition that does without the damaged field holds nevertheless.
+TEST(Filter, NeedsOnlyTheFieldsThatDecide) {
+    fixture::FixtureBuilder builder;
+    auto& table = builder.addTable(
+        {.name = u"t",
+         .columns = {fixture::column(u"n", jet::ColumnType::Long), fixture::textColumn(u"a", 10),
+                     fixture::textColumn(u"b", 10)}});
+    table.insert({1, u"x", u"yyyy"});
+    table.insert({2, u"x", u"yyyy"});
+    fixture::ByteVector bytes = builder.bytes();
+    // The end of the second row's last field is put far behind the record.
+    const jet::RowId second{table.dataPages()[0], 1};
+    const std::size_t start = fixture::rowOffset(bytes, second);
+    const std::size_t length = fixture::rowLength(bytes, second);
+    const std::size_t end = start + length - 1 - 2 - 2 * 3;  // mask, count, three offsets
+    fixture::poke16(bytes, end, 0x0FFF);
+    const auto database = jet::Database::open(std::make_unique<jet::MemoryStorage>(bytes));
+    ASSERT_EQ(rows(database, u"SELECT n FROM t WHERE b = 'yyyy'"), std::vector<std::string>{"1"});
+    EXPECT_EQ(rows(database, u"SELECT n FROM t WHERE a = 'x' OR b = 'z'"),
+              (std::vector<std::string>{"1", "2"}));
 }
 
 TEST(Filter, StaysRightWhenThereAreMoreValuesThanItRemembers) {
