@@ -58,14 +58,13 @@ ExpressionPtr Binder::bindPredicate(const Node& node) {
 }
 
 bool Binder::isTable(std::u16string_view qualifier) const {
-    return jet::compareText(qualifier, table_.definition().name) == 0 ||
+    return jet::compareText(qualifier, relation_.name) == 0 ||
            (!alias_.empty() && jet::compareText(qualifier, alias_) == 0);
 }
 
-const jet::Column& Binder::column(const Node& node) const {
-    const jet::Column* found = node.qualifier.empty() || isTable(node.qualifier)
-                                   ? table_.definition().findColumn(node.name)
-                                   : nullptr;
+const RelationColumn& Binder::column(const Node& node) const {
+    const RelationColumn* found =
+        node.qualifier.empty() || isTable(node.qualifier) ? relation_.find(node.name) : nullptr;
     if (found) return *found;
     const std::string name =
         (node.qualifier.empty() ? "" : jet::toUtf8(node.qualifier) + ".") + jet::toUtf8(node.name);
@@ -73,7 +72,7 @@ const jet::Column& Binder::column(const Node& node) const {
                 "No value given for one or more required parameters: '" + name + "'."};
 }
 
-ExpressionPtr Binder::bindColumn(const Node& node) { return makeColumn(column(node)); }
+ExpressionPtr Binder::bindColumn(const Node& node) { return column(node).value; }
 
 ExpressionPtr Binder::bindCall(const Node& node) {
     const std::string name = jet::toUtf8(node.name);

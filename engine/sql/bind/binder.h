@@ -1,31 +1,33 @@
 // Resolves the names in expressions and makes them ready to be evaluated.
 //
-//   sql::Binder binder{*table, u"t"};
+//   const sql::Relation people = sql::relationOf(table);
+//   sql::Binder binder{people, u"t"};
 //   sql::ExpressionPtr condition = binder.bind(*select.where);
 //
 // Belongs to one thread.
 #pragma once
 
 #include "engine/sql/bind/plan.h"
+#include "engine/sql/bind/relation.h"
 
 namespace sql {
 
-/// Binds expressions over the records of one table.
+/// Binds expressions over the rows of one relation.
 class Binder {
 public:
-    /// `table` must outlive what is bound.
-    Binder(const jet::Table& table, std::u16string alias)
-        : table_{table}, alias_{std::move(alias)} {}
+    /// `relation` must outlive the binder, and its table what is bound.
+    Binder(const Relation& relation, std::u16string alias)
+        : relation_{relation}, alias_{std::move(alias)} {}
     virtual ~Binder() = default;
 
     /// Throws Error: UnknownColumn, TypeMismatch, Syntax.
     virtual ExpressionPtr bind(const Node& node);
 
-    /// Whether a qualifier names the table.
+    /// Whether a qualifier names the relation.
     bool isTable(std::u16string_view qualifier) const;
 
     /// Throws Error{UnknownColumn}.
-    const jet::Column& column(const Node& node) const;
+    const RelationColumn& column(const Node& node) const;
 
 protected:
     virtual ExpressionPtr bindColumn(const Node& node);
@@ -35,7 +37,7 @@ private:
     Expressions bindOperands(const Node& node);
     ExpressionPtr bindPredicate(const Node& node);
 
-    const jet::Table& table_;
+    const Relation& relation_;
     std::u16string alias_;
 };
 
@@ -43,9 +45,9 @@ private:
 class GroupBinder final : public Binder {
 public:
     /// Adds the aggregates to `plan`, whose group keys must be bound already.
-    GroupBinder(const jet::Table& table, const SelectStatement& select, Plan& plan)
-        : Binder{table, select.tableAlias},
-          records_{table, select.tableAlias},
+    GroupBinder(const Relation& relation, const SelectStatement& select, Plan& plan)
+        : Binder{relation, select.tableAlias},
+          records_{relation, select.tableAlias},
           select_{select},
           plan_{plan} {}
 

@@ -2,6 +2,7 @@
 
 #include "engine/jet/text.h"
 #include "engine/sql/bind/binder.h"
+#include "engine/sql/bind/relation.h"
 #include "engine/sql/parse/token.h"
 #include "engine/sql/values/error.h"
 
@@ -28,12 +29,15 @@ bool isGrouped(const SelectStatement& select) {
 
 class SelectBinder {
 public:
-    SelectBinder(const SelectStatement& select, jet::Database& database) : select_{select} {
-        plan_.table = openTable(database, select.table);
+    SelectBinder(const SelectStatement& select, jet::Database& database,
+                 const Definitions& definitions)
+        : select_{select}, from_{openRelation(database, select.table, definitions)} {
+        plan_.table = from_.table;
+        plan_.query = from_.query;
         plan_.grouped = isGrouped(select);
         plan_.distinct = select.distinct;
         plan_.top = select.top;
-        records_ = std::make_unique<Binder>(*plan_.table, select.tableAlias);
+        records_ = std::make_unique<Binder>(from_, select.tableAlias);
     }
 
     Plan bind() {
@@ -41,7 +45,7 @@ public:
         for (const NodePtr& key : select_.groupBy) {
             plan_.groupKeys.push_back(records_->bind(*key));
         }
-        if (plan_.grouped) groups_ = std::make_unique<GroupBinder>(*plan_.table, select_, plan_);
+        if (plan_.grouped) groups_ = std::make_unique<GroupBinder>(from_, select_, plan_);
         for (const SelectItem& item : select_.items) bindItem(item);
         for (const OrderItem& item : select_.orderBy) {
             plan_.order.push_back({bindOrder(*item.expression), item.ascending});
@@ -70,15 +74,19 @@ private:
         OutputColumn column;
         column.type = expression->type().type;
         column.stored = expression->column();
-        column.name = outputName(item, column.stored);
-        if (column.stored) column.size = column.stored->size;
+        const bool named = item.expression->kind == NodeKind::Column;
+        if (named) {
+            const RelationColumn& shown = binder().column(*item.expression);
+            column.name = shown.name;
+            column.size = shown.size;
+        }
+        if (!item.alias.empty()) column.name = item.alias;
+        if (column.name.empty()) column.name = unnamed();
         plan_.columns.push_back(std::move(column));
         plan_.outputs.push_back(std::move(expression));
     }
 
-    std::u16string outputName(const SelectItem& item, const jet::Column* column) const {
-        if (!item.alias.empty()) return item.alias;
-        if (column) return column->name;
+    std::u16string unnamed() const {
         return u"Expr" + jet::toUtf16(std::to_string(1000 + plan_.columns.size()));
     }
 
@@ -90,9 +98,10 @@ private:
         if (plan_.grouped) {
             throw Error{Fault::Syntax, "* cannot be selected where rows are grouped."};
         }
-        for (const jet::Column& column : plan_.table->definition().columns) {
-            plan_.columns.push_back({column.name, column.type, column.size, &column});
-            plan_.outputs.push_back(makeColumn(column));
+        for (const RelationColumn& column : from_.columns) {
+            plan_.columns.push_back(
+                {column.name, column.value->type().type, column.size, column.value->column()});
+            plan_.outputs.push_back(column.value);
         }
     }
 
@@ -107,7 +116,7 @@ private:
             return plan_.outputs[static_cast<std::size_t>(*place) - 1];
         }
         const bool plainName = node.kind == NodeKind::Column && node.qualifier.empty();
-        if (plainName && !plan_.table->definition().findColumn(node.name)) {
+        if (plainName && !from_.find(node.name)) {
             const auto named =
                 std::find_if(plan_.columns.begin(), plan_.columns.end(),
                              [&](const auto& column) { return sameWord(column.name, node.name); });
@@ -119,6 +128,7 @@ private:
     }
 
     const SelectStatement& select_;
+    const Relation from_;
     Plan plan_;
     std::unique_ptr<Binder> records_;
     std::unique_ptr<GroupBinder> groups_;
@@ -126,19 +136,8 @@ private:
 
 }  // namespace
 
-std::shared_ptr<const jet::Table> openTable(jet::Database& database, const std::u16string& name) {
-    try {
-        return database.table(name);
-    } catch (const jet::Error& error) {
-        if (error.fault() != jet::Fault::NoSuchTable) throw;
-        throw Error{Fault::NoSuchTable, "The input table or query '" + jet::toUtf8(name) +
-                                            "' cannot be found. Make sure that it exists and that "
-                                            "its name is spelled correctly."};
-    }
-}
-
-Plan bind(const SelectStatement& select, jet::Database& database) {
-    return SelectBinder{select, database}.bind();
+Plan bind(const SelectStatement& select, jet::Database& database, const Definitions& definitions) {
+    return SelectBinder{select, database, definitions}.bind();
 }
 
 }  // namespace sql

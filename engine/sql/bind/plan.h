@@ -7,6 +7,7 @@
 
 #include "engine/jet/database.h"
 #include "engine/sql/bind/aggregate.h"
+#include "engine/sql/bind/definitions.h"
 #include "engine/sql/bind/expression.h"
 #include "engine/sql/bind/output_column.h"
 #include "engine/sql/parse/ast.h"
@@ -20,6 +21,7 @@ struct OrderTerm {
 
 struct Plan {
     std::shared_ptr<const jet::Table> table;  ///< keeps the database and the columns alive
+    std::shared_ptr<const Plan> query;  ///< instead of a table: the plan whose results are the rows
     std::vector<OutputColumn> columns;
     Expressions outputs;      ///< one a column; over a group if grouped
     ExpressionPtr condition;  ///< null: every row
@@ -32,10 +34,8 @@ struct Plan {
     std::optional<std::uint64_t> top;
 };
 
-/// Throws Error{NoSuchTable}; jet::Error.
-std::shared_ptr<const jet::Table> openTable(jet::Database& database, const std::u16string& name);
-
 /// Throws Error: NoSuchTable, UnknownColumn, TypeMismatch, Syntax; jet::Error.
-Plan bind(const SelectStatement& select, jet::Database& database);
+Plan bind(const SelectStatement& select, jet::Database& database,
+          const Definitions& definitions = {});
 
 }  // namespace sql

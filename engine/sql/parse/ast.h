@@ -145,4 +145,7 @@ using Statement =
 /// Throws Error{Syntax}, naming the place.
 Statement parseStatement(std::u16string_view text);
 
+/// One expression by itself. Throws likewise.
+NodePtr parseExpression(std::u16string_view text);
+
 }  // namespace sql

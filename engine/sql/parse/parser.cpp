@@ -24,4 +24,11 @@ Statement parseStatement(std::u16string_view text) {
     return statement;
 }
 
+NodePtr parseExpression(std::u16string_view text) {
+    TokenStream tokens{text};
+    NodePtr expression = parseExpression(tokens);
+    if (tokens.peek().kind != TokenKind::End) tokens.fail();
+    return expression;
+}
+
 }  // namespace sql

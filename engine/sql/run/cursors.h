@@ -22,6 +22,9 @@ std::unique_ptr<Cursor> openScan(const PlanPtr& plan);
 /// In the plan's order: only keys and row ids are kept, the rows are read again.
 std::unique_ptr<Cursor> openSortedScan(const PlanPtr& plan);
 
+/// The rows of a stored query in the plan's order.
+std::unique_ptr<Cursor> openSortedQuery(const PlanPtr& plan);
+
 /// One row per group, in the plan's order or by the group's values.
 std::unique_ptr<Cursor> openGroups(const PlanPtr& plan);
 
@@ -31,8 +34,8 @@ std::unique_ptr<Cursor> openDistinct(const PlanPtr& plan, std::unique_ptr<Cursor
 /// The first `count` rows.
 std::unique_ptr<Cursor> openTop(std::uint64_t count, std::unique_ptr<Cursor> rows);
 
-/// The rows of a table that satisfy a plan's condition, as records. Damaged rows are left
-/// out and counted.
+/// The rows of a table or of a stored query that satisfy a plan's condition, to be evaluated.
+/// Damaged rows are left out and counted.
 class FilteredScan {
 public:
     explicit FilteredScan(const Plan& plan);
@@ -40,13 +43,13 @@ public:
     /// Moves to the next row for which `use()` finds no damage; false at the end.
     template <typename Use>
     bool nextThat(Use use) {
-        while (scan_ && scan_->next()) {
+        while (advance()) {
             try {
                 if (!accept()) continue;
                 use();
                 return true;
             } catch (const jet::Error& error) {
-                if (error.fault() != jet::Fault::Damaged) throw;
+                if (error.fault() != jet::Fault::Damaged || !scan_) throw;
                 scan_->loseRow(error);
             }
         }
@@ -54,18 +57,27 @@ public:
     }
 
     Row& row() { return row_; }
+
+    /// Requires: the rows are those of a table.
     jet::RowId rowId() const { return scan_->rowId(); }
-    jet::Losses losses() const { return scan_ ? scan_->losses() : jet::Losses{}; }
+    jet::Losses losses() const;
 
 private:
+    bool advance();
     bool accept();
 
-    std::optional<jet::TableScan> scan_;  ///< none if no row can satisfy the condition
+    // Neither scan nor query if no row can satisfy the condition.
+    std::optional<jet::TableScan> scan_;
     std::unique_ptr<RowFilter> filter_;
+    std::unique_ptr<Cursor> query_;
+    ExpressionPtr condition_;  ///< for the rows of the query; may be null
     Row row_;
 };
 
 /// Appends the sort key of a row in the plan's order.
 void appendOrderKeys(const Plan& plan, Row& row, OrderKey& key);
+
+/// Evaluates the plan's outputs, which are as many as `values`.
+void project(const Plan& plan, Row& row, std::vector<jet::Value>& values);
 
 }  // namespace sql

@@ -3,7 +3,7 @@
 #include "engine/jet/text.h"
 #include "engine/jet/write/schema.h"
 #include "engine/jet/write/write_context.h"
-#include "engine/sql/bind/plan.h"
+#include "engine/sql/bind/relation.h"
 #include "engine/sql/run/change.h"
 
 #include <stdexcept>

@@ -62,7 +62,7 @@ private:
         }
         requireCount(statement_.values.size(), places.size());
         // Values stand for themselves: no column can be named in them.
-        const jet::Table nothing{context_.database.shared_from_this(), {}};
+        const Relation nothing{};
         Binder binder{nothing, u""};
         std::vector<jet::Value> values;
         Row row;

@@ -40,18 +40,20 @@ private:
 }  // namespace
 
 std::shared_ptr<const Query> Query::prepare(const std::shared_ptr<jet::Database>& database,
-                                            std::u16string_view text) {
+                                            std::u16string_view text,
+                                            const Definitions& definitions) {
     const Statement statement = parseStatement(text);
     const auto* const select = std::get_if<SelectStatement>(&statement);
     if (select == nullptr) {
         throw Error{Fault::Syntax, "Syntax error: the statement has no rows, SELECT is expected."};
     }
-    return prepare(database, *select);
+    return prepare(database, *select, definitions);
 }
 
 std::shared_ptr<const Query> Query::prepare(const std::shared_ptr<jet::Database>& database,
-                                            const SelectStatement& select) {
-    return std::make_shared<SelectQuery>(bind(select, *database));
+                                            const SelectStatement& select,
+                                            const Definitions& definitions) {
+    return std::make_shared<SelectQuery>(bind(select, *database, definitions));
 }
 
 }  // namespace sql

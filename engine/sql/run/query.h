@@ -8,6 +8,7 @@
 #pragma once
 
 #include "engine/jet/database.h"
+#include "engine/sql/bind/definitions.h"
 #include "engine/sql/bind/output_column.h"
 #include "engine/sql/values/error.h"
 
@@ -17,8 +18,6 @@
 #include <vector>
 
 namespace sql {
-
-struct SelectStatement;
 
 /// Decides row by row whether a WHERE clause is satisfied. Results are cached by stored value, so
 /// that a long list of alternatives takes one look-up per row.
@@ -51,11 +50,13 @@ public:
 
     /// Throws Error: Syntax, NoSuchTable, UnknownColumn, TypeMismatch; jet::Error.
     static std::shared_ptr<const Query> prepare(const std::shared_ptr<jet::Database>& database,
-                                                std::u16string_view text);
+                                                std::u16string_view text,
+                                                const Definitions& definitions = {});
 
     /// Likewise, of a statement that has been parsed.
     static std::shared_ptr<const Query> prepare(const std::shared_ptr<jet::Database>& database,
-                                                const SelectStatement& select);
+                                                const SelectStatement& select,
+                                                const Definitions& definitions = {});
 
     virtual const std::vector<OutputColumn>& columns() const = 0;
 

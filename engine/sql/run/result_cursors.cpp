@@ -58,6 +58,12 @@ private:
     std::unique_ptr<Cursor> rows_;
 };
 
+std::unique_ptr<Cursor> openRows(const PlanPtr& plan) {
+    if (plan->grouped) return openGroups(plan);
+    if (plan->order.empty()) return openScan(plan);
+    return plan->query ? openSortedQuery(plan) : openSortedScan(plan);
+}
+
 }  // namespace
 
 std::unique_ptr<Cursor> openDistinct(const PlanPtr& plan, std::unique_ptr<Cursor> rows) {
@@ -69,9 +75,7 @@ std::unique_ptr<Cursor> openTop(std::uint64_t count, std::unique_ptr<Cursor> row
 }
 
 std::unique_ptr<Cursor> openCursor(const PlanPtr& plan) {
-    auto cursor = plan->grouped         ? openGroups(plan)
-                  : plan->order.empty() ? openScan(plan)
-                                        : openSortedScan(plan);
+    auto cursor = openRows(plan);
     if (plan->distinct) cursor = openDistinct(plan, std::move(cursor));
     // Where there is an order, sorting has cut off the rest, ties aside.
     const bool cutOff = !plan->order.empty() && !plan->distinct;

@@ -6,11 +6,27 @@ namespace sql {
 
 FilteredScan::FilteredScan(const Plan& plan) {
     if (plan.alwaysEmpty) return;
+    if (plan.query) {
+        query_ = openCursor(plan.query);
+        condition_ = plan.condition;
+        return;
+    }
     scan_.emplace(*plan.table);
     if (plan.condition) filter_ = makeRowFilter(plan.condition, plan.table);
 }
 
+bool FilteredScan::advance() { return scan_ ? scan_->next() : query_ && query_->next(); }
+
+jet::Losses FilteredScan::losses() const {
+    if (query_) return query_->losses();
+    return scan_ ? scan_->losses() : jet::Losses{};
+}
+
 bool FilteredScan::accept() {
+    if (query_) {
+        row_.group = &query_->row();
+        return !condition_ || truth(condition_->evaluate(row_)) == true;
+    }
     row_.record = &scan_->record();
     row_.pages = &scan_->pages();
     return !filter_ || filter_->matches(*row_.record, *row_.pages);
@@ -23,11 +39,11 @@ void appendOrderKeys(const Plan& plan, Row& row, OrderKey& key) {
     }
 }
 
-namespace {
-
 void project(const Plan& plan, Row& row, std::vector<jet::Value>& values) {
     for (std::size_t i = 0; i < values.size(); ++i) values[i] = plan.outputs[i]->evaluate(row);
 }
+
+namespace {
 
 class ScanCursor final : public Cursor {
 public:
@@ -119,7 +135,51 @@ private:
     jet::Losses losses_;
 };
 
+class SortedQueryCursor final : public Cursor {
+public:
+    explicit SortedQueryCursor(PlanPtr plan) : plan_{std::move(plan)} {}
+
+    bool next() override {
+        if (!sorted_) sort();
+        if (at_ == order_.size()) return false;
+        ++at_;
+        return true;
+    }
+
+    const std::vector<jet::Value>& row() const override { return rows_[order_[at_ - 1]]; }
+    jet::Losses losses() const override { return losses_; }
+
+private:
+    void sort() {
+        sorted_ = true;
+        KeyStore keys;
+        FilteredScan scan{*plan_};
+        while (scan.nextThat([&] { add(scan.row(), keys); })) {
+        }
+        losses_ = scan.losses();
+        order_ = keys.sorted(plan_->distinct ? std::nullopt : plan_->top);
+    }
+
+    void add(Row& row, KeyStore& keys) {
+        appendOrderKeys(*plan_, row, keys.bytes());
+        keys.finishKey();
+        rows_.emplace_back(plan_->outputs.size());
+        project(*plan_, row, rows_.back());
+    }
+
+    PlanPtr plan_;
+    bool sorted_ = false;
+    std::vector<std::vector<jet::Value>> rows_;
+    std::vector<std::size_t> order_;  ///< places in rows_
+    std::size_t at_ = 0;
+    jet::Losses losses_;
+};
+
 }  // namespace
+
+std::unique_ptr<Cursor> openSortedQuery(const PlanPtr& plan) {
+    return std::make_unique<SortedQueryCursor>(plan);
+}
 
 std::unique_ptr<Cursor> openScan(const PlanPtr& plan) { return std::make_unique<ScanCursor>(plan); }
 

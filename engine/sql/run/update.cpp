@@ -57,7 +57,8 @@ public:
     Update(jet::WriteContext& context, const UpdateStatement& statement)
         : context_{context},
           table_{openToChange(context, statement.table)},
-          binder_{*table_, statement.tableAlias} {
+          relation_{relationOf(table_)},
+          binder_{relation_, statement.tableAlias} {
         for (const ColumnChange& change : statement.changes) addChange(change);
         if (statement.where) setCondition(*statement.where);
     }
@@ -107,6 +108,7 @@ private:
 
     jet::WriteContext& context_;
     std::shared_ptr<const jet::Table> table_;
+    Relation relation_;
     Binder binder_;
     std::deque<NewValue> values_;
     std::unique_ptr<RowFilter> filter_;  ///< null: every row

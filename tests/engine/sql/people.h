@@ -57,9 +57,10 @@ inline std::string show(const jet::Value& value) {
 
 /// The rows of a result, their fields joined by bars.
 inline std::vector<std::string> rows(const std::shared_ptr<jet::Database>& database,
-                                     std::u16string_view statement) {
+                                     std::u16string_view statement,
+                                     const sql::Definitions& definitions = {}) {
     std::vector<std::string> result;
-    const auto query = sql::Query::prepare(database, statement);
+    const auto query = sql::Query::prepare(database, statement, definitions);
     for (const auto cursor = query->execute(); cursor->next();) {
         std::string line;
         for (const jet::Value& value : cursor->row())
