@@ -69,6 +69,7 @@ void Connection::close() {
 void Connection::finish() {
     commitQuietly();
     database_.reset();
+    definitions_ = {};
 }
 
 void Connection::closeRecordsets() {
@@ -79,6 +80,12 @@ std::unique_ptr<Recordset> Connection::execute(std::u16string_view statement) {
     auto rows = std::make_unique<Recordset>();
     rows->open(statement, *this);
     return rows;
+}
+
+void Connection::define(sql::Definitions definitions) {
+    jet::Database& defined = *database();
+    translated(path_, [&] { sql::requireUsable(definitions, defined); });
+    definitions_ = std::move(definitions);
 }
 
 // ---- Changes ------------------------------------------------------------------------------------

@@ -16,6 +16,7 @@
 #include "engine/ado/error.h"
 #include "engine/ado/scheduler.h"
 #include "engine/jet/database.h"
+#include "engine/sql/bind/definitions.h"
 #include "engine/sql/parse/ast.h"
 
 #include <atomic>
@@ -68,7 +69,7 @@ public:
     /// statement a closed one. Throws as Recordset::open.
     std::unique_ptr<Recordset> execute(std::u16string_view statement);
 
-    /// Runs long work: statements that write, commits, searches for texts. It may use any thread,
+    /// Runs long work: statements that write, commits, searches for texts, stored queries. It may use any thread,
     /// must return when the work is done and must rethrow its exceptions. By default the work runs
     /// on the calling thread.
     using Runner = std::function<void(const std::function<void()>& work)>;
@@ -85,6 +86,13 @@ public:
     /// Commits all statements. Throws Error{0x80004005} if that fails, or if an earlier commit has
     /// failed unreported: none of these statements has taken effect then.
     void commit();
+
+    /// Replaces the definitions that SELECTs on this connection see in addition to what is in the
+    /// file, which is not written to; closing drops them. A SELECT from a stored query runs like long
+    /// work. Throws Error as Recordset::open if the file lacks what the definitions are made of; they
+    /// stay as they were then.
+    void define(sql::Definitions definitions);
+    const sql::Definitions& definitions() const { return definitions_; }
 
     /// Throws Error{3704} if it is closed.
     const std::shared_ptr<jet::Database>& database() const;
@@ -111,6 +119,7 @@ private:
     std::u16string connectionString_;
     std::filesystem::path path_;
     std::shared_ptr<jet::Database> database_;
+    sql::Definitions definitions_;
     std::vector<Recordset*> recordsets_;  ///< those that are open on this connection
 
     std::shared_ptr<int> batch_;        ///< lives while a commit is posted to the owner

@@ -82,9 +82,13 @@ void Recordset::open(std::u16string_view source, Connection& connection, int, in
 
     const bool asynchronous =
         options != adOptionUnspecified && (options & adAsyncFetch) != 0 && scheduler_;
-    auto opening = translated(connection.path(), [&] {
-        return fetched(sql::Query::prepare(database, *select), asynchronous);
-    });
+    const sql::Definitions& definitions = connection.definitions();
+    std::shared_ptr<Opening> opening;
+    const auto fetch = [&] {
+        opening = fetched(sql::Query::prepare(database, *select, definitions), asynchronous);
+    };
+    const bool isLong = definitions.findQuery(select->table) != nullptr;
+    translated(connection.path(), [&] { isLong ? connection.run(fetch) : fetch(); });
     attachTo(connection, std::move(opening));
     if (asynchronous && !opening_->isFetching()) opening_->completeLater();
 }
