@@ -21,6 +21,8 @@ public:
     void loadRefused() override {}
     void rowsLoaded(std::uint32_t /*count*/) override {}
     void loadEnded(const LoadResult& /*result*/) override {}
+    void computingBegins() override {}
+    void computingEnds() override {}
 };
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "src/db/class_diags.h"
 
+#include "src/db/mod_database.h"
+
 #include <utility>
 
 classDiags::classDiags(std::shared_ptr<ado::Scheduler> scheduler, LoadingEvents& events)
@@ -16,6 +18,7 @@ void classDiags::rsDiags_FetchProgress(std::uint32_t progress) { events_.rowsLoa
 
 void classDiags::rsDiags_FetchComplete(const ado::Error* error) {
     events_.loadEnded({.error = error, .lost = rsDiags_->losses()});
+    modDatabase::computeUniqueFilters();
 }
 
 std::unique_ptr<classDiags>& diags() {

@@ -38,4 +38,9 @@ public:
     virtual void rowsLoaded(std::uint32_t count) = 0;
 
     virtual void loadEnded(const LoadResult& result) = 0;
+
+    /// After that, for a file that could not be upgraded: its unique traces are computed; they are
+    /// there, as far as that was possible.
+    virtual void computingBegins() = 0;
+    virtual void computingEnds() = 0;
 };

@@ -8,6 +8,8 @@
 
 #include <array>
 #include <functional>
+#include <optional>
+#include <utility>
 
 namespace modDatabase {
 namespace {
@@ -28,21 +30,37 @@ constexpr std::u16string_view kOldestTracesQuery =
 
 constexpr std::u16string_view kMacroTracesQuery = u"SELECT * FROM tblMacroTraces";
 
-/// What an older file lacks, statement by statement.
-constexpr std::array<std::u16string_view, 8> kUpgradeStatements{
-    u"ALTER Table tblTraces ADD COLUMN Highlight YesNo",
-    u"ALTER Table tblTraces ADD COLUMN qrxIndex TEXT(160)",
-    u"ALTER Table tblTraces ADD COLUMN NotePresent YesNo",
-    u"ALTER Table tblTraces ADD COLUMN Notes Text(255)",
-    u"UPDATE tblTraces SET qrxIndex = [Component] & '_' & [Process] & '_' & [TraceLevel] & '_' & "
-    u"[Source]",
-    u"CREATE INDEX qrxIndex ON tblTraces (qrxIndex)",
-    u"CREATE Table tblUniqueFilters ( Component Text(50), Process Text(50), TraceLevel Integer, "
-    u"Source Text(50), qrxIndex Text(160) )",
-    u"INSERT INTO tblUniqueFilters ( Component, Process, TraceLevel, Source, qrxIndex) "
+/// The key of a row's unique trace.
+constexpr std::u16string_view kKeyFormula =
+    u"[Component] & '_' & [Process] & '_' & [TraceLevel] & '_' & [Source]";
+
+/// The unique traces.
+constexpr std::u16string_view kCombinationsQuery =
     u"SELECT tblTraces.Component, tblTraces.Process, tblTraces.TraceLevel, tblTraces.Source, "
     u"tblTraces.qrxIndex From tblTraces GROUP BY tblTraces.Component, tblTraces.Process, "
-    u"tblTraces.TraceLevel, tblTraces.Source, tblTraces.qrxIndex"};
+    u"tblTraces.TraceLevel, tblTraces.Source, tblTraces.qrxIndex";
+
+/// What an older file lacks, statement by statement.
+std::array<std::u16string, 8> upgradeStatements() {
+    return {u"ALTER Table tblTraces ADD COLUMN Highlight YesNo",
+            u"ALTER Table tblTraces ADD COLUMN qrxIndex TEXT(160)",
+            u"ALTER Table tblTraces ADD COLUMN NotePresent YesNo",
+            u"ALTER Table tblTraces ADD COLUMN Notes Text(255)",
+            u"UPDATE tblTraces SET qrxIndex = " + std::u16string{kKeyFormula},
+            u"CREATE INDEX qrxIndex ON tblTraces (qrxIndex)",
+            u"CREATE Table tblUniqueFilters ( Component Text(50), Process Text(50), "
+            u"TraceLevel Integer, Source Text(50), qrxIndex Text(160) )",
+            u"INSERT INTO tblUniqueFilters ( Component, Process, TraceLevel, Source, qrxIndex) " +
+                std::u16string{kCombinationsQuery}};
+}
+
+/// The same for a file that cannot be upgraded: computed, and not written.
+sql::Definitions computedFilters() {
+    sql::Definitions definitions;
+    definitions.addColumn(u"tblTraces", u"qrxIndex", kKeyFormula);
+    definitions.addQuery(u"tblUniqueFilters", kCombinationsQuery);
+    return definitions;
+}
 
 constexpr std::u16string_view kOlderFormatMessage =
     u"Using older database format, please consider updating the QRX/QRS to use the newer, faster "
@@ -69,6 +87,17 @@ ado::Connection& connection() {
 
 ado::Recordset& uniqueFilters() {
     static ado::Recordset shared;
+    return shared;
+}
+
+/// How the open file comes to its filters.
+struct Filters {
+    std::optional<Failure> upgradeFailure;  ///< the first one of the latest upgrade
+    bool toBeComputed = false;              ///< as soon as the trace records are loaded
+};
+
+Filters& filters() {
+    static Filters shared;
     return shared;
 }
 
@@ -112,6 +141,25 @@ void upgradeOlderFormat() {
     events().upgradeEnds();
 }
 
+void openUniqueFiltersQuery() {
+    uniqueFilters().open(kUniqueFiltersQuery, connection(), ado::adOpenStatic, ado::adLockReadOnly,
+                         ado::adOptionUnspecified);
+}
+
+/// Gives the connection what the file lacks, if it has the columns that this is made of.
+void defineFilters(const Failure& refusal) {
+    constexpr std::u16string_view kLabel = u"[modDatabase]defineFilters";
+    runProcedure(kLabel, {.quiet = true}, [&](Procedure& procedure) {
+        filters().toBeComputed = procedure.step([] { connection().define(computedFilters()); });
+        if (!filters().toBeComputed) return;
+        const auto& upgrade = filters().upgradeFailure;
+        const std::u16string reason =
+            upgrade ? u"the file could not be upgraded: " + upgrade->description
+                    : u"the file's own could not be read: " + refusal.description;
+        theLog().log(u"The filters are computed because " + reason, classLog::kWarning, kLabel);
+    });
+}
+
 void openTraces(ado::Recordset& recordset, const std::u16string& query) {
     recordset.open(query, connection(), ado::adOpenForwardOnly, ado::adLockReadOnly,
                    ado::adAsyncFetch);
@@ -133,6 +181,7 @@ void connectToDB(const std::u16string& path) {
         });
         // The combinations belong to the database that was open until now.
         uniqueTraces().clear();
+        filters() = {};
         procedure.step([&] {
             connection().setConnectionString(u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" +
                                              path + u";Persist Security Info=False");
@@ -144,12 +193,18 @@ void connectToDB(const std::u16string& path) {
 void updateDatabaseFormat() {
     constexpr Convention kConvention{.limit = Limit::TenErrors, .timed = true};
     runProcedure(u"[modDatabase]updateDatabaseFormat", kConvention, [](Procedure& procedure) {
+        filters().upgradeFailure.reset();
+        const auto note = [](const Failure& failure) {
+            if (!filters().upgradeFailure) filters().upgradeFailure = failure;
+            return Resume::AsUsual;
+        };
         const auto skipOrRetry = [&](const Failure& failure) {
             if (failure.number == ado::kErrorAlreadyExists) return Resume::Next;
+            note(failure);
             procedure.report(failure);
             return Resume::SameStep;
         };
-        for (const std::u16string_view statement : kUpgradeStatements) {
+        for (const std::u16string& statement : upgradeStatements()) {
             procedure.step(
                 [&] {
                     ado::Recordset recordset;
@@ -159,7 +214,7 @@ void updateDatabaseFormat() {
                 skipOrRetry);
         }
         // A failure to make it all durable belongs to the upgrade, not to whoever reads next.
-        procedure.step([] { connection().commit(); });
+        procedure.step([] { connection().commit(); }, note);
     });
 }
 
@@ -179,21 +234,30 @@ void openRecordsets() {
 
 void openUniqueFilters() {
     constexpr Convention kConvention{.limit = Limit::TenErrors, .timed = true};
+    std::optional<Failure> refusal;
+    filters() = {};
     runProcedure(u"[modDatabase]openUniqueFilters", kConvention, [&](Procedure& procedure) {
         procedure.step([&] {
             if (isOpen(uniqueFilters())) uniqueFilters().close();
         });
-        const bool opened = procedure.step(
-            [&] {
-                uniqueFilters().open(kUniqueFiltersQuery, connection(), ado::adOpenStatic,
-                                     ado::adLockReadOnly, ado::adOptionUnspecified);
-            },
-            [](const Failure& failure) {
-                if (!isOlderFormat(failure)) return Resume::AsUsual;
-                upgradeOlderFormat();
-                return Resume::SameStep;
-            });
+        const bool opened = procedure.step(openUniqueFiltersQuery, [&](const Failure& failure) {
+            refusal = failure;
+            if (!isOlderFormat(failure)) return Resume::AsUsual;
+            upgradeOlderFormat();
+            return Resume::SameStep;
+        });
         if (opened) createUniqueTracesArray(uniqueFilters());
+    });
+    if (refusal && !isOpen(uniqueFilters())) defineFilters(*refusal);
+}
+
+void computeUniqueFilters() {
+    if (!std::exchange(filters().toBeComputed, false)) return;
+    constexpr Convention kConvention{.limit = Limit::TenErrors, .timed = true};
+    runProcedure(u"[modDatabase]computeUniqueFilters", kConvention, [](Procedure& procedure) {
+        procedure.step([] { events().computingBegins(); });
+        if (procedure.step(openUniqueFiltersQuery)) createUniqueTracesArray(uniqueFilters());
+        procedure.step([] { events().computingEnds(); });
     });
 }
 

@@ -25,8 +25,14 @@ std::filesystem::path databasePath();
 /// Opens everything for the current connection: unique traces, trace records, macro traces.
 void openRecordsets();
 
-/// Opens the unique traces; a file of the older format is upgraded first.
+/// Opens the unique traces; a file of the older format is upgraded first. For a file that cannot be
+/// upgraded the connection is given key and unique traces as definitions; nothing is written, and
+/// computeUniqueFilters() follows when the trace records are loaded.
 void openUniqueFilters();
+
+/// Computes the unique traces of a file that has none, once after each openUniqueFilters(). Reads
+/// all of tblTraces while the window is painted.
+void computeUniqueFilters();
 
 /// Upgrades an older file. A statement whose column or index exists already is skipped; any other
 /// failure is logged and the statement retried, up to a limit of errors.

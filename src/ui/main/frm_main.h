@@ -69,6 +69,8 @@ public:
     void loadRefused() override;
     void rowsLoaded(std::uint32_t count) override;
     void loadEnded(const LoadResult& result) override;
+    void computingBegins() override;
+    void computingEnds() override;
 
     /// Panels of the status bar that show something, from 1.
     enum Panel : int { kNoticePanel = 1, kPositionPanel = 3, kClockPanel = 5 };

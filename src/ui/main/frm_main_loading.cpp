@@ -54,3 +54,10 @@ void frmMain::loadEnded(const LoadResult& /*result*/) {
     tdbgridData_HeadClick(tdbgridData.columnIndex(L"Date"));
     setMousePointer(forms::MousePointer::standard);
 }
+
+void frmMain::computingBegins() { setMousePointer(forms::MousePointer::hourglass); }
+
+void frmMain::computingEnds() {
+    setMousePointer(forms::MousePointer::standard);
+    populateUniqueTracesTree();
+}

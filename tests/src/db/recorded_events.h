@@ -33,6 +33,8 @@ public:
                                      : u"load ended: " + result.error->description());
         diags()->rsDiags().setSort(u"Date ASC");
     }
+    void computingBegins() override { note(u"computing begins"); }
+    void computingEnds() override { note(u"computing ends"); }
 
     /// How many of the lines begin so.
     std::size_t count(std::u16string_view beginning) const {
