@@ -404,6 +404,7 @@ TEST_F(UpgradeTest, AReadOnlyFileIsReadAndLeftAlone) {
     EXPECT_TRUE(modDatabase::uniqueTraces().empty());
     EXPECT_TRUE(pump_->runUntil([this] { return events_.count(u"load ended") != 0; }, kPatience));
     EXPECT_EQ(diags()->rsDiags().recordCount(), 100);
+    EXPECT_FALSE(modDatabase::uniqueTraces().empty()) << "they are computed";
     modDatabase::connectToDB(u"");
     EXPECT_TRUE(contentOf(path) == content);
     std::filesystem::permissions(path, std::filesystem::perms::owner_all);
