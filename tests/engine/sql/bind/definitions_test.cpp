@@ -1,6 +1,7 @@
 // Computed columns and stored queries, used like what is in the file.
 #include "engine/sql/bind/definitions.h"
 
+#include "engine/sql/bind/binder.h"
 #include "engine/sql/run/execute.h"
 #include "tests/engine/sql/people.h"
 #include "tests/support/damage.h"
@@ -65,6 +66,19 @@ TEST_F(DefinitionsTest, AColumnCanBeFilteredSortedAndGroupedBy) {
     EXPECT_THAT(rows(u"SELECT MAX(Tag), COUNT(Tag) FROM People"), ElementsAre("Célia/36|5"));
     EXPECT_THAT(rows(u"SELECT DISTINCT Tag FROM People WHERE Age = 36"),
                 ElementsAre("Ada/36", "Célia/36"));
+}
+
+// A filter of ten thousand keys takes one look-up for each kind of row.
+TEST_F(DefinitionsTest, AlternativesOfAComputedColumnAreOneSet) {
+    const sql::Relation relation = sql::openRelation(*people_, u"People", added_);
+    sql::Binder binder{relation, u""};
+    const auto condition =
+        binder.bind(*sql::parseExpression(u" ( Tag = 'a' )  OR  ( Tag = 'b' )  OR  ( People.tag IN "
+                                          u"('c', 'd') )  OR  ( 'e' = Tag ) "));
+    ASSERT_EQ(condition->operands().size(), 1u);
+    const sql::Expression& set = *condition->operands().front();
+    ASSERT_EQ(set.operands().size(), 1u);
+    EXPECT_EQ(set.operands().front(), relation.find(u"Tag")->value);
 }
 
 TEST_F(DefinitionsTest, AColumnOfTheResultHasItsNameAndIsNotStored) {
