@@ -79,6 +79,12 @@ TEST(LongValue, AFieldWithoutHeaderIsEmpty) {
     EXPECT_THAT(read(numberedPages(2), header(0)), IsEmpty());
 }
 
+TEST(LongValue, BytesBehindAnInlineValueAreNotPartOfIt) {
+    ByteVector field = header(0x80000003);
+    fixture::appendBytes(field, content(5));
+    EXPECT_THAT(read(numberedPages(2), field), ElementsAreArray(content(3)));
+}
+
 TEST(LongValue, TheHeaderItselfIsDamaged) {
     for (std::size_t length = 1; length < 12; ++length) {
         expectFault(Fault::Damaged, [=] { read(numberedPages(2), ByteVector(length)); });

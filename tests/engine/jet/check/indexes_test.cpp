@@ -1,6 +1,8 @@
 // The checker on indexes: pages, trees, and entries against rows.
 #include "tests/engine/jet/check/check_support.h"
 
+#include <algorithm>
+
 namespace jet {
 namespace {
 
@@ -180,6 +182,25 @@ TEST(CheckIndexEntries, RowWithTwoEntries) {
     expectFindings(
         file,
         {{Rule::IndexKey, ids[3]}, {Rule::IndexEntries, ids[3]}, {Rule::IndexEntries, ids[2]}});
+}
+
+// The same entry at the end of one leaf and at the beginning of the next.
+TEST(CheckIndexTree, AnEntryOnTwoLeaves) {
+    auto spec = onNumber();
+    spec.entriesPerPage = 4;
+    IndexSample sample{spec};
+    std::vector<RowId> ids;
+    for (int n = 0; n < 8; ++n) ids.push_back(sample.table.insert({n, u"t"}));
+    auto file = sample.builder.bytes();
+    const PageNumber left = sample.table.index(u"i").pages()[1];
+    const PageNumber right = sample.table.index(u"i").pages()[2];
+    const auto area = [&](PageNumber page) {
+        return file.begin() + static_cast<std::ptrdiff_t>(pageOffset(page) + kArea);
+    };
+    std::copy_n(area(left) + 3 * 9, 9, area(right));  // entries of nine bytes
+    expectFindings(
+        file,
+        {{Rule::IndexTree, right}, {Rule::IndexEntries, ids[3]}, {Rule::IndexEntries, ids[4]}});
 }
 
 TEST(CheckIndexEntries, DeletedRow) {

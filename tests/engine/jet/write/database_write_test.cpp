@@ -4,6 +4,8 @@
 #include "tests/support/faulty_disk.h"
 
 #include <algorithm>
+#include <chrono>
+#include <ctime>
 #include <stdexcept>
 
 namespace jet {
@@ -72,6 +74,25 @@ TEST(DatabaseWrite, TheCatalogIsReadAnewAfterAStatement) {
     });
     EXPECT_NO_THROW(file.database->table(u"After"));
     expectFault(Fault::NoSuchTable, [&] { file.database->table(u"Before"); });
+}
+
+/// This machine's local time, as the catalog's dates have it.
+Date wallClock() {
+    const std::time_t now = std::time(nullptr);
+    const std::tm local = *std::localtime(&now);
+    const std::chrono::sys_days day =
+        std::chrono::year{local.tm_year + 1900} / (local.tm_mon + 1) / local.tm_mday;
+    const int seconds = local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec;
+    return Date{25569.0 + static_cast<double>(day.time_since_epoch().count()) + seconds / 86400.0};
+}
+
+TEST(DatabaseWrite, StatementsTakeTheTimeFromTheWallClock) {
+    const auto database = Database::open(std::make_unique<MemoryStorage>(emptyDatabase(kTestNow)));
+    const double before = wallClock().days;
+    double now = 0;
+    database->write([&](WriteContext& context) { now = context.now.days; });
+    EXPECT_GE(now, before);
+    EXPECT_LE(now, wallClock().days);
 }
 
 // ---- What a new table gets in the catalog ---------------------------------------------------------

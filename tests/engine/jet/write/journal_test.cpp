@@ -5,6 +5,7 @@
 #include "engine/jet/write/new_database.h"
 #include "tests/engine/jet/faults.h"
 #include "tests/engine/jet/memory_pages.h"
+#include "tests/support/expected.h"
 #include "tests/support/faulty_disk.h"
 
 #include <gtest/gtest.h>
@@ -63,6 +64,24 @@ TEST(Journal, AChangeThatWasCutShortIsTakenBack) {
     file.recover();
     EXPECT_EQ(file.disk.database(), file.original);
     EXPECT_FALSE(file.disk.hasJournal());
+}
+
+TEST(Journal, AFileThatWasRecoveredIsOpenToOthers) {
+    const fixture::TemporaryFolder folder;
+    const auto path = folder.write("crashed.mdb", numberedPages(kPages));
+    {
+        const auto writer = openFile(path);
+        writer->lock();
+        Journal journal{writer->createJournal(), kPages, fingerprintOf(*writer, kPages)};
+        journal.append(Journal::Kind::Transaction, PageNumber{10}, ByteVector(kPageSize, 10));
+        journal.sync();
+        writer->writeAt(10 * kPageSize, ByteVector(kPageSize, 0xEE));
+    }
+    const auto file = openFile(path);
+    recover(*file);
+    ByteVector page(kPageSize);
+    EXPECT_NO_THROW(openFile(path)->readPages(PageNumber{10}, page));
+    EXPECT_EQ(page, ByteVector(kPageSize, 10));
 }
 
 // What stands behind the last sync belongs to pages that were not overwritten yet.

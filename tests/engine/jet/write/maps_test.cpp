@@ -208,6 +208,29 @@ TEST(UsageMaps, OfAFileBeyondOneBitmap) {
     EXPECT_TRUE(check(file.database->storage()).sound());
 }
 
+// The first and the last page have room, so the map of pages with room is kept on a bitmap.
+TEST(UsageMaps, TheirBitmapsGoWithTheTable) {
+    LargeFile file;
+    file.insert(0, 40);
+    file.growTo(700);
+    file.insert(40, 40);
+    const RowId free = file.database->table(u"T")->definition().freeMap;
+    file.database->write([&](WriteContext& context) {
+        const auto table = file.database->table(u"T");
+        TableWriter writer{context, table->definition()};
+        for (unsigned slot = 0; slot < 4; ++slot) {
+            writer.remove(RowId{table->dataPages().front(), slot});
+        }
+        writer.finish();
+    });
+    ASSERT_EQ(file.mapRow(free)[0], 1);
+    const CheckReport before = check(file.database->storage());
+    file.database->write([](WriteContext& context) { dropTable(context, u"T"); });
+    const CheckReport after = check(file.database->storage());
+    EXPECT_TRUE(after.sound()) << describe(after);
+    EXPECT_EQ(after.warnings, before.warnings) << "no page is left behind";
+}
+
 // The row grows in steps of 32 pages, to the page that needs it.
 TEST(FreePages, TheirMapGrowsInPlace) {
     LargeFile file;

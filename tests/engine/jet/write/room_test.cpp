@@ -282,6 +282,23 @@ TEST(RoomOfLongValues, OfThePageThatWasWrittenLast) {
     EXPECT_EQ(values.pages().size(), 1u);
 }
 
+// The second value of the page begins where no value can.
+TEST(RoomOfLongValues, APageWithADamagedValueTakesNoOthers) {
+    Values values;
+    values.add(2, 500);
+    values.database->commit();
+    std::vector<std::uint8_t> bytes = values.bytes();
+    const std::size_t page = std::size_t{raw(values.pages()[0])} * kPageSize;
+    bytes[page + 14 + 2] = 0xFF;
+    bytes[page + 14 + 3] = 0x0F;
+    Values damaged{bytes};
+    damaged.add(1, 500);
+    damaged.database->commit();
+    EXPECT_TRUE(std::equal(bytes.begin() + static_cast<std::ptrdiff_t>(page),
+                           bytes.begin() + static_cast<std::ptrdiff_t>(page + kPageSize),
+                           damaged.bytes().begin() + static_cast<std::ptrdiff_t>(page)));
+}
+
 // A row whose value belongs to another table takes nothing of that along.
 TEST(RoomOfLongValues, ValuesOfOthersAreLeftAlone) {
     Values values;

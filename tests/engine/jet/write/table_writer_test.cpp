@@ -337,6 +337,22 @@ TEST(TableWriter, ABooleanTakesNoOtherType) {
 }
 
 // A row id of another table is no row of this one.
+TEST(TableWriter, RowsChangeOneAfterAnotherInOneStatement) {
+    People people;
+    people.index({.name = u"ByName", .columns = {{u"Name"}}});
+    for (int i = 0; i < 3; ++i) people.insert(i, u"before");
+    people.write([&](WriteContext& context) {
+        TableWriter writer{context, people.database->table(u"People")->definition()};
+        for (const RowId row : people.places()) {
+            const Assignments changes{{1, text(u"after")}};
+            writer.update(row, changes);
+        }
+        writer.finish();
+    });
+    people.expectClean();
+    for (const auto& person : people.rows(u"People")) EXPECT_EQ(person[1], "after");
+}
+
 TEST(TableWriter, ARowOfAnotherTableIsNotChanged) {
     People people;
     people.insert(1, u"Ada");
