@@ -114,6 +114,7 @@ TEST_F(Expressions, SearchListsAndRanges) {
     EXPECT_EQ(who(u"Age IN (20, 36.0)"), "Ada bob Célia ");
     EXPECT_EQ(who(u"Age IN (Ratio + 18, 0)"), "bob (empty) ");
     EXPECT_EQ(who(u"Age IN (Null, Ratio + 18)"), "bob ");
+    EXPECT_EQ(who(u"Age NOT IN (Null, Ratio + 18)"), "");
     EXPECT_EQ(who(u"Age BETWEEN 20 AND 36"), "Ada bob Célia ");
     EXPECT_EQ(who(u"Age NOT BETWEEN 20 AND 35"), "Ada Célia (empty) ");
     EXPECT_EQ(who(u"Key IS NOT NULL"), "Ada ");
