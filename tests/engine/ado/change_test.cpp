@@ -263,6 +263,23 @@ TEST_F(Durability, ComesWithTheConnectionGoingOutOfScope) {
     EXPECT_TRUE(isDurable());
 }
 
+// The program keeps painting during a commit, also during the last one.
+TEST_F(Durability, TheLastCommitRunsWhereLongWorkRuns) {
+    int works = 0;
+    {
+        connection.close();
+        Connection other;
+        other.open(connectionTo(path));
+        other.execute(u"UPDATE tblTraces SET TraceLevel = 77");
+        other.setRunner([&](const std::function<void()>& work) {
+            ++works;
+            work();
+        });
+    }
+    EXPECT_EQ(works, 1);
+    EXPECT_TRUE(isDurable());
+}
+
 TEST_F(Durability, ComesWhenTheOwnerIsIdle) {
     Recordset rows{pump};
     rows.open(u"UPDATE tblTraces SET TraceLevel = 77", connection);

@@ -202,6 +202,23 @@ TEST(Recordset, RandomAccessLeavesTheCurrentRecordAlone) {
     EXPECT_EQ(rows.absolutePosition(), 2);
 }
 
+TEST(Recordset, NullIsAnEmptyText) {
+    fixture::FixtureBuilder builder;
+    builder
+        .addTable({.name = u"T",
+                   .columns = {fixture::column(u"Number", jet::ColumnType::Long),
+                               fixture::textColumn(u"Text", 20), fixture::memoColumn(u"Memo")}})
+        .insert({});
+    TestConnection database{builder.bytes()};
+    Recordset rows;
+    rows.open(u"SELECT * FROM T", database.connection);
+    for (std::size_t field = 0; field < 3; ++field) {
+        std::u16string text = u"old";
+        EXPECT_TRUE(rows.textAt(0, field, text)) << field;
+        EXPECT_EQ(text, u"");
+    }
+}
+
 TEST(Recordset, GetStringTakesBlocksAndMovesBehindThem) {
     People people{250};
     Recordset& rows = people.rows;
@@ -260,6 +277,19 @@ TEST(Recordset, ClonesShareRowsAndKeepTheirOwnPlaceAndOrder) {
     copy->moveLast();
     EXPECT_EQ(copy->fields()[0].text(), u"Person 9");
     EXPECT_EQ(errorNumber([&] { copy->clone(adLockPessimistic); }), 3001);
+}
+
+TEST(Recordset, AClonesSettingsAreThoseOfItsOriginal) {
+    TestConnection database{peopleDatabase(2)};
+    Recordset rows;
+    rows.setCursorLocation(adUseClient);
+    rows.setPageSize(7);
+    rows.setCacheSize(9);
+    rows.open(u"SELECT * FROM People", database.connection);
+    const auto copy = rows.clone();
+    EXPECT_EQ(copy->cursorLocation(), adUseClient);
+    EXPECT_EQ(copy->pageSize(), 7);
+    EXPECT_EQ(copy->cacheSize(), 9);
 }
 
 TEST(Recordset, CurrentRecordThatAnotherProgramDeletedReadsAsNull) {

@@ -228,4 +228,25 @@ TEST(RowStore, PublishedGroupsAreReplacedByFullerOnes) {
     EXPECT_EQ(store.count(), 3000u);
 }
 
+TEST(RowStore, RowsThatDoubledAreShown) {
+    fixture::FixtureBuilder builder;
+    auto& table =
+        builder.addTable({.name = u"T", .columns = {fixture::column(u"N", jet::ColumnType::Long)}});
+    for (int i = 0; i < 500; ++i) table.insert({i});
+    const auto database =
+        jet::Database::open(std::make_unique<jet::MemoryStorage>(builder.bytes()));
+    const auto read = database->table(u"T");
+    RowStore store{{&read->definition().columns[0]}, 500};
+    jet::TableScan scan{*read};
+    int times = 0;
+    for (std::uint32_t row = 1; scan.next(); ++row) {
+        const std::uint32_t shown = store.count();
+        store.append(scan.rowId(), scan.record());
+        store.publishIfDoubled();
+        times += store.count() != shown ? 1 : 0;
+        ASSERT_GE(2 * store.count(), row);
+    }
+    EXPECT_EQ(times, 9) << "after 1, 2, 4, ..., 256 rows";
+}
+
 }  // namespace
