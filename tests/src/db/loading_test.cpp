@@ -71,6 +71,14 @@ TEST_F(LoadingTest, OpeningEndsAsSoonAsTheFetchHasStarted) {
     EXPECT_EQ(events_.lines, expected);
 }
 
+TEST_F(LoadingTest, TheCombinationsAreReadAnewEachTime) {
+    open(makeFile("a.mdb", 300));
+    const std::size_t count = modDatabase::uniqueTraces().size();
+    ASSERT_GT(count, 0u);
+    modDatabase::openUniqueFilters();
+    EXPECT_EQ(modDatabase::uniqueTraces().size(), count);
+}
+
 TEST_F(LoadingTest, ItsEndIsTheLastThatIsTold) {
     open(makeFile("a.mdb", 2500));
     ASSERT_TRUE(loadToEnd());

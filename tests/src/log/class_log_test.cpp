@@ -324,6 +324,10 @@ TEST_F(ClassLogTest, DumpsTheRecordsFromTheCurrentOneOn) {
     EXPECT_TRUE(recordset.eof());
     log.dumpRecordsets(recordset, u"[a]b");
     EXPECT_EQ(written(log), expected) << "a recordset at its end";
+    recordset.moveFirst();
+    recordset.movePrevious();
+    log.dumpRecordsets(recordset, u"[a]b");
+    EXPECT_EQ(written(log), expected) << "a recordset before its first record";
 }
 
 TEST_F(ClassLogTest, AnEntryThatFailsIsReportedAndLeft) {

@@ -102,6 +102,11 @@ TEST_F(GetVersionTest, OnlyTheOlderBuildIsHexadecimal) {
     EXPECT_EQ(older(0x00120034, 0x00560078).version, u"12.34(56.120)");
 }
 
+TEST_F(GetVersionTest, AnOlderBuildThatIsMissingIsZero) {
+    registry_.keys[kOlder] = {{u"Version Number", 0x40003u}};
+    EXPECT_EQ(Utilities::getVersion().version, u"4.3(0.0)");
+}
+
 TEST_F(GetVersionTest, DecimalPartsStopAtTheFirstLetter) {
     EXPECT_EQ(older(0x1E051F2F, 0).major, 1);
     EXPECT_EQ(older(0x1E051F2F, 0).minor, 1);

@@ -126,6 +126,13 @@ TEST_F(TraceExportTest, RowsSortedInMeanwhileAreNotMissed) {
     EXPECT_LE(target.restarts, 1);
 }
 
+TEST_F(TraceExportTest, RowsAreSortedAfterItsEnd) {
+    open(50);
+    writeAll();
+    EXPECT_FALSE(rows.orderChanged) << "there is no export to tell of it";
+    EXPECT_NO_THROW(rows.setSort(u"TraceNumber DESC"));
+}
+
 TEST_F(TraceExportTest, ADatabaseThatIsClosedMeanwhileEndsIt) {
     open(300);
     TraceExport output{rows, target};

@@ -150,8 +150,11 @@ TEST_F(TraceSearchTest, APatternThatIsNoneIsReportedAndFindsNothing) {
 
 TEST_F(TraceSearchTest, NothingIsFoundAmongNoRecords) {
     open({});
-    search({.text = u"abc", .stepFirst = true});
-    EXPECT_EQ(notices.back(), u"abc not found.");
+    for (const bool backward : {false, true}) {
+        search({.text = u"abc", .backward = backward, .stepFirst = true});
+        EXPECT_EQ(notices.back(), u"abc not found.");
+    }
+    EXPECT_TRUE(reports.empty()) << "there is no record to step over";
 }
 
 TEST_F(TraceSearchTest, AClosedRecordsetIsReported) {
