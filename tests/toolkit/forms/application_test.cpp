@@ -243,6 +243,24 @@ TEST_F(ApplicationTest, EscapeStopsWorkThatCanBeStopped) {
     EXPECT_EQ(form.keys, 1) << "Escape and what was typed before it are gone";
 }
 
+TEST_F(ApplicationTest, EscapeStopsTheOuterWorkWhenTheInnerIsDone) {
+    WatchedForm form;
+    form.show();
+    ASSERT_TRUE(waitUntil([&] { return ::GetForegroundWindow() == form.hwnd(); }));
+    std::atomic<int> outerStops{0};
+    std::atomic<int> innerStops{0};
+    const forms::OnEscape outer{[&] { ++outerStops; }};
+    {
+        const forms::OnEscape inner{[&] { ++innerStops; }};
+    }
+    forms::runWhilePainting([&] {
+        typeKey(VK_ESCAPE);
+        comesTrue([&] { return outerStops > 0; });
+    });
+    EXPECT_EQ(outerStops, 1);
+    EXPECT_EQ(innerStops, 0);
+}
+
 TEST_F(ApplicationTest, EscapeStopsWorkHoweverShortlyItIsPressed) {
     WatchedForm form;
     form.show();

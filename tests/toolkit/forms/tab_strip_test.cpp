@@ -78,6 +78,15 @@ TEST_F(TabStripTest, ChoosingTheCurrentTabIsNoEvent) {
     EXPECT_THROW(tabs.setTab(2), std::out_of_range);
 }
 
+TEST_F(TabStripTest, OtherTabsBeginWithTheFirst) {
+    tabs.setTab(1);
+    tabs.setTabs({L"One", L"Two", L"Three"});
+    EXPECT_EQ(tabs.currentTab(), 0);
+    EXPECT_EQ(::SendMessageW(tabs.hwnd(), TCM_GETCURSEL, 0, 0), 0);
+    EXPECT_TRUE(seen(text));
+    EXPECT_FALSE(seen(apply));
+}
+
 TEST_F(TabStripTest, AMouseClickSwitches) {
     RECT rect{};
     ::SendMessageW(tabs.hwnd(), TCM_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&rect));

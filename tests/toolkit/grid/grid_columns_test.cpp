@@ -110,7 +110,10 @@ TEST(GridColumns, TheFillingColumnTakesTheRest) {
 TEST(GridColumns, HiddenColumnsTakeNoRoom) {
     GridWindow window(10);
     window.grid.column(0).setVisible(false);
-    EXPECT_EQ(window.grid.geometry().columns().left(1), 0);
+    const Geometry& geometry = window.grid.geometry();
+    EXPECT_EQ(geometry.columns().left(1), 0);
+    EXPECT_EQ(geometry.columns().totalWidth(), geometry.dataArea().width())
+        << "the column that fills the rest has it";
     EXPECT_TRUE(window.looksAsPaintedAnew());
 }
 

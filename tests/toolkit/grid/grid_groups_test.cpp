@@ -144,6 +144,13 @@ TEST_F(GridGroups, GroupsFoldByMouse) {
     EXPECT_EQ(window.grid.row(), 0);
 }
 
+TEST_F(GridGroups, ADoubleClickOnTheGlyphUnfoldsOnce) {
+    groupByComponent();
+    const Rect row = window.grid.geometry().rowRect(1);
+    window.doubleClick({row.left + 8, (row.top + row.bottom) / 2});
+    EXPECT_TRUE(window.grid.grouping().group(1).unfolded);
+}
+
 TEST_F(GridGroups, GroupsFoldByKeys) {
     groupByComponent();
     window.key(VK_HOME);
