@@ -9,6 +9,7 @@
 #include "tests/support/language_table.h"
 
 #include <windows.h>
+#include <commctrl.h>
 
 #include <array>
 #include <fstream>
@@ -390,6 +391,19 @@ TEST_F(SwitchTest, EveryOpenFormSpeaksTheNewLanguageAtOnce) {
     EXPECT_EQ(macros.caption(), L"Makro-Traces zum Filter hinzufügen");
     EXPECT_EQ(macros.treeviewMacroTrace.node(1).tag(), L"Alpha Ebenen: 1");
     EXPECT_TRUE(reports.empty());
+}
+
+TEST_F(SwitchTest, TheTipUnderThePointerSpeaksTheNewLanguage) {
+    forms::TreeView& tree = macros.treeviewMacroTrace;
+    tree.node(0).setExpanded(true);
+    const auto tipOfTheTrace = [&] {
+        const LRESULT height = ::SendMessageW(tree.hwnd(), TVM_GETITEMHEIGHT, 0, 0);
+        ::SendMessageW(tree.hwnd(), WM_MOUSEMOVE, 0, MAKELPARAM(60, height + height / 2));
+        return macros.tooltip()->ToolText(tree);
+    };
+    EXPECT_EQ(tipOfTheTrace(), L"Alpha Levels: 1");
+    chooseInAboutBox(kGerman);
+    EXPECT_EQ(tipOfTheTrace(), L"Alpha Ebenen: 1");
 }
 
 TEST_F(SwitchTest, EveryCaptionOfTheMainWindowHasItsText) {

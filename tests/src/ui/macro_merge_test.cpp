@@ -97,6 +97,10 @@ TEST_F(MacroMergeTest, NamesWithDoubleQuotesAndForeignLettersAreFound) {
 TEST_F(MacroMergeTest, PathsWithQuotesAreRefused) {
     EXPECT_THROW(mdlTraces::findTrace(L"it's", L"t"), RuntimeError);
     EXPECT_THROW(mdlTraces::findTrace(L"A", L"it's"), RuntimeError);
+    // Paths that would be valid, and find what was not asked for.
+    read({macroRow(u"A", u"t1")});
+    EXPECT_THROW(mdlTraces::findTrace(L"x' or 'x'='x", L"t1"), RuntimeError);
+    EXPECT_THROW(mdlTraces::findTrace(L"A", L"x' or 'x'='x"), RuntimeError);
 }
 
 TEST_F(MacroMergeTest, FaultyPathsAreErrors) {

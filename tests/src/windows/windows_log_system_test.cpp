@@ -89,6 +89,14 @@ TEST_F(WindowsLogTest, OldFilesGoReadOnlyOnesStay) {
     ::SetFileAttributesW((logs() / "kept.LOG").c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
+TEST_F(WindowsLogTest, FoldersAreNotListed) {
+    std::filesystem::create_directories(logs() / "folder.LOG");
+    std::ofstream{logs() / "file.LOG"} << "x";
+    const auto files = system().volume->files(fromWide(logs().wstring()));
+    ASSERT_EQ(files.size(), 1u);
+    EXPECT_EQ(files[0].name, u"file.LOG");
+}
+
 TEST_F(WindowsLogTest, AFileInTheFoldersPlaceCostsTheLogOnly) {
     std::ofstream{folder_.path() / "LOGS"} << "x";
     classLog log{system()};
