@@ -269,6 +269,13 @@ TEST_P(DeepTrees, AreWalkedAndSearched) {
     }
     EXPECT_FALSE(cursor.valid());
 
+    // However often a cursor walks, the leaves of a walk are no circle.
+    for (int walk = 0; walk < 3; ++walk) {
+        unsigned count = 0;
+        for (cursor.first(); cursor.valid(); cursor.next()) ++count;
+        ASSERT_EQ(count, keys.size());
+    }
+
     for (int i = 0; i < 2000; ++i) {
         Key sought = keys[random() % keys.size()];
         if (i % 2 == 1) sought.back() = static_cast<std::uint8_t>(random());

@@ -1,7 +1,9 @@
 // The checker on pages as such: the file, its maps, and whose each page is.
 #include "engine/jet/database.h"
+#include "engine/jet/format/page.h"
 #include "tests/engine/jet/check/check_support.h"
 #include "tests/engine/jet/faults.h"
+#include "tests/support/sparse_storage.h"
 
 namespace jet {
 namespace {
@@ -50,6 +52,17 @@ TEST(CheckPages, FileLength) {
     CheckSample cut;
     fixture::truncate(cut.file, cut.file.size() - kPageSize);
     expectAmong(cut.file, {Rule::FileLength, kNoPage});
+}
+
+TEST(CheckPages, AFileLargerThanTheFormatAllows) {
+    const CheckSample sample;
+    fixture::SparseStorage storage{sample.file};
+    storage.writeAt(std::uint64_t{format::page::kMaxCount} * kPageSize,
+                    fixture::ByteVector(kPageSize, 1));
+    const CheckReport report = check(storage);
+    ASSERT_FALSE(report.findings.empty());
+    EXPECT_EQ(report.findings[0].rule, Rule::FileLength);
+    EXPECT_EQ(report.findings[0].message, "the file is too large");
 }
 
 TEST(CheckPages, Header) {

@@ -1,4 +1,5 @@
 // Tables, columns and indexes that cannot be made or dropped: a typed error, and a file as before.
+#include "engine/jet/write/definition_editor.h"
 #include "tests/engine/jet/faults.h"
 #include "tests/engine/jet/write/written.h"
 #include "tests/support/fixture_builder.h"
@@ -150,6 +151,19 @@ TEST_F(Schema, MoreIndexesThanATableTakes) {
         });
     }
     file_.expectClean();
+    file_.database->commit();
+    refusesIndex(Fault::TooMany, {.name = u"Last", .columns = {{u"Id"}}});
+}
+
+// Relationships of other makers' tables share a tree, and each has a name of its own.
+TEST_F(Schema, MoreNamesOfIndexesThanATableTakes) {
+    file_.write([&](WriteContext& context) {
+        DefinitionEditor definition{context, file_.database->table(u"People")->definition().page};
+        for (std::uint32_t i = 1; i < 32; ++i) {
+            definition.addLogicalIndex({.name = u"I" + toUtf16(std::to_string(i)), .number = i});
+        }
+        definition.write();
+    });
     file_.database->commit();
     refusesIndex(Fault::TooMany, {.name = u"Last", .columns = {{u"Id"}}});
 }
