@@ -1,4 +1,5 @@
 // Search for the next record that satisfies a criterion.
+#include "engine/ado/row_store.h"
 #include "tests/engine/ado/recordset_fixture.h"
 
 namespace {
@@ -53,6 +54,23 @@ TEST_F(Find, TextInEitherDirectionFromTheCurrentRecordOn) {
     EXPECT_EQ(find(u"Trace Like '*error*'", 3, adSearchBackward), 2);
     EXPECT_EQ(find(u"Trace Like '*error*'", 1, adSearchBackward), -1);
     EXPECT_EQ(rows.absolutePosition(), adPosBOF);
+}
+
+// Texts stand as codes in memory, in groups of rows whose codes count from the least of them.
+TEST(FindInGroups, NullIsNoneOfTheTextsOfOtherGroups) {
+    fixture::FixtureBuilder builder;
+    auto& table = builder.addTable({.name = u"T", .columns = {fixture::textColumn(u"Text", 20)}});
+    constexpr std::uint32_t kGroup = RowStore::kGroupRows;
+    table.insert({u"first"});
+    for (std::uint32_t row = 1; row < kGroup; ++row) table.insert({u"second"});
+    table.insert({fixture::kNull});
+    for (std::uint32_t row = 1; row < kGroup; ++row) table.insert({u"second"});
+    table.insert({u"first"});
+    TestConnection database{builder.bytes()};
+    Recordset rows;
+    rows.open(u"SELECT * FROM T", database.connection);
+    rows.find(u"Text = 'first'", 1);
+    EXPECT_EQ(rows.absolutePosition(), static_cast<int>(2 * kGroup + 1));
 }
 
 TEST_F(Find, SkipsRecords) {

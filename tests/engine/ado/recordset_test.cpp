@@ -178,6 +178,30 @@ TEST(Recordset, FieldsByNameAndNumber) {
     EXPECT_EQ(errorNumber([&] { fields[u"Shoes"]; }), 3265);
 }
 
+TEST(Recordset, EveryColumnHasItsType) {
+    using jet::ColumnType;
+    const std::vector<std::pair<fixture::ColumnSpec, int>> columns{
+        {fixture::column(u"a", ColumnType::Byte), adUnsignedTinyInt},
+        {fixture::column(u"b", ColumnType::Integer), adSmallInt},
+        {fixture::column(u"c", ColumnType::Currency), adCurrency},
+        {fixture::column(u"d", ColumnType::Single), adSingle},
+        {fixture::column(u"e", ColumnType::Double), adDouble},
+        {fixture::column(u"f", ColumnType::Ole), adLongVarBinary},
+        {fixture::column(u"g", ColumnType::Guid), adGUID},
+        {fixture::numericColumn(u"h", 18, 2), adNumeric},
+        {fixture::binaryColumn(u"i", 20), adVarBinary}};
+    fixture::TableSpec spec{.name = u"T", .columns = {}};
+    for (const auto& [column, type] : columns) spec.columns.push_back(column);
+    fixture::FixtureBuilder builder;
+    builder.addTable(spec);
+    TestConnection database{builder.bytes()};
+    Recordset rows;
+    rows.open(u"SELECT * FROM T", database.connection);
+    for (const auto& [column, type] : columns) {
+        EXPECT_EQ(rows.fields()[column.name].type(), type) << jet::toUtf8(column.name);
+    }
+}
+
 TEST(Recordset, PropertiesByName) {
     Recordset rows;
     rows.properties()[u"initial fetch size"].setValue(100);
