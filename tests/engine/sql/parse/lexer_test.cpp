@@ -49,6 +49,7 @@ TEST(Lexer, TellsNamesFromSymbols) {
     EXPECT_EQ(shown(u"a.[b c]=`d`"), "<a>.[b c]=[d].");
     EXPECT_EQ(shown(u"a<=b<>c>=d<e>f"), "<a><=<b><><c>>=<d><<e>><f>.");
     EXPECT_EQ(shown(u"Zeile_2\u00A0größe$"), "<Zeile_2><größe$>.");
+    EXPECT_EQ(shown(u"a\u3000b"), "<a><b>.") << "the blank of Japanese texts";
     EXPECT_EQ(shown(u" \t\r\n"), ".");
 }
 

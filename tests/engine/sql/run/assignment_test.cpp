@@ -230,7 +230,8 @@ TEST(Assignment, ToGuidAndBinary) {
     EXPECT_EQ(stored(text(u"01020304-0506-0708-090a-0b0c0d0e0fff"), ColumnType::Guid), Value{guid});
     for (const auto wrong :
          {u"", u"{}", u"{01020304-0506-0708-090A-0B0C0D0E0FF}",
-          u"{01020304-0506-0708-090A-0B0C0D0E0FFG}", u"{01020304-0506-0708-090A+0B0C0D0E0FFF}",
+          u"{01020304-0506-0708-090A-0B0C0D0E0FFF)", u"{01020304-0506-0708-090A-0B0C0D0E0FFG}",
+          u"{01020304-0506-0708-090A+0B0C0D0E0FFF}",
           u"{01020304-0506-0708-090A-0B0C0D0E0F\u0661F}"}) {
         EXPECT_EQ(into(ColumnType::Guid, text(wrong)), "conversion");
     }
