@@ -131,6 +131,13 @@ TEST_F(MainTest, OnAServerThePriorityIsLowered) {
     EXPECT_TRUE(modMain::runningOnServer);
 }
 
+TEST_F(MainTest, TheFirstVersionIsAServerToo) {
+    SharedFakeLog log;
+    startUp_.serverMajor = 1;
+    modMain::Main(startUp_);
+    EXPECT_TRUE(modMain::runningOnServer);
+}
+
 TEST_F(MainTest, AVersionOfZeroOrLessIsNoServer) {
     SharedFakeLog log;
     startUp_.serverMajor = -1;

@@ -47,6 +47,10 @@ TEST(LogLineTest, TheIndentStandsBeforeTheMessage) {
     EXPECT_TRUE(line.ends_with(u"l)     m"));
 }
 
+TEST(LogLineTest, MomentsBeforeTheEpochHaveATimeToo) {
+    EXPECT_TRUE(logformat::line({.time = -1, .message = u"m"}).starts_with(u"23:59:59 "));
+}
+
 TEST(LogHeaderTest, IsExactToTheByte) {
     const LogProgram program{.folder = u"",
                              .baseName = u"VorelleDiagnosticViewer",
