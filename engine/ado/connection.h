@@ -69,9 +69,9 @@ public:
     /// statement a closed one. Throws as Recordset::open.
     std::unique_ptr<Recordset> execute(std::u16string_view statement);
 
-    /// Runs long work: statements that write, commits, searches for texts, stored queries. It may use any thread,
-    /// must return when the work is done and must rethrow its exceptions. By default the work runs
-    /// on the calling thread.
+    /// Runs long work: statements that write, commits, searches for texts, stored queries. It may
+    /// use any thread, must return when the work is done and must rethrow its exceptions. By
+    /// default the work runs on the calling thread.
     using Runner = std::function<void(const std::function<void()>& work)>;
     void setRunner(Runner runner) { runner_ = std::move(runner); }
 
@@ -88,9 +88,9 @@ public:
     void commit();
 
     /// Replaces the definitions that SELECTs on this connection see in addition to what is in the
-    /// file, which is not written to; closing drops them. A SELECT from a stored query runs like long
-    /// work. Throws Error as Recordset::open if the file lacks what the definitions are made of; they
-    /// stay as they were then.
+    /// file, which is not written to; closing drops them. A SELECT from a stored query runs like
+    /// long work. Throws Error as Recordset::open if the file lacks what the definitions are made
+    /// of; they stay as they were then.
     void define(sql::Definitions definitions);
     const sql::Definitions& definitions() const { return definitions_; }
 
