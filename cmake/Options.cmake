@@ -4,7 +4,8 @@ target_include_directories(vorelle_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(vorelle_options INTERFACE
   -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast
   -Woverloaded-virtual -fno-strict-aliasing
-  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)  # false alarms on std::string in g++ 12 (GCC bug 105651)
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>  # false alarms on std::string in g++ 12 (GCC bug 105651)
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>)  # not part of g++'s -Wconversion for C++
 
 find_package(Threads REQUIRED)
 target_link_libraries(vorelle_options INTERFACE Threads::Threads)

@@ -26,8 +26,7 @@ std::shared_ptr<Database> open(ByteVector file) {
 
 /// Opens what `change` makes of an empty database, and returns the message of the refusal.
 template <typename Change>
-std::string refusal(Fault expected, Change change,
-                    std::source_location where = std::source_location::current()) {
+std::string refusal(Fault expected, Change change, CallSite where = CallSite::here()) {
     ByteVector file = emptyDatabase();
     change(file);
     return expectFault(

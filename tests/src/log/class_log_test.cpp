@@ -65,7 +65,7 @@ TEST_F(ClassLogTest, WritesLinesAsTheyComeAndInAnsi) {
 }
 
 TEST_F(ClassLogTest, TheThresholdDecidesByLevel) {
-    const auto levels = [this](int threshold) {
+    const auto levels = [](int threshold) {
         FakeLogSystem fake;
         classLog log{fake.system()};
         log.nLogLevel = threshold;

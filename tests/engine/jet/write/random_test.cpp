@@ -130,13 +130,13 @@ private:
         for (std::size_t i = 0; i < table.columns.size(); ++i) {
             if (random_.oneIn(2)) changes.push_back({i, randomValue(table.columns[i])});
         }
-        change(name, [&](TableWriter& writer) { writer.update(place, changes); });
+        change(name, [&, at = place](TableWriter& writer) { writer.update(at, changes); });
         for (const Assignment& change : changes) (*model)[change.column] = change.value;
     }
 
     void removeOne(const std::u16string& name, ModelTable& table) {
         const auto [place, model] = randomPlace(name, table);
-        change(name, [&](TableWriter& writer) { writer.remove(place); });
+        change(name, [at = place](TableWriter& writer) { writer.remove(at); });
         table.rows.erase(model);
     }
 

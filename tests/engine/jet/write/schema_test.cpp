@@ -27,16 +27,15 @@ protected:
 
     /// Expects the fault, and that nothing has changed.
     void refuses(Fault fault, const std::function<void(WriteContext&)>& change,
-                 std::source_location where = std::source_location::current()) {
+                 CallSite where = CallSite::here()) {
         const std::vector<std::uint8_t> before = file_.bytes();
         expectFault(
             fault, [&] { file_.write(change); }, where);
         file_.database->commit();
-        EXPECT_EQ(file_.bytes(), before) << where.line();
+        EXPECT_EQ(file_.bytes(), before) << where.line;
     }
 
-    void refusesColumn(Fault fault, const NewColumn& column,
-                       std::source_location where = std::source_location::current()) {
+    void refusesColumn(Fault fault, const NewColumn& column, CallSite where = CallSite::here()) {
         refuses(
             fault, [&](WriteContext& context) { addColumn(context, u"People", column); }, where);
         refuses(
@@ -47,8 +46,7 @@ protected:
             where);
     }
 
-    void refusesIndex(Fault fault, const NewIndex& index,
-                      std::source_location where = std::source_location::current()) {
+    void refusesIndex(Fault fault, const NewIndex& index, CallSite where = CallSite::here()) {
         refuses(
             fault, [&](WriteContext& context) { createIndex(context, u"People", index); }, where);
     }

@@ -240,7 +240,8 @@ TEST(TableWriter, ATableThatIsDroppedLeavesNothing) {
     const auto holdsName = [&] {
         people.database->commit();
         const std::string stored = "secret";
-        return std::ranges::search(people.bytes(), stored).begin() != people.bytes().end();
+        const auto& bytes = people.bytes();
+        return std::search(bytes.begin(), bytes.end(), stored.begin(), stored.end()) != bytes.end();
     };
     EXPECT_TRUE(holdsName());
     people.write([](WriteContext& context) { dropTable(context, u"People"); });

@@ -185,7 +185,7 @@ TEST(EncodeValue, OfAnotherTypeThanTheColumns) {
             if (type == other) {
                 EXPECT_NO_THROW(encoded(otherValue, column));
             } else {
-                expectFault(Fault::WrongType, [&] { encoded(otherValue, column); });
+                expectFault(Fault::WrongType, [&, &wrong = otherValue] { encoded(wrong, column); });
             }
         }
     }
