@@ -24,7 +24,7 @@ fail() {
     wine_packages=(wine wine64 fonts-liberation fonts-wine fonts-ipafont-gothic)
     screen_packages=(xvfb openbox xdotool imagemagick)
     test_packages=(g++-mingw-w64-i686 libbenchmark-dev libchm-bin mdbtools sqlite3
-        clang-format-14 clang-tidy-14)
+        clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev llvm-14)
 }
 
 as_root() {
