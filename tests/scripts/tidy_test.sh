@@ -1,6 +1,6 @@
 #!/bin/bash
 # scripts/tidy.sh --recent in a small project: after each of these commits it has to check the
-# sources that the commit touched, whichever of the two builds compiles them.
+# sources and headers that the commit touched, whichever of the two builds compiles them.
 set -eu -o pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 project=$(mktemp -d)
@@ -17,7 +17,13 @@ build() {
     mkdir -p "build/$1"
     printf '[\n{\n  "directory": "%s",\n  "command": "c++ -c %s",\n  "file": "%s/%s"\n}\n]\n' \
         "$project/build/$1" "$project/$2" "$project" "$2" >"build/$1/compile_commands.json"
-    echo 'ninja_required_version = 1.3' >"build/$1/build.ninja"
+    printf 'rule compile\n  command = c++ -MD -MF $out.d -c $in -o $out\n  deps = gcc\n  depfile = $out.d\nbuild object.o: compile %s\n' \
+        "$project/$2" >"build/$1/build.ninja"
+}
+
+# make TREE: so that ninja knows what the source includes.
+make() {
+    ninja -C "build/$1" --quiet
 }
 
 # commit FILE TEXT
@@ -58,3 +64,16 @@ expect BAD "a finding in a source of the Windows build"
 grep -q '^toolkit/window.cpp' output || complain "the source is not named: $(cat output)"
 commit engine/portable.cpp "typedef int number;"
 expect BAD "a finding in a source of the native build"
+
+commit toolkit/window.cpp "int window() { return 1; }"
+commit engine/portable.cpp '#include "portable.h"'
+commit engine/portable.h "int portable();"
+make native
+expect GOOD "a header of a source that the commit left alone"
+commit engine/portable.h "typedef int number;"
+expect BAD "a finding in a header"
+grep -q '^engine/portable.cpp' output || complain "no source that includes it was checked: $(cat output)"
+commit toolkit/alone.h "int alone();"
+expect GOOD "a header that no source includes"
+commit toolkit/alone.h "typedef int number;"
+expect BAD "a finding in a header that no source includes"
