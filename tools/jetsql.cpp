@@ -20,17 +20,20 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
+constexpr int kDamaged = 3;
 
 constexpr const char* kUsage =
     "usage: jetsql [--threads N] FILE SQL...   run statements; print the rows of a SELECT, and of\n"
     "                                          others how many rows they changed\n"
     "       jetsql FILE                        list the tables and count their rows\n"
-    "       jetsql --schema FILE               print columns and indexes\n";
+    "       jetsql --schema FILE               print columns and indexes\n"
+    "       --verbose                          name everything that cannot be read\n";
 
 struct Options {
     std::string file;
     std::vector<std::string> statements;
     bool schema = false;
+    bool verbose = false;
     unsigned threads = std::max(1u, std::thread::hardware_concurrency());
 };
 
@@ -42,6 +45,8 @@ std::optional<Options> parse(const std::vector<std::string>& arguments) {
         const std::string& argument = arguments[i];
         if (argument == "--schema") {
             options.schema = true;
+        } else if (argument == "--verbose") {
+            options.verbose = true;
         } else if (argument == "--threads" && i + 1 < arguments.size()) {
             const std::string& count = arguments[++i];
             const char* const end = count.data() + count.size();
@@ -113,12 +118,29 @@ jet::Losses runStatements(const std::shared_ptr<jet::Database>& database, const 
     return all;
 }
 
-void run(const Options& options) {
+/// Names losses as they are met, by whatever thread.
+void nameLosses(jet::Database& database) {
+    database.setLossListener(
+        [](const jet::Loss& loss) { std::fprintf(stderr, "%s\n", jet::toText(loss).c_str()); });
+}
+
+/// One line of what is lost, one for each hint that has not been named yet.
+void tell(const jet::Losses& losses, bool hintsAreTold) {
+    for (const jet::Loss& loss : losses.reasons) {
+        const bool hint = loss.kind == jet::Loss::Kind::Hints;
+        if (hint && !hintsAreTold) std::fprintf(stderr, "%s\n", jet::toText(loss).c_str());
+    }
+    if (!losses.any()) return;
+    std::fprintf(stderr, "damage: %s could not be read\n", losses.summary().c_str());
+}
+
+int run(const Options& options) {
     const std::u8string path{options.file.begin(), options.file.end()};
     const auto database = jet::Database::open(std::filesystem::path{path});
+    if (options.verbose) nameLosses(*database);
     jet::Losses losses;
     if (options.schema) {
-        plain::listSchema(*database, stdout);
+        losses = plain::listSchema(*database, stdout);
     } else if (!options.statements.empty()) {
         losses = runStatements(database, options);
     } else {
@@ -126,11 +148,9 @@ void run(const Options& options) {
     }
     if (std::fflush(stdout) != 0) plain::writeAll("\n", stdout);
     plain::flush(stdout);
-    if (losses.rows + losses.pages > 0) {
-        std::fprintf(stderr, "damage: %llu rows and %llu pages were left out\n",
-                     static_cast<unsigned long long>(losses.rows),
-                     static_cast<unsigned long long>(losses.pages));
-    }
+    losses += database->losses();
+    tell(losses, options.verbose);
+    return losses.any() ? kDamaged : 0;
 }
 
 /// Failures go by the numbers that a data provider gives them.
@@ -151,8 +171,7 @@ int main(int count, char** values) {
     }
     plain::makeOutputBinary();
     try {
-        run(*options);
-        return 0;
+        return run(*options);
     } catch (const sql::Error& error) {
         return report(ado::toError(error).number(), error.what());
     } catch (const jet::Error& error) {

@@ -10,12 +10,28 @@ namespace plain {
 
 namespace {
 
-std::vector<std::shared_ptr<const jet::Table>> userTables(jet::Database& database) {
-    std::vector<std::shared_ptr<const jet::Table>> tables;
+/// Calls `list(table)` for each user table. For a table that cannot be read, writes `prefix`, its
+/// name and why.
+template <typename List>
+jet::Losses forUserTables(jet::Database& database, std::FILE* out, std::string_view prefix,
+                          std::string_view separator, List list) {
+    jet::Losses losses;
     for (const jet::CatalogEntry& entry : database.catalog()) {
-        if (entry.isUserTable()) tables.push_back(database.table(entry.name));
+        if (!entry.isUserTable()) continue;
+        try {
+            losses += list(*database.table(entry.name));
+        } catch (const jet::Error& error) {
+            if (!jet::isDamage(error)) throw;
+            jet::Loss loss{jet::Loss::Kind::Tables, entry.definition(), jet::Loss::kNoSlot,
+                           error.what()};
+            database.noteLoss(loss);
+            std::string line{prefix};
+            line.append(jet::toUtf8(entry.name)).append(separator).append("cannot be read: ");
+            writeAll(line + loss.why + "\n", out);
+            losses.add(std::move(loss));
+        }
     }
-    return tables;
+    return losses;
 }
 
 const char* typeName(const jet::Column& column) {
@@ -67,7 +83,9 @@ std::string typeSize(const jet::Column& column) {
 }
 
 std::string columnLine(const jet::Column& column) {
-    std::string line = "  column " + jet::toUtf8(column.name) + " " + typeName(column);
+    std::string line = "  column " + jet::toUtf8(column.name) + " ";
+    if (!column.unreadable.empty()) return line + "cannot be read: " + column.unreadable + "\n";
+    line += typeName(column);
     line += typeSize(column);
     if (column.autonumber) line += " autonumber";
     if (column.isText() && column.compressed) line += " compressed";
@@ -97,27 +115,28 @@ std::string indexLine(const jet::TableDefinition& table, const jet::LogicalIndex
 }  // namespace
 
 jet::Losses listTables(jet::Database& database, std::FILE* out) {
-    jet::Losses losses;
-    for (const auto& table : userTables(database)) {
-        std::uint64_t rows = 0;
-        jet::TableScan scan{*table};
-        while (scan.next()) ++rows;
-        losses += scan.losses();
-        writeAll(jet::toUtf8(table->definition().name) + "\t" + std::to_string(rows) + "\n", out);
-    }
-    return losses;
+    return forUserTables(database, out, "", "\t", [&](const jet::Table& table) {
+        jet::TableScan scan{table};
+        while (scan.next()) {
+        }
+        writeAll(
+            jet::toUtf8(table.definition().name) + "\t" + std::to_string(scan.rowCount()) + "\n",
+            out);
+        return scan.losses();
+    });
 }
 
-void listSchema(jet::Database& database, std::FILE* out) {
-    for (const auto& table : userTables(database)) {
-        const jet::TableDefinition& definition = table->definition();
+jet::Losses listSchema(jet::Database& database, std::FILE* out) {
+    return forUserTables(database, out, "table ", "\n  ", [&](const jet::Table& table) {
+        const jet::TableDefinition& definition = table.definition();
         std::string text = "table " + jet::toUtf8(definition.name) + "\n";
         for (const jet::Column& column : definition.columns) text += columnLine(column);
         for (const jet::LogicalIndex& index : definition.logicalIndexes) {
             text += indexLine(definition, index);
         }
         writeAll(text, out);
-    }
+        return definition.losses;
+    });
 }
 
 }  // namespace plain

@@ -11,10 +11,12 @@
 
 namespace plain {
 
-/// One line for each user table: its name, a tab and the number of rows, counted.
+/// One line for each user table: its name, a tab and the number of rows, counted, or why the table
+/// cannot be read.
 jet::Losses listTables(jet::Database& database, std::FILE* out);
 
-/// Each user table with its columns, their types and sizes, and its indexes.
-void listSchema(jet::Database& database, std::FILE* out);
+/// Each user table with its columns, their types and sizes, and its indexes, or why the
+/// table cannot be read.
+jet::Losses listSchema(jet::Database& database, std::FILE* out);
 
 }  // namespace plain

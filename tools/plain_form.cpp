@@ -13,6 +13,7 @@ namespace plain {
 namespace {
 
 constexpr std::string_view kNull = "\\N";
+constexpr std::string_view kUnreadable = "\\?";
 
 template <typename Number>
 void appendNumber(Number number, std::string& out) {
@@ -154,6 +155,7 @@ void FieldWriter::value(const jet::Value& value) {
         std::string& out;
 
         void operator()(std::monostate) const { out += kNull; }
+        void operator()(const jet::Unreadable&) const { out += kUnreadable; }
         void operator()(bool truth) const { out += truth ? '1' : '0'; }
         void operator()(std::uint8_t number) const { appendNumber(unsigned{number}, out); }
         void operator()(std::int16_t number) const { appendNumber(number, out); }
@@ -171,7 +173,20 @@ void FieldWriter::value(const jet::Value& value) {
 }
 
 void FieldWriter::field(jet::PageReader& pages, const jet::Column& column,
-                        const jet::StoredField& field, jet::PageNumber page) {
+                        const jet::Record& record, std::vector<jet::LostField>& lost) {
+    const std::size_t start = out_.size();
+    try {
+        storedField(pages, column, record.field(column), record.page());
+    } catch (const jet::Error& error) {
+        if (!jet::isDamage(error)) throw;
+        out_.resize(start);
+        out_ += kUnreadable;
+        lost.push_back({&column, error.what()});
+    }
+}
+
+void FieldWriter::storedField(jet::PageReader& pages, const jet::Column& column,
+                              const jet::StoredField& field, jet::PageNumber page) {
     if (field.null) {
         out_ += kNull;
         return;

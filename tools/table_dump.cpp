@@ -21,6 +21,7 @@ constexpr std::size_t kBlockPages = 128;
 struct Block {
     std::string text;
     jet::Losses losses;
+    std::uint64_t rows = 0;  ///< found, whether or not they are in the text
 };
 
 /// Makes the text of blocks of a table's pages. Belongs to one thread.
@@ -35,35 +36,36 @@ public:
         FieldWriter fields{block.text};
         jet::TableScan scan{*table_, pages};
         while (scan.next()) {
-            const std::size_t start = block.text.size();
-            try {
-                if (filter_ && !filter_->matches(scan.record(), scan.pages())) continue;
-                writeRow(scan, fields, block.text);
-            } catch (const jet::Error& error) {
-                if (error.fault() != jet::Fault::Damaged) throw;
-                block.text.resize(start);
-                scan.loseRow(error);
-            }
+            if (matches(scan)) writeRow(scan, fields, block.text);
         }
         block.losses = scan.losses();
+        block.rows = scan.rowCount();
         return block;
     }
 
 private:
-    void writeRow(jet::TableScan& scan, FieldWriter& fields, std::string& text) const {
-        const jet::Record& record = scan.record();
+    bool matches(jet::TableScan& scan) {
+        if (!filter_) return true;
+        const bool matches = filter_->matches(scan.record(), scan.pages());
+        if (!filter_->lost().empty()) scan.loseFields(filter_->lost());
+        return matches;
+    }
+
+    void writeRow(jet::TableScan& scan, FieldWriter& fields, std::string& text) {
         bool first = true;
         for (const sql::OutputColumn& column : query_.columns()) {
             if (!first) text += '\t';
             first = false;
-            fields.field(scan.pages(), *column.stored, record.field(*column.stored), record.page());
+            fields.field(scan.pages(), *column.stored, scan.record(), lost_);
         }
+        if (!lost_.empty()) scan.loseFields(lost_);
         text += '\n';
     }
 
     const sql::Query& query_;
     std::shared_ptr<const jet::Table> table_;
     std::unique_ptr<sql::RowFilter> filter_;
+    std::vector<jet::LostField> lost_;  ///< of the current row
 };
 
 /// Blocks made by several threads, taken in their order by one.
@@ -163,25 +165,28 @@ void flush(std::FILE* out) {
 }
 
 jet::Losses dumpRows(const sql::Query& query, unsigned threads, std::FILE* out) {
-    jet::Losses losses;
-    if (query.alwaysEmpty()) return losses;
-    const std::vector<jet::PageNumber> pages = query.scannedTable()->dataPages();
-    Block block;
-    if (threads > 1) {
-        for (BlockQueue queue{query, pages, threads}; queue.take(block);) {
-            writeAll(block.text, out);
-            losses += block.losses;
-        }
-        return losses;
-    }
-    BlockWriter writer{query};
-    for (std::span<const jet::PageNumber> rest{pages}; !rest.empty();) {
-        const std::size_t count = std::min(kBlockPages, rest.size());
-        block = writer.write(rest.first(count));
+    if (query.alwaysEmpty()) return {};
+    const jet::Table& table = *query.scannedTable();
+    const std::vector<jet::PageNumber> pages = table.dataPages();
+    jet::Losses losses = table.definition().losses;
+    std::uint64_t rows = 0;
+    const auto put = [&](const Block& block) {
         writeAll(block.text, out);
         losses += block.losses;
-        rest = rest.subspan(count);
+        rows += block.rows;
+    };
+    if (threads > 1) {
+        BlockQueue queue{query, pages, threads};
+        for (Block block; queue.take(block);) put(block);
+    } else {
+        BlockWriter writer{query};
+        for (std::span<const jet::PageNumber> rest{pages}; !rest.empty();) {
+            const std::size_t count = std::min(kBlockPages, rest.size());
+            put(writer.write(rest.first(count)));
+            rest = rest.subspan(count);
+        }
     }
+    table.compareRowCount(rows, losses);
     return losses;
 }
 

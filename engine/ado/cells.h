@@ -21,7 +21,7 @@ class Cells {
 public:
     Cells(RowSet& set, const RowOrder& order) : set_{set}, order_{order} {}
 
-    /// Null if there is no such row or field, if the row is deleted, or if it cannot be read.
+    /// Null if there is no such row or field, or if the row is deleted; Unreadable if it is damaged.
     jet::Value value(std::uint32_t position, std::size_t field) const;
 
     /// Sets `out` to the text form; false, and an empty text, if there is no such row.

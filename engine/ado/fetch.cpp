@@ -82,13 +82,11 @@ private:
     }
 
     void take(jet::TableScan& scan, sql::RowFilter* filter) {
-        try {
-            if (filter && !filter->matches(scan.record(), scan.pages())) return;
-            store_.append(scan.rowId(), scan.record());
-        } catch (const jet::Error& error) {
-            if (error.fault() != jet::Fault::Damaged) throw;
-            scan.loseRow(error);
-        }
+        const bool matches = !filter || filter->matches(scan.record(), scan.pages());
+        if (filter && !filter->lost().empty()) scan.loseFields(filter->lost());
+        if (!matches) return;
+        store_.append(scan.rowId(), scan.record(), lost_);
+        if (!lost_.empty()) scan.loseFields(lost_);
     }
 
     /// From time to time: shows rows that came slowly, and tells the owner how far it is.
@@ -150,6 +148,7 @@ private:
     Clock::time_point lastPost_;
     bool firstRowsReady_ = false;
     jet::Losses losses_;
+    std::vector<jet::LostField> lost_;  ///< of the current row
 };
 
 Fetch::Fetch(std::shared_ptr<const sql::Query> query, std::shared_ptr<ScannedRows> rows,

@@ -56,6 +56,12 @@ int Field::definedSize() const {
 
 jet::Value Field::value() const { return recordset_->currentValue(index_); }
 
+std::optional<std::string> Field::unreadable() const {
+    const jet::Value held = value();
+    const auto* const damage = std::get_if<jet::Unreadable>(&held);
+    return damage == nullptr ? std::nullopt : std::optional{damage->why};
+}
+
 std::u16string Field::text() const {
     std::u16string text;
     recordset_->formatter().append(value(), text);

@@ -9,6 +9,7 @@
 #include "engine/sql/run/query.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +34,9 @@ public:
     /// Of the current record; Null if another program has deleted it meanwhile.
     /// Throws Error: 3704, 3021, 0x80004005.
     jet::Value value() const;
+
+    /// Why the value cannot be read, UTF-8; nothing if it can, or is Null. Throws as value().
+    std::optional<std::string> unreadable() const;
 
     /// The value's text form.
     std::u16string text() const;

@@ -15,17 +15,6 @@ constexpr std::uint32_t kBlockPages = 64;
 /// Two reads so close together are taken for a walk through the file.
 constexpr std::uint32_t kNear = 8;
 
-/// What a damaged field gives: nothing. Other failures are the storage's.
-template <typename Read>
-auto unlessDamaged(Read read) -> decltype(read()) {
-    try {
-        return read();
-    } catch (const jet::Error& error) {
-        if (error.fault() != jet::Fault::Damaged && error.fault() != jet::Fault::Truncated) throw;
-        return {};
-    }
-}
-
 }  // namespace
 
 FieldReader::FieldReader(std::shared_ptr<const jet::Table> table, Reading reading)
@@ -36,6 +25,19 @@ FieldReader::FieldReader(std::shared_ptr<const jet::Table> table, Reading readin
       longValues_{longValuePages_},
       moved_{table_->pageReader()} {
     longValuePages_.borrowBlock(&records_);
+}
+
+/// What a damaged field gives: nothing. Other failures are the storage's.
+template <typename Read>
+auto FieldReader::unlessDamaged(Read read) -> decltype(read()) {
+    if (damage_) damage_.reset();
+    try {
+        return read();
+    } catch (const jet::Error& error) {
+        if (!jet::isDamage(error)) throw;
+        damage_ = error.what();
+        return {};
+    }
 }
 
 bool FieldReader::read(jet::RowId row, const jet::Column& column, jet::StoredField& field) {
@@ -107,8 +109,10 @@ void FieldReader::loadAround(jet::PageNumber page) {
 
 jet::Value FieldReader::value(const jet::StoredField& field, const jet::Column& column) {
     longValues_.forgetPage();
-    return unlessDamaged(
+    jet::Value value = unlessDamaged(
         [&] { return jet::decodeField(longValuePages_, column, field, record_.page()); });
+    if (damage_) return jet::Unreadable{*damage_};
+    return value;
 }
 
 bool FieldReader::appendText(const jet::StoredField& field, const jet::Column& column,

@@ -27,12 +27,15 @@ public:
     FieldReader(const FieldReader&) = delete;
     FieldReader& operator=(const FieldReader&) = delete;
 
-    /// False if the row is deleted or damaged. The field's bytes are valid until the next read().
-    /// Throws jet::Error for failures of the storage.
+    /// False if the row is deleted or the field damaged. The field's bytes are valid until the next
+    /// read(). Throws jet::Error for failures of the storage.
     bool read(jet::RowId row, const jet::Column& column, jet::StoredField& field);
 
-    /// The value of a field just read; Null if it is damaged. Throws as read().
+    /// The value of a field just read; Unreadable if it is damaged. Throws as read().
     jet::Value value(const jet::StoredField& field, const jet::Column& column);
+
+    /// Why the last read(), value(), storedText() or appendText() met damage; null if it did not.
+    const std::string* damage() const { return damage_ ? &*damage_ : nullptr; }
 
     /// The stored bytes of a text, inline or not; nothing if it is Null, deleted or damaged.
     /// Valid until the next use of the reader. Throws as read().
@@ -42,6 +45,8 @@ public:
     bool appendText(const jet::StoredField& field, const jet::Column& column, std::u16string& out);
 
 private:
+    template <typename Read>
+    auto unlessDamaged(Read read) -> decltype(read());
     bool find(jet::RowId row);
     bool findInOrder(jet::RowId row);
     bool turnTo(jet::PageNumber page);
@@ -57,6 +62,7 @@ private:
     jet::LongValueReader longValues_;
     jet::Record record_;
     jet::Binary scratch_;
+    std::optional<std::string> damage_;
 
     // When reading in order: the page of the rows read last, while its block is loaded, and another
     // reader for records that moved away from it.

@@ -6,7 +6,9 @@ Opening::Opening(std::shared_ptr<RowSet> set, std::shared_ptr<Scheduler> schedul
                  OpeningEvents events)
     : set_{std::move(set)}, scheduler_{std::move(scheduler)}, events_{std::move(events)} {}
 
-Opening::~Opening() { set_->setLosses(losses()); }
+Opening::~Opening() {
+    if (fetch_) set_->setLosses(fetch_->outcome().losses);
+}
 
 void Opening::fetchAll() {
     if (!set_->scanned()) return;
@@ -53,6 +55,9 @@ void Opening::complete() {
     handler(failure);
 }
 
-jet::Losses Opening::losses() const { return fetch_ ? fetch_->outcome().losses : set_->losses(); }
+jet::Losses Opening::losses() const {
+    if (fetch_) set_->setLosses(fetch_->outcome().losses);
+    return set_->losses();
+}
 
 }  // namespace ado

@@ -22,6 +22,12 @@ std::uint32_t RowSet::expectedRows() const {
     return scanned_ ? scanned_->table().definition().rowCount : 0;
 }
 
+jet::Losses RowSet::losses() const {
+    jet::Losses all = losses_;
+    if (scanned_) all += scanned_->lostFields().losses();
+    return all;
+}
+
 std::shared_ptr<TextMatches> RowSet::textMatches(const FindCriterion& criterion) {
     const std::u16string* const pattern = criterion.textPattern();
     if (pattern == nullptr || !scanned_) return nullptr;

@@ -49,8 +49,8 @@ public:
     /// To be called when texts may have changed.
     void forgetTextMatches() { textMatches_.reset(); }
 
-    /// What could not be read, as reported to it.
-    jet::Losses losses() const { return losses_; }
+    /// What could not be read: by the fetch, as reported to it, and later when fields were read.
+    jet::Losses losses() const;
     void setLosses(jet::Losses losses) { losses_ = std::move(losses); }
 
 private:

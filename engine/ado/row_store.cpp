@@ -64,7 +64,7 @@ RowStore::RowStore(std::vector<const jet::Column*> columns, std::uint64_t expect
         StoreColumn& column = columns_[i];
         column.stored = columns[i];
         column.scale = scaleOf(columns[i]->type);
-        column.kept = isKept(columns[i]->type);
+        column.kept = isKept(columns[i]->type) && columns[i]->unreadable.empty();
         if (columns[i]->type == ColumnType::Text) {
             column.dictionary = std::make_unique<Dictionary>();
         }
@@ -74,9 +74,17 @@ RowStore::RowStore(std::vector<const jet::Column*> columns, std::uint64_t expect
 
 RowStore::~RowStore() = default;
 
-void RowStore::append(jet::RowId id, const jet::Record& record) {
+void RowStore::append(jet::RowId id, const jet::Record& record, std::vector<jet::LostField>& lost) {
     for (StoreColumn& column : columns_) {
-        if (column.kept) stage(column, record);
+        if (!column.kept) continue;
+        try {
+            stage(column, record);
+        } catch (const jet::Error& error) {
+            if (!jet::isDamage(error)) throw;
+            column.staged.nulls[staged_] = 1;
+            column.unreadable.store(true, std::memory_order_release);
+            lost.push_back({column.stored, error.what()});
+        }
     }
     rowIds_.values[staged_] = id.packed();
     if (++staged_ < kGroupRows) return;

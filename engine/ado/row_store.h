@@ -33,9 +33,9 @@ public:
 
     // ---- The writing thread ----
 
-    /// Adds a row; readers see it after publish() or when its group is full. Throws
-    /// jet::Error{Damaged} for a row that is damaged in a column of the store, and does not add it.
-    void append(jet::RowId id, const jet::Record& record);
+    /// Adds a row; readers see it after publish() or when its group is full. Fields that cannot be
+    /// read are added to `lost`, and Null in the store.
+    void append(jet::RowId id, const jet::Record& record, std::vector<jet::LostField>& lost);
 
     /// Makes every row added visible to readers.
     void publish();
@@ -74,6 +74,11 @@ public:
         return columns_[column].dictionary.get();
     }
 
+    /// Whether a Null in the store may stand for a value that could not be read.
+    bool hasUnreadable(std::size_t column) const {
+        return columns_[column].unreadable.load(std::memory_order_acquire);
+    }
+
     const jet::Column& stored(std::size_t column) const { return *columns_[column].stored; }
     std::size_t columnCount() const { return columns_.size(); }
 
@@ -97,6 +102,7 @@ private:
     struct StoreColumn {
         const jet::Column* stored = nullptr;
         Scale scale = Scale::Whole;
+        std::atomic<bool> unreadable = false;
         bool kept = false;  ///< read and written by the writing thread only
         std::unique_ptr<Dictionary> dictionary;
         Staged staged;

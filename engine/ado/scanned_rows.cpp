@@ -43,6 +43,7 @@ ScannedRows::ScannedRows(std::shared_ptr<const sql::Query> query)
     : query_{std::move(query)},
       table_{query_->scannedTable()},
       store_{storedColumns(*query_), table_->definition().rowCount},
+      lostFields_{std::make_unique<LostFields>(table_)},
       anyRow_{table_, FieldReader::Reading::AnyRow} {}
 
 void ScannedRows::startPass() { inOrder_.emplace(table_, FieldReader::Reading::InOrder); }
@@ -52,8 +53,12 @@ void ScannedRows::endPass() { inOrder_.reset(); }
 jet::Value ScannedRows::value(std::uint32_t row, std::size_t column) {
     const std::size_t place = row % RowStore::kGroupRows;
     const PackedColumn& packed = store_.packed(row, column);
-    if (packed.unit() == Unit::None) return readValue(row, column);
-    if (packed.isNull(place)) return {};
+    if (packed.unit() == Unit::None) {
+        jet::Value value = readValue(row, column);
+        noteDamage(row, column);
+        return value;
+    }
+    if (packed.isNull(place)) return nullOf(row, column);
     if (const Dictionary* dictionary = store_.dictionary(column)) {
         std::u16string text;
         jet::appendUtf16(dictionary->stored(static_cast<std::uint32_t>(packed.whole(place))), text);
@@ -87,18 +92,35 @@ std::int64_t ScannedRows::code(std::uint32_t row, std::size_t column) const {
 jet::Value ScannedRows::readValue(std::uint32_t row, std::size_t column) {
     jet::StoredField field;
     const jet::Column& stored = store_.stored(column);
-    if (!reader().read(store_.rowId(row), stored, field)) return {};
-    return reader().value(field, stored);
+    if (reader().read(store_.rowId(row), stored, field)) return reader().value(field, stored);
+    if (const std::string* const why = reader().damage()) return jet::Unreadable{*why};
+    return {};
+}
+
+/// A Null of the store may stand for a value that the fetch could not read, and has counted.
+jet::Value ScannedRows::nullOf(std::uint32_t row, std::size_t column) {
+    if (!store_.hasUnreadable(column)) return {};
+    return readValue(row, column);
+}
+
+/// Counts the field just read if it was damaged.
+void ScannedRows::noteDamage(std::uint32_t row, std::size_t column) {
+    const std::string* const why = reader().damage();
+    if (why != nullptr) lostFields_->add(store_.rowId(row), store_.stored(column), *why);
 }
 
 bool ScannedRows::appendFromFile(std::uint32_t row, std::size_t column,
                                  const ValueFormatter& formatter, std::u16string& out) {
     jet::StoredField field;
     const jet::Column& stored = store_.stored(column);
-    if (!reader().read(store_.rowId(row), stored, field)) return false;
-    if (stored.isText()) return reader().appendText(field, stored, out);
-    formatter.append(reader().value(field, stored), out);
-    return true;
+    bool appended = reader().read(store_.rowId(row), stored, field);
+    if (appended && stored.isText()) {
+        appended = reader().appendText(field, stored, out);
+    } else if (appended) {
+        formatter.append(reader().value(field, stored), out);
+    }
+    noteDamage(row, column);
+    return appended;
 }
 
 std::vector<std::uint64_t> ScannedRows::orderKeys(std::size_t column, std::uint32_t count) {

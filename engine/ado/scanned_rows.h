@@ -10,6 +10,7 @@
 #pragma once
 
 #include "engine/ado/field_reader.h"
+#include "engine/ado/lost_fields.h"
 #include "engine/ado/row_store.h"
 #include "engine/ado/rows.h"
 
@@ -26,6 +27,9 @@ public:
     const jet::Table& table() const { return *table_; }
     const std::shared_ptr<const jet::Table>& sharedTable() const { return table_; }
 
+    /// Fields that were damaged when they were read from the file, by this object or a search.
+    LostFields& lostFields() const { return *lostFields_; }
+
     std::uint32_t count() const override { return store_.count(); }
     jet::Value value(std::uint32_t row, std::size_t column) override;
     bool appendText(std::uint32_t row, std::size_t column, const ValueFormatter& formatter,
@@ -39,6 +43,8 @@ public:
 private:
     FieldReader& reader() { return inOrder_ ? *inOrder_ : anyRow_; }
     jet::Value readValue(std::uint32_t row, std::size_t column);
+    jet::Value nullOf(std::uint32_t row, std::size_t column);
+    void noteDamage(std::uint32_t row, std::size_t column);
     bool appendFromFile(std::uint32_t row, std::size_t column, const ValueFormatter& formatter,
                         std::u16string& out);
     std::optional<Unit> commonUnit(std::size_t column, std::uint32_t count) const;
@@ -49,6 +55,7 @@ private:
     std::shared_ptr<const sql::Query> query_;
     std::shared_ptr<const jet::Table> table_;
     RowStore store_;
+    std::unique_ptr<LostFields> lostFields_;
 
     FieldReader anyRow_;
     std::optional<FieldReader> inOrder_;  ///< during a pass

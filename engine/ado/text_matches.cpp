@@ -38,6 +38,7 @@ public:
     Searcher(const ScannedRows& rows, std::size_t column, std::u16string_view pattern,
              FieldReader::Reading reading)
         : store_{rows.store()},
+          lostFields_{rows.lostFields()},
           column_{column},
           like_{sql::LikePattern{pattern}},
           reader_{rows.sharedTable(), reading} {}
@@ -73,6 +74,9 @@ private:
 
     bool matchesInFile(jet::RowId row) {
         const auto text = reader_.storedText(row, store_.stored(column_));
+        if (const std::string* const why = reader_.damage()) {
+            lostFields_.add(row, store_.stored(column_), *why);
+        }
         return text && like_.matches(*text);
     }
 
@@ -86,6 +90,7 @@ private:
     }
 
     const RowStore& store_;
+    LostFields& lostFields_;
     const std::size_t column_;
     sql::StoredLike like_;
     FieldReader reader_;

@@ -37,7 +37,8 @@ void ValueFormatter::append(const jet::Value& value, std::u16string& out) const 
     std::visit(
         [&](const auto& held) {
             using Held = std::decay_t<decltype(held)>;
-            if constexpr (std::is_same_v<Held, std::monostate>) {
+            if constexpr (std::is_same_v<Held, std::monostate> ||
+                          std::is_same_v<Held, jet::Unreadable>) {
                 return;
             } else if constexpr (std::is_same_v<Held, bool>) {
                 appendTruth(held, out);

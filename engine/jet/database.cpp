@@ -74,8 +74,19 @@ std::shared_ptr<Database> Database::open(std::unique_ptr<Storage> storage,
     checkHeader(*storage);
     std::shared_ptr<Database> database{new Database{std::move(storage), changedPages}};
     PageReader reader{database->storage(), database->cache()};
-    checkLength(reader);
+    database->noteMissingPages(missingPages(reader));
     return database;
+}
+
+void Database::noteMissingPages(std::uint64_t count) {
+    if (count == 0) return;
+    const std::uint32_t pageCount = pager_.pageCount();
+    Loss loss{Loss::Kind::MissingPages, PageNumber{pageCount}, Loss::kNoSlot,
+              "The file is truncated: it holds " + std::to_string(pageCount) + " of " +
+                  std::to_string(pageCount + count) + " pages."};
+    noteLoss(loss);
+    const std::lock_guard lock{lossMutex_};
+    openingLosses_.add(std::move(loss), count);
 }
 
 const std::vector<CatalogEntry>& Database::catalog() {

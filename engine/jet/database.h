@@ -99,6 +99,7 @@ public:
 
 private:
     Database(std::unique_ptr<Storage> storage, std::size_t changedPages);
+    void noteMissingPages(std::uint64_t count);
     std::vector<CatalogEntry> readCatalog();
 
     Pager pager_;

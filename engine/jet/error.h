@@ -62,6 +62,12 @@ private:
     PageNumber page_;
 };
 
+/// Whether an error says that a part of the file is damaged or missing, which leaves the rest of it
+/// readable; others are failures of the storage itself.
+inline bool isDamage(const Error& error) {
+    return error.fault() == Fault::Damaged || error.fault() == Fault::Truncated;
+}
+
 /// Throws Error{Fault::Damaged} that names the page and the reason.
 [[noreturn]] void throwDamaged(PageNumber page, std::string_view reason);
 

@@ -120,25 +120,25 @@ std::uint64_t lastPageMissing(PageReader& pages) {
 
 }  // namespace
 
-void checkLength(PageReader& pages) {
-    std::uint64_t missing = 0;
+std::uint64_t missingPages(PageReader& pages) {
+    std::uint64_t last = 0;
     try {
-        missing = lastPageMissing(pages);
+        last = lastPageMissing(pages);
     } catch (const Error& error) {
         if (error.fault() != Fault::Damaged) throw;
     }
     // Asked for again, as another program may be appending to the file.
-    const std::uint32_t pageCount = pages.storage().pageCount();
-    if (missing < pageCount) return;
-    throw Error{Fault::Truncated, "The file is truncated: it holds " + std::to_string(pageCount) +
-                                      " of " + std::to_string(missing + 1) + " pages."};
+    const std::uint64_t size = pages.storage().size();
+    const std::uint64_t pageCount = size / kPageSize;
+    if (last >= pageCount) return last + 1 - pageCount;
+    return size % kPageSize == 0 ? 0 : 1;
 }
 
 void checkHeader(const Storage& storage) {
     HeaderPage page{};
     const std::size_t got = storage.readAt(0, page);
     checkSignature(Bytes{page}.first(got));
-    if (got < page.size() || storage.size() % kPageSize != 0) {
+    if (got < page.size()) {
         throw Error{Fault::Truncated, "The file is truncated: it ends in the middle of a page."};
     }
     if (storage.pageCount() < format::page::kMinCount) {

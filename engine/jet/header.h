@@ -15,9 +15,9 @@ namespace jet {
 /// Throws Error: NotADatabase, OlderFormat, NewerFormat, Encrypted, PasswordProtected, Truncated.
 void checkHeader(const Storage& storage);
 
-/// Checks that no page in use, according to the file's map of free pages, is beyond the end. An
-/// invalid map is ignored: only writers need it. Throws Error{Truncated}.
-void checkLength(PageReader& pages);
+/// How many pages are in use, according to the file's map of free pages, but beyond its end; one at
+/// least if it ends in the middle of a page. An invalid map is ignored: only writers need it.
+std::uint64_t missingPages(PageReader& pages);
 
 /// Makes `page` the header of a new database, without key and password. The creation date is always
 /// the same: the security identifiers of a new catalog depend on it.

@@ -10,10 +10,12 @@ namespace layout = format::long_value;
 
 void LongValueReader::turnTo(PageNumber number) {
     page_.reset();
-    const DataPage page{pages_.page(number), number};
-    if (page.owner() != format::data_page::kLongValueOwner)
-        throwDamaged(number, "a long value is missing");
-    page_ = page;
+    page_.emplace(pages_.page(number), number);
+}
+
+/// Another value stands where this one should: the page is not what it was.
+void LongValueReader::throwOtherLength(PageNumber page) {
+    throwDamaged(page, "a long value is not as long as its record says");
 }
 
 Bytes LongValueReader::rowBytes(RowId row) {
@@ -34,8 +36,8 @@ Bytes LongValueReader::readOther(Bytes header, PageNumber page, Binary& scratch)
     const std::size_t length = word & layout::kLengthMask;
     if ((word & layout::kInline) != 0) {
         const Bytes value = header.subspan(layout::kHeadSize);
-        if (value.size() < length) throwDamaged(page, "a long value is cut short");
-        return value.first(length);
+        if (value.size() != length) throwOtherLength(page);
+        return value;
     }
     if (length == 0) return {};
     return chain(load(header, layout::kRow), length, scratch);
@@ -45,12 +47,14 @@ Bytes LongValueReader::readOther(Bytes header, PageNumber page, Binary& scratch)
 /// twice, so a cyclic chain ends.
 Bytes LongValueReader::chain(RowId row, std::size_t length, Binary& scratch) {
     std::unordered_set<std::uint32_t> visited;
+    PageNumber page = row.page();
     scratch.clear();
     while (scratch.size() < length) {
         if (!visited.insert(row.packed()).second) {
             throwDamaged(row.page(), "a long value runs in a ring");
         }
         const Bytes bytes = rowBytes(row);
+        page = row.page();
         if (bytes.size() <= layout::kPiece) {
             throwDamaged(row.page(), "a piece of a long value is empty");
         }
@@ -65,7 +69,7 @@ Bytes LongValueReader::chain(RowId row, std::size_t length, Binary& scratch) {
         }
         row = next;
     }
-    scratch.resize(length);
+    if (scratch.size() != length || row.page() != kNoPage) throwOtherLength(page);
     return scratch;
 }
 

@@ -43,11 +43,12 @@ private:
     Bytes single(RowId row, std::size_t length) {
         if (!page_ || page_->number() != row.page()) turnTo(row.page());
         Bytes bytes = page_->plainRow(row.slot());
-        if (bytes.size() < length) bytes = rowBytes(row);
-        if (bytes.size() < length) throwDamaged(row.page(), "a long value is cut short");
-        return bytes.first(length);
+        if (bytes.size() != length) bytes = rowBytes(row);
+        if (bytes.size() != length) throwOtherLength(row.page());
+        return bytes;
     }
 
+    [[noreturn]] static void throwOtherLength(PageNumber page);
     void turnTo(PageNumber page);
     Bytes rowBytes(RowId row);
     Bytes readOther(Bytes header, PageNumber page, Binary& scratch);

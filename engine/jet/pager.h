@@ -51,6 +51,8 @@ public:
     std::uint64_t size() const override;
     std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> buffer) const override;
 
+    bool isOpenElsewhere() const override { return file_->isOpenElsewhere(); }
+
     // ---- Statements and their end ----
 
     /// Begins a statement. Throws Error: ReadOnly, InUse, WriteFailed, and has no effect then.

@@ -71,6 +71,7 @@ inline Record::Record(Bytes bytes, PageNumber page) : bytes_{bytes}, page_{page}
 inline StoredField Record::field(const Column& column) const {
     StoredField field;
     if (column.id >= columnCount_) {
+        if (!column.unreadable.empty()) throw Error{Fault::Damaged, column.unreadable, page_};
         field.null = column.type != ColumnType::Boolean;
         return field;
     }

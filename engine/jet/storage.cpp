@@ -14,6 +14,13 @@ void Storage::readPages(PageNumber first, std::span<std::uint8_t> buffer) const 
     }
 }
 
+bool hasLockFile(const std::filesystem::path& path) {
+    std::filesystem::path lockFile = path;
+    lockFile.replace_extension(".ldb");
+    std::error_code ignored;
+    return std::filesystem::exists(lockFile, ignored);
+}
+
 void Storage::lock() { throw Error{Fault::ReadOnly, "The database is open for reading only."}; }
 
 void Storage::writeAt(std::uint64_t, Bytes) { Storage::lock(); }

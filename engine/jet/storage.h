@@ -34,6 +34,9 @@ public:
     /// Throws Error: Truncated if the file ends before the buffer does, else ReadFailed.
     void readPages(PageNumber first, std::span<std::uint8_t> buffer) const;
 
+    /// Whether the original engine has the file open somewhere, as the lock file beside it tells.
+    virtual bool isOpenElsewhere() const { return false; }
+
     // ---- Writing. Members after lock() are for the holder of the lock. A read-only storage
     // ---- overrides none of these.
 
@@ -67,6 +70,10 @@ public:
 /// Throws Error: FileNotFound, AccessDenied, InUse or ReadFailed.
 /// Paths of more than 260 characters are accepted on Windows too.
 std::unique_ptr<Storage> openFile(const std::filesystem::path& path);
+
+/// Whether the lock file of the original engine is beside the file: it exists while a program has the
+/// database open.
+bool hasLockFile(const std::filesystem::path& path);
 
 /// Creates and opens an empty file. Throws Error{AccessDenied} if it exists or cannot be created.
 std::unique_ptr<Storage> createFile(const std::filesystem::path& path);

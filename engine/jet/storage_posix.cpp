@@ -101,6 +101,8 @@ public:
     PosixStorage(Descriptor file, std::filesystem::path path)
         : file_{std::move(file)}, path_{std::move(path)} {}
 
+    bool isOpenElsewhere() const override { return hasLockFile(path_); }
+
     std::uint64_t size() const override {
         return static_cast<std::uint64_t>(statusOf(file_.get()).st_size);
     }

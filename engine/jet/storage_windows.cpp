@@ -143,6 +143,8 @@ public:
     WindowsStorage(Handle file, std::wstring name)
         : file_{std::move(file)}, name_{std::move(name)} {}
 
+    bool isOpenElsewhere() const override { return hasLockFile(path_); }
+
     std::uint64_t size() const override {
         LARGE_INTEGER size{};
         if (!::GetFileSizeEx(file_.get(), &size)) {

@@ -1,7 +1,11 @@
 #include "engine/jet/table.h"
 
 #include "engine/jet/database.h"
+#include "engine/jet/text.h"
 #include "engine/jet/usage_map.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace jet {
 namespace {
@@ -23,6 +27,20 @@ std::vector<PageNumber> Table::dataPages() const {
     return readUsageMap(reader, definition_.ownedMap);
 }
 
+void Table::compareRowCount(std::uint64_t found, Losses& losses) const {
+    if (found >= definition_.rowCount || database_->storage().isOpenElsewhere()) return;
+    // Rows may have been deleted since the definition was read.
+    Page page;
+    database_->storage().readPages(definition_.page, page);
+    const std::uint32_t counted = load(page, format::table_definition::kRowCount);
+    if (found >= counted) return;
+    Loss hint{Loss::Kind::Hints, definition_.page, Loss::kNoSlot,
+              "the own count of the table " + toUtf8(definition_.name) + " is " +
+                  std::to_string(counted) + ", found " + std::to_string(found)};
+    database_->noteLoss(hint);
+    losses.add(std::move(hint));
+}
+
 PageReader Table::pageReader() const { return {database_->storage(), database_->cache()}; }
 
 bool Table::find(PageReader& pages, RowId id, Record& record) const {
@@ -42,10 +60,12 @@ bool Table::find(PageReader& pages, RowId id, Record& record) const {
 
 TableScan::TableScan(const Table& table)
     : table_{table},
+      wholeTable_{true},
       ownPages_{table.dataPages()},
       list_{ownPages_},
       values_{table.pageReader()},
-      moved_{table.pageReader()} {}
+      moved_{table.pageReader()},
+      losses_{table.definition().losses} {}
 
 TableScan::TableScan(const Table& table, std::span<const PageNumber> pages)
     : table_{table}, list_{pages}, values_{table.pageReader()}, moved_{table.pageReader()} {}
@@ -57,7 +77,7 @@ bool TableScan::next() {
             ++slot_;
             if (taken) return true;
         }
-        if (!nextPage()) return false;
+        if (!nextPage()) return finish();
     }
 }
 
@@ -74,6 +94,8 @@ bool TableScan::takeSlot() {
                 slot->pointer ? followPointer(moved_, slot->bytes, page_->owner()) : slot->bytes;
         }
         record_ = Record{bytes, page_->number()};
+        ++rowCount_;
+        if (!lostColumns_.empty()) lostColumns_.clear();
         return true;
     } catch (const Error& error) {
         if (error.fault() != Fault::Damaged) throw;
@@ -87,6 +109,23 @@ void TableScan::loseRow(const Error& error) {
     const bool ofCatalog = table_.definition().page == format::catalog::kObjects;
     const auto kind = ofCatalog ? Loss::Kind::Tables : Loss::Kind::Rows;
     lose({kind, rowId_.page(), static_cast<int>(rowId_.slot()), error.what()});
+}
+
+void TableScan::loseFields(std::vector<LostField>& fields) {
+    for (LostField& field : fields) {
+        if (!field.column->unreadable.empty()) continue;
+        if (std::ranges::find(lostColumns_, field.column) != lostColumns_.end()) continue;
+        lostColumns_.push_back(field.column);
+        lose({Loss::Kind::Values, rowId_.page(), static_cast<int>(rowId_.slot()),
+              std::move(field.why)});
+    }
+    fields.clear();
+}
+
+/// At the end of the rows. Returns false.
+bool TableScan::finish() {
+    if (std::exchange(wholeTable_, false)) table_.compareRowCount(rowCount_, losses_);
+    return false;
 }
 
 void TableScan::lose(Loss loss) {

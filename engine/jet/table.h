@@ -35,6 +35,10 @@ public:
     /// A reader of pages for the calling thread.
     PageReader pageReader() const;
 
+    /// Compares the number of rows that a scan of all pages has found with the table's own. Fewer
+    /// are a hint that rows are lost without a trace, unless another program is changing the file.
+    void compareRowCount(std::uint64_t found, Losses& losses) const;
+
     /// Finds the record of a row id from a scan or an index, following a move.
     /// Returns false if the row is gone or no longer a row of this table (another program may have
     /// changed the file since); the record then is empty. The record's bytes hold until the next
@@ -76,6 +80,13 @@ public:
     /// Counts the current row as lost, for callers that cannot use what is left of it.
     void loseRow(const Error& error);
 
+    /// Counts fields of the current row as lost, each once, and empties the list. Those of a column
+    /// that is unreadable as a whole count with the table's definition.
+    void loseFields(std::vector<LostField>& fields);
+
+    /// Rows passed so far.
+    std::uint64_t rowCount() const { return rowCount_; }
+
     /// What was lost so far. Each loss has been reported to the database, too.
     const Losses& losses() const { return losses_; }
 
@@ -83,9 +94,11 @@ private:
     bool nextPage();
     bool loadBlock();
     bool takeSlot();
+    bool finish();
     void lose(Loss loss);
 
     const Table& table_;
+    bool wholeTable_ = false;  ///< all rows are to be found, and have not been yet
     std::vector<PageNumber> ownPages_;
     std::span<const PageNumber> list_;
     std::size_t listIndex_ = 0;
@@ -97,6 +110,8 @@ private:
     PageReader values_;  ///< holds the block that page_ and, mostly, record_ point into
     PageReader moved_;   ///< holds the page of a record that moved
     Losses losses_;
+    std::uint64_t rowCount_ = 0;
+    std::vector<const Column*> lostColumns_;  ///< of the current row
 };
 
 }  // namespace jet

@@ -10,6 +10,7 @@
 
 #include "engine/jet/format/table_definition.h"
 #include "engine/jet/format/types.h"
+#include "engine/jet/losses.h"
 #include "engine/jet/page_cache.h"
 
 #include <optional>
@@ -45,6 +46,9 @@ struct Column {
     Collation collation;
     RowId ownedMap;  ///< of Memo and Ole: map of the pages that hold its long values
     RowId freeMap;   ///< of Memo and Ole: those of them with room
+    /// Why no field of the column can be read; empty if they can. Such a column has kNoColumn for its
+    /// id, so that no record has it.
+    std::string unreadable;
 
     bool isLongValue() const { return type == ColumnType::Memo || type == ColumnType::Ole; }
     bool isText() const { return type == ColumnType::Text || type == ColumnType::Memo; }
@@ -89,6 +93,7 @@ struct TableDefinition {
     std::vector<Column> columns;  ///< in display order
     std::vector<PhysicalIndex> physicalIndexes;
     std::vector<LogicalIndex> logicalIndexes;  ///< as stored: by name
+    Losses losses;                             ///< parts that could not be read
 
     /// The column of that name, case ignored; null if there is none.
     const Column* findColumn(std::u16string_view columnName) const;

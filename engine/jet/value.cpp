@@ -86,6 +86,16 @@ Value decodeField(PageReader& pages, const Column& column, const StoredField& fi
     }
 }
 
+Value readField(PageReader& pages, const Column& column, const Record& record) {
+    if (!column.unreadable.empty()) return Unreadable{column.unreadable};
+    try {
+        return decodeField(pages, column, record.field(column), record.page());
+    } catch (const Error& error) {
+        if (!isDamage(error)) throw;
+        return Unreadable{error.what()};
+    }
+}
+
 std::string toDecimalText(const Numeric& number) {
     auto magnitude = number.magnitude;
     std::string digits;

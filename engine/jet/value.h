@@ -47,11 +47,26 @@ struct Numeric {
 
 using Binary = std::vector<std::uint8_t>;
 
+/// Stands for a value that is damaged.
+struct Unreadable {
+    std::string why;
+    friend bool operator==(const Unreadable&, const Unreadable&) = default;
+};
+
 /// Null is std::monostate.
 using Value = std::variant<std::monostate, bool, std::uint8_t, std::int16_t, std::int32_t, Currency,
-                           float, double, Date, Binary, std::u16string, Guid, Numeric>;
+                           float, double, Date, Binary, std::u16string, Guid, Numeric, Unreadable>;
 
-inline bool isNull(const Value& value) { return value.index() == 0; }
+inline bool isUnreadable(const Value& value) { return std::holds_alternative<Unreadable>(value); }
+
+/// What cannot be read behaves like Null wherever values are compared or calculated with.
+inline bool isNull(const Value& value) { return value.index() == 0 || isUnreadable(value); }
+
+/// A field of the current row that could not be read.
+struct LostField {
+    const Column* column;
+    std::string why;
+};
 
 /// The bytes of a Memo or Ole value whose stored field is `header`. The view is valid until the
 /// next use of `pages` or `scratch`: a contiguous value is not copied, a chained one is assembled
@@ -61,6 +76,9 @@ Bytes readLongValue(PageReader& pages, Bytes header, PageNumber page, Binary& sc
 /// The value of a stored field. Throws Error{Damaged}.
 Value decodeField(PageReader& pages, const Column& column, const StoredField& field,
                   PageNumber page);
+
+/// The value of the record's field of a column; Unreadable if it is damaged.
+Value readField(PageReader& pages, const Column& column, const Record& record);
 
 /// The decimal digits of a Numeric, with a point where the scale says.
 std::string toDecimalText(const Numeric& number);

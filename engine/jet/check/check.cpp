@@ -32,11 +32,10 @@ void checkFileLength(Context& context, const Storage& storage) {
     if (storage.size() % kPageSize != 0) fail("the file ends in the middle of a page");
     if (storage.size() / kPageSize > format::page::kMaxCount) fail("the file is too large");
     PageReader pages = context.reader();
-    try {
-        checkLength(pages);
-    } catch (const Error& error) {
-        if (error.fault() != Fault::Truncated) throw;
-        fail(error.what());
+    // A piece of a page is a page that is missing.
+    const std::uint64_t missing = missingPages(pages);
+    if (missing > 1 || (missing == 1 && storage.size() % kPageSize == 0)) {
+        fail("the file ends before pages that are in use");
     }
 }
 

@@ -26,8 +26,11 @@ public:
         : Expression{typeOf(column.type), {}}, column_{column} {}
 
     jet::Value evaluate(Row& row) const override {
-        return jet::decodeField(*row.pages, column_, row.record->field(column_),
-                                row.record->page());
+        jet::Value value = jet::readField(*row.pages, column_, *row.record);
+        if (const auto* const lost = std::get_if<jet::Unreadable>(&value)) {
+            row.lost.push_back({&column_, lost->why});
+        }
+        return value;
     }
     const jet::Column* column() const override { return &column_; }
 
@@ -55,7 +58,7 @@ jet::ColumnType columnTypeOf(const jet::Value& value) {
         jet::ColumnType::Integer, jet::ColumnType::Long,    jet::ColumnType::Currency,
         jet::ColumnType::Single,  jet::ColumnType::Double,  jet::ColumnType::Date,
         jet::ColumnType::Binary,  jet::ColumnType::Text,    jet::ColumnType::Guid,
-        jet::ColumnType::Numeric};
+        jet::ColumnType::Numeric, jet::ColumnType::Text};
     static_assert(std::size(kTypes) == std::variant_size_v<jet::Value>);
     return kTypes[value.index()];
 }

@@ -25,6 +25,8 @@ struct Row {
     jet::PageReader* pages = nullptr;  ///< for long values of the record
     const std::vector<jet::Value>* group = nullptr;
     OrderKey scratch;  ///< buffer for keys, reused from row to row
+    std::vector<jet::LostField>
+        lost;  ///< fields that could not be read, in the order of evaluation
 };
 
 /// The type that an expression yields.
@@ -45,7 +47,8 @@ public:
         : type_{type}, operands_{std::move(operands)} {}
     virtual ~Expression() = default;
 
-    /// Null if an operand that decides is null. Throws jet::Error{Damaged}, Error{TypeMismatch}.
+    /// Null if an operand that decides is null or unreadable; a column itself is Unreadable then, and
+    /// added to row.lost. Throws Error{TypeMismatch}.
     virtual jet::Value evaluate(Row& row) const = 0;
 
     /// The stored column, if this is one; else null.

@@ -35,23 +35,19 @@ std::unique_ptr<Cursor> openDistinct(const PlanPtr& plan, std::unique_ptr<Cursor
 std::unique_ptr<Cursor> openTop(std::uint64_t count, std::unique_ptr<Cursor> rows);
 
 /// The rows of a table or of a stored query that satisfy a plan's condition, to be evaluated.
-/// Damaged rows are left out and counted.
+/// Damaged rows are left out and counted, damaged fields are counted.
 class FilteredScan {
 public:
     explicit FilteredScan(const Plan& plan);
 
-    /// Moves to the next row for which `use()` finds no damage; false at the end.
+    /// Moves to the next row and calls `use()`; false at the end.
     template <typename Use>
     bool nextThat(Use use) {
         while (advance()) {
-            try {
-                if (!accept()) continue;
-                use();
-                return true;
-            } catch (const jet::Error& error) {
-                if (error.fault() != jet::Fault::Damaged || !scan_) throw;
-                scan_->loseRow(error);
-            }
+            if (!accept()) continue;
+            use();
+            if (scan_ && !row_.lost.empty()) scan_->loseFields(row_.lost);
+            return true;
         }
         return false;
     }

@@ -20,23 +20,26 @@ public:
     bool holds(Row& row) {
         if (columns_.empty()) return decide(row);
         if (columns_.size() > 1) return holdsForSeveral(row);
-        const jet::StoredField field = row.record->field(*columns_.front());
+        try {
+            return holdsFor(row.record->field(*columns_.front()), row);
+        } catch (const jet::Error& error) {
+            if (!jet::isDamage(error)) throw;
+            return decide(row);
+        }
+    }
+
+private:
+    bool holdsFor(const jet::StoredField& field, Row& row) {
         if (field.null) return remembered(ofNull_, row);
         if (columns_.front()->type == jet::ColumnType::Boolean)
             return remembered(ofTruth_[field.truth], row);
         return rememberedOf(field.bytes, row);
     }
 
-private:
     bool holdsForSeveral(Row& row) {
         if (byValue_.full()) return decide(row);  // too many kinds for a look-up to pay
-        try {
-            makeStoredKey(*row.record, columns_, key_);
-        } catch (const jet::Error& error) {
-            if (error.fault() != jet::Fault::Damaged) throw;
-            return decide(row);  // which may do without the damaged field
-        }
-        return rememberedOf(key_, row);
+        // Deciding may do without a damaged field.
+        return makeStoredKey(*row.record, columns_, key_) ? rememberedOf(key_, row) : decide(row);
     }
 
     bool rememberedOf(jet::Bytes stored, Row& row) {
@@ -79,9 +82,12 @@ public:
     bool matches(const jet::Record& record, jet::PageReader& pages) override {
         row_.record = &record;
         row_.pages = &pages;
+        row_.lost.clear();
         return std::all_of(terms_.begin(), terms_.end(),
                            [this](Term& term) { return term.holds(row_); });
     }
+
+    std::vector<jet::LostField>& lost() override { return row_.lost; }
 
 private:
     std::shared_ptr<const jet::Table> table_;  ///< owns the columns

@@ -22,7 +22,6 @@ public:
     }
 
     void add(Row& row) {
-        // All that can meet damage comes before anything is counted.
         arguments_.clear();
         for (const Aggregate& aggregate : plan_.aggregates) {
             arguments_.push_back(aggregate.argument ? aggregate.argument->evaluate(row)
@@ -60,7 +59,7 @@ private:
     std::size_t groupOf(Row& row) {
         if (plan_.groupKeys.empty()) return 0;
         if (!rawKeys_) return groupByValue(row);
-        makeStoredKey(*row.record, keyColumns_, rawKey_);
+        if (!makeStoredKey(*row.record, keyColumns_, rawKey_)) return groupByValue(row);
         if (const std::uint32_t* place = byRawKey_.find(rawKey_)) return *place;
         const std::size_t place = groupByValue(row);
         byRawKey_.insert(rawKey_, static_cast<std::uint32_t>(place));

@@ -25,8 +25,11 @@ class RowFilter {
 public:
     virtual ~RowFilter() = default;
 
-    /// `pages` is for long values of the record. Throws jet::Error{Damaged}.
+    /// `pages` is for long values of the record. A field that cannot be read is like Null.
     virtual bool matches(const jet::Record& record, jet::PageReader& pages) = 0;
+
+    /// The fields that the last matches() could not read; the caller may empty it.
+    virtual std::vector<jet::LostField>& lost() = 0;
 };
 
 /// The rows of a result, one at a time.

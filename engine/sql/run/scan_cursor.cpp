@@ -2,6 +2,8 @@
 #include "engine/sql/run/filter.h"
 #include "engine/sql/run/key_store.h"
 
+#include <algorithm>
+
 namespace sql {
 
 FilteredScan::FilteredScan(const Plan& plan) {
@@ -29,7 +31,10 @@ bool FilteredScan::accept() {
     }
     row_.record = &scan_->record();
     row_.pages = &scan_->pages();
-    return !filter_ || filter_->matches(*row_.record, *row_.pages);
+    if (!filter_) return true;
+    const bool accepted = filter_->matches(*row_.record, *row_.pages);
+    if (!filter_->lost().empty()) scan_->loseFields(filter_->lost());
+    return accepted;
 }
 
 void appendOrderKeys(const Plan& plan, Row& row, OrderKey& key) {
@@ -75,7 +80,8 @@ public:
         if (!sorted_) sort();
         while (at_ < order_.size()) {
             if (read(rowIds_[order_[at_++]])) return true;
-            lose(rowIds_[order_[at_ - 1]]);
+            lose(jet::Loss::Kind::Rows, rowIds_[order_[at_ - 1]],
+                 "It cannot be read a second time.");
         }
         return false;
     }
@@ -101,9 +107,8 @@ private:
         rowIds_.push_back(scan.rowId());
     }
 
-    void lose(jet::RowId id) {
-        jet::Loss loss{jet::Loss::Kind::Rows, id.page(), static_cast<int>(id.slot()),
-                       "It cannot be read a second time."};
+    void lose(jet::Loss::Kind kind, jet::RowId id, std::string why) {
+        jet::Loss loss{kind, id.page(), static_cast<int>(id.slot()), std::move(why)};
         plan_->table->database().noteLoss(loss);
         losses_.add(std::move(loss));
     }
@@ -115,13 +120,20 @@ private:
         Row row;
         row.record = &record;
         row.pages = &longValues_;
-        try {
-            project(*plan_, row, values_);
-            return true;
-        } catch (const jet::Error& error) {
-            if (error.fault() != jet::Fault::Damaged) throw;
-            return false;
+        project(*plan_, row, values_);
+        for (jet::LostField& field : row.lost) {
+            if (!field.column->unreadable.empty() || isOrderedBy(*field.column)) continue;
+            lose(jet::Loss::Kind::Values, id, std::move(field.why));
         }
+        return true;
+    }
+
+    /// What the order is made of was read, and lost, before.
+    bool isOrderedBy(const jet::Column& column) const {
+        return std::ranges::any_of(plan_->order, [&](const OrderTerm& term) {
+            const auto columns = columnsOf(*term.expression);
+            return std::ranges::find(columns, &column) != columns.end();
+        });
     }
 
     PlanPtr plan_;

@@ -20,7 +20,7 @@ using Columns = std::vector<const jet::Column*>;
 /// Whether the values of all these columns are stored in the record itself.
 bool haveStoredKeys(const Columns& columns);
 
-/// Replaces `key`. Throws jet::Error{Damaged}.
-void makeStoredKey(const jet::Record& record, const Columns& columns, OrderKey& key);
+/// Replaces `key`; false if one of the fields is damaged.
+bool makeStoredKey(const jet::Record& record, const Columns& columns, OrderKey& key);
 
 }  // namespace sql

@@ -52,6 +52,11 @@ private:
     OrderKey key_;
 };
 
+/// A change is not based on what cannot be read.
+void requireReadable(const std::vector<jet::LostField>& lost, const jet::Record& record) {
+    if (!lost.empty()) throw jet::Error{jet::Fault::Damaged, lost.front().why, record.page()};
+}
+
 class Update {
 public:
     Update(jet::WriteContext& context, const UpdateStatement& statement)
@@ -69,10 +74,13 @@ public:
         Row row;
         const std::uint64_t changed = writer.updateRows(
             [&](const jet::Record& record, jet::PageReader& pages, jet::Assignments& changes) {
-                if (filter_ && !filter_->matches(record, pages)) return false;
+                const bool matches = !filter_ || filter_->matches(record, pages);
+                if (filter_) requireReadable(filter_->lost(), record);
+                if (!matches) return false;
                 row.record = &record;
                 row.pages = &pages;
                 for (NewValue& value : values_) changes.push_back({value.place(), value.of(row)});
+                requireReadable(row.lost, record);
                 return true;
             });
         writer.finish();

@@ -43,6 +43,7 @@ struct Appender {
     std::u16string& out;
 
     void operator()(std::monostate) const {}
+    void operator()(const jet::Unreadable&) const {}
     void operator()(bool truth) const { out += truth ? u"-1" : u"0"; }
     void operator()(std::uint8_t number) const { appendAscii(std::to_string(number), out); }
     void operator()(std::int16_t number) const { appendAscii(std::to_string(number), out); }

@@ -2,6 +2,8 @@
 #include "tests/engine/ado/recordset_fixture.h"
 #include "tests/support/damage.h"
 
+#include <gmock/gmock.h>
+
 #include <atomic>
 #include <chrono>
 #include <thread>
@@ -233,7 +235,7 @@ TEST_F(FetchTest, DamagedRowsAreLeftOutAndCounted) {
 }
 
 /// Single rows whose fields run over their record, on pages that are sound otherwise.
-TEST_F(FetchTest, RowsThatAreDamagedInAFieldAreLeftOutAndCounted) {
+TEST_F(FetchTest, RowsThatAreDamagedInAFieldStayWithTheirOthers) {
     fixture::FixtureBuilder builder;
     auto& table = builder.addTable(
         {.name = u"T",
@@ -256,9 +258,24 @@ TEST_F(FetchTest, RowsThatAreDamagedInAFieldAreLeftOutAndCounted) {
         rows.open(u"SELECT * FROM T", database.connection, adOpenForwardOnly, adLockReadOnly,
                   adAsyncFetch);
         ASSERT_TRUE(runUntilComplete(log));
-        EXPECT_EQ(rows.recordCount(), 497);
-        EXPECT_EQ(rows.losses().rows, 3u);
-        EXPECT_EQ(rows.clone()->losses().rows, 3u);
+        ASSERT_EQ(rows.recordCount(), 500);
+        EXPECT_EQ(rows.losses().rows, 0u);
+        EXPECT_EQ(rows.losses().values, 3u);  // the names: the notes have not been read
+        EXPECT_EQ(rows.clone()->losses().values, 3u);
+        EXPECT_EQ(rows.valueAt(77, 0), jet::Value{77});
+        EXPECT_TRUE(jet::isUnreadable(rows.valueAt(77, 2)));
+        EXPECT_TRUE(jet::isUnreadable(rows.valueAt(77, 1)));
+        EXPECT_FALSE(jet::isUnreadable(rows.valueAt(78, 1)));
+        for (int again = 0; again < 3; ++again) rows.valueAt(77, 1);
+        EXPECT_EQ(rows.losses().values, 4u) << "a field that is painted again is no new loss";
+        rows.moveFirst();
+        EXPECT_EQ(rows.fields()[u"Name"].unreadable(), std::nullopt);
+        for (int step = 0; step < 3; ++step) rows.moveNext();
+        ASSERT_TRUE(rows.fields()[u"Name"].unreadable());
+        EXPECT_THAT(*rows.fields()[u"Name"].unreadable(), testing::HasSubstr("damaged on page"));
+        rows.moveFirst();
+        rows.find(u"Notes LIKE '*nowhere*'");
+        EXPECT_EQ(rows.losses().values, 6u) << "a search meets the notes of all";
     }
 }
 

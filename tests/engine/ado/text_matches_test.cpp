@@ -27,7 +27,7 @@ protected:
     void addUpTo(std::uint32_t count) {
         while (rows->store().appended() < count) {
             ASSERT_TRUE(scan.next());
-            rows->store().append(scan.rowId(), scan.record());
+            rows->store().append(scan.rowId(), scan.record(), lost);
         }
         rows->store().publish();
     }
@@ -37,6 +37,7 @@ protected:
         return matches.find({}, position, rows->count(), direction, stop);
     }
 
+    std::vector<jet::LostField> lost;
     TestConnection database{linesDatabase()};
     std::shared_ptr<ScannedRows> rows = std::make_shared<ScannedRows>(
         sql::Query::prepare(database.connection.database(), u"SELECT * FROM Lines"));

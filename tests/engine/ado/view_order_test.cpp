@@ -25,9 +25,10 @@ protected:
 
     void add(int count) {
         RowStore& store = set.scanned()->store();
+        std::vector<jet::LostField> lost;
         for (int i = 0; i < count; ++i) {
             ASSERT_TRUE(scan.next());
-            store.append(scan.rowId(), scan.record());
+            store.append(scan.rowId(), scan.record(), lost);
         }
         store.publish();
     }

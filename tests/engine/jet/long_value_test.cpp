@@ -116,7 +116,7 @@ TEST(LongValue, ASingleRowMustHoldTheLength) {
     image.append(content(10), 0);
     const ByteVector file = fileWith(image);
     EXPECT_EQ(read(file, header(0x40000000 | 10, kFirst)), content(10));
-    EXPECT_EQ(read(file, header(0x40000000 | 4, kFirst)), content(4));
+    expectFault(Fault::Damaged, [&] { read(file, header(0x40000000 | 4, kFirst)); });
     expectFault(Fault::Damaged, [&] { read(file, header(0x40000000 | 11, kFirst)); });
     expectFault(Fault::Damaged, [&] { read(file, header(0x7FFFFFFF, kFirst)); });
 }
@@ -127,7 +127,7 @@ TEST(LongValue, RowsThatAreNone) {
     image.append(content(10), fixture::kSlotPointer);
     for (const std::uint32_t kind : {0x40000000u, 0u}) {
         const auto missing = [&](const ByteVector& file, RowId row) {
-            expectFault(Fault::Damaged, [&] { read(file, header(kind | 5, row)); });
+            expectFault(Fault::Damaged, [&] { read(file, header(kind | 10, row)); });
         };
         missing(fileWith(image), kFirst);
         missing(fileWith(image), {PageNumber{2}, 1});
@@ -136,17 +136,33 @@ TEST(LongValue, RowsThatAreNone) {
         missing(fileWith(image), {PageNumber{6}, 0});
         missing(fileWith(image), {PageNumber{0xFFFFFF}, 255});
         missing(fileWith(image), RowId{});
-        DataPageImage ofATable{42};
-        ofATable.append(content(10), 0);
-        missing(fileWith(ofATable), kFirst);
     }
 }
 
-// All four bytes of the owner count: a table may stand on page 0x4C.
-TEST(LongValue, APageOfATableWhoseNumberBeginsLikeTheMark) {
-    DataPageImage image{0x4C};
-    image.append(content(10), 0);
-    expectFault(Fault::Damaged, [&] { read(fileWith(image), header(0x40000000 | 5, kFirst)); });
+/// The owner of a page is a single field that may be damaged: a row of the right length is the value.
+TEST(LongValue, APageWithAWrongOwner) {
+    for (const std::uint32_t owner : {42u, 0x4Cu, 0u, 0xFFFFFFFFu}) {
+        DataPageImage image{owner};
+        image.append(content(10), 0);
+        EXPECT_EQ(read(fileWith(image), header(0x40000000 | 10, kFirst)), content(10));
+        expectFault(Fault::Damaged, [&] { read(fileWith(image), header(0x40000000 | 9, kFirst)); });
+    }
+}
+
+// Two swapped pages showed the texts of other lines, cut to the length of the right ones.
+TEST(LongValue, AValueMustHaveExactlyItsLength) {
+    DataPageImage image{kLongValueOwner};
+    image.append(piece({PageNumber{2}, 1}, 10), 0);
+    image.append(piece({}, 10), 0);
+    image.append(piece({PageNumber{2}, 1}, 10), 0);
+    const ByteVector file = fileWith(image);
+    EXPECT_THAT(read(file, header(20, kFirst)), testing::SizeIs(20));
+    for (const std::uint32_t length : {1u, 9u, 10u, 11u, 19u, 21u}) {
+        expectFault(Fault::Damaged, [&] { read(file, header(length, kFirst)); });
+    }
+    ByteVector inlined = header(0x80000000 | 4);
+    fixture::appendBytes(inlined, content(5));
+    expectFault(Fault::Damaged, [&] { read(file, inlined); });
 }
 
 TEST(LongValue, AChainThatEndsEarly) {

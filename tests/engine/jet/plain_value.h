@@ -59,6 +59,7 @@ struct PlainForm {
     using Field = std::optional<std::string>;
 
     Field operator()(std::monostate) const { return std::nullopt; }
+    Field operator()(const Unreadable& damage) const { return "unreadable: " + damage.why; }
     Field operator()(bool truth) const { return truth ? "1" : "0"; }
     Field operator()(std::uint8_t number) const { return std::to_string(number); }
     Field operator()(std::int16_t number) const { return std::to_string(number); }
