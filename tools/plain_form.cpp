@@ -173,20 +173,7 @@ void FieldWriter::value(const jet::Value& value) {
 }
 
 void FieldWriter::field(jet::PageReader& pages, const jet::Column& column,
-                        const jet::Record& record, std::vector<jet::LostField>& lost) {
-    const std::size_t start = out_.size();
-    try {
-        storedField(pages, column, record.field(column), record.page());
-    } catch (const jet::Error& error) {
-        if (!jet::isDamage(error)) throw;
-        out_.resize(start);
-        out_ += kUnreadable;
-        lost.push_back({&column, error.what()});
-    }
-}
-
-void FieldWriter::storedField(jet::PageReader& pages, const jet::Column& column,
-                              const jet::StoredField& field, jet::PageNumber page) {
+                        const jet::StoredField& field, jet::PageNumber page) {
     if (field.null) {
         out_ += kNull;
         return;

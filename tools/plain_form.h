@@ -2,8 +2,7 @@
 // are written \\ \t \r \n; dates yyyy-mm-dd hh:mm:ss; Booleans 1 and 0; binary 0x and hex digits.
 //
 //   plain::FieldWriter writer{out};
-//   std::vector<jet::LostField> lost;
-//   writer.field(pages, column, record, lost);
+//   writer.field(pages, column, record.field(column), record.page());
 //
 // A writer belongs to one thread.
 #pragma once
@@ -22,16 +21,14 @@ public:
 
     void value(const jet::Value& value);
 
-    /// The same for a field of a record, without decoding common types to a Value. One that cannot
-    /// be read is added to `lost`.
-    void field(jet::PageReader& pages, const jet::Column& column, const jet::Record& record,
-               std::vector<jet::LostField>& lost);
+    /// The same for a stored field, without decoding common types to a Value.
+    /// Throws jet::Error{Damaged}, with nothing written.
+    void field(jet::PageReader& pages, const jet::Column& column, const jet::StoredField& field,
+               jet::PageNumber page);
 
     void text(std::u16string_view text);
 
 private:
-    void storedField(jet::PageReader& pages, const jet::Column& column,
-                     const jet::StoredField& field, jet::PageNumber page);
     void storedText(jet::Bytes stored);
     void escapeFrom(std::size_t start);
     void date(jet::Date date);

@@ -33,17 +33,28 @@ public:
     Block write(std::span<const jet::PageNumber> pages) {
         Block block;
         block.text.reserve(2 * pages.size() * jet::kPageSize);
-        FieldWriter fields{block.text};
         jet::TableScan scan{*table_, pages};
+        write(scan, block);
+        return block;
+    }
+
+    Block writeWithoutPointer(std::vector<jet::RowId> rows) {
+        Block block;
+        jet::TableScan scan{*table_, std::move(rows)};
+        write(scan, block);
+        return block;
+    }
+
+private:
+    void write(jet::TableScan& scan, Block& block) {
+        FieldWriter fields{block.text};
         while (scan.next()) {
             if (matches(scan)) writeRow(scan, fields, block.text);
         }
         block.losses = scan.losses();
         block.rows = scan.rowCount();
-        return block;
     }
 
-private:
     bool matches(jet::TableScan& scan) {
         if (!filter_) return true;
         const bool matches = filter_->matches(scan.record(), scan.pages());
@@ -52,14 +63,23 @@ private:
     }
 
     void writeRow(jet::TableScan& scan, FieldWriter& fields, std::string& text) {
-        bool first = true;
-        for (const sql::OutputColumn& column : query_.columns()) {
-            if (!first) text += '\t';
-            first = false;
-            fields.field(scan.pages(), *column.stored, scan.record(), lost_);
+        const auto& columns = query_.columns();
+        for (std::size_t place = 0; place < columns.size();) {
+            try {
+                for (; place < columns.size(); ++place) {
+                    if (place > 0) text += '\t';
+                    const jet::Column& column = *columns[place].stored;
+                    const jet::Record& record = scan.record();
+                    fields.field(scan.pages(), column, record.field(column), record.page());
+                }
+            } catch (const jet::Error& error) {
+                if (!jet::isDamage(error)) throw;
+                lost_.push_back({columns[place++].stored, error.what()});
+                fields.value(jet::Unreadable{});
+            }
         }
-        if (!lost_.empty()) scan.loseFields(lost_);
         text += '\n';
+        if (!lost_.empty()) scan.loseFields(lost_);
     }
 
     const sql::Query& query_;
@@ -167,8 +187,8 @@ void flush(std::FILE* out) {
 jet::Losses dumpRows(const sql::Query& query, unsigned threads, std::FILE* out) {
     if (query.alwaysEmpty()) return {};
     const jet::Table& table = *query.scannedTable();
-    const std::vector<jet::PageNumber> pages = table.dataPages();
     jet::Losses losses = table.definition().losses;
+    const std::vector<jet::PageNumber> pages = table.dataPages(losses);
     std::uint64_t rows = 0;
     const auto put = [&](const Block& block) {
         writeAll(block.text, out);
@@ -185,6 +205,9 @@ jet::Losses dumpRows(const sql::Query& query, unsigned threads, std::FILE* out) 
             put(writer.write(rest.first(count)));
             rest = rest.subspan(count);
         }
+    }
+    if (rows < table.definition().rowCount) {
+        put(BlockWriter{query}.writeWithoutPointer(table.recordsWithoutPointer(pages)));
     }
     table.compareRowCount(rows, losses);
     return losses;

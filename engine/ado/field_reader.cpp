@@ -70,7 +70,7 @@ bool FieldReader::findInOrder(jet::RowId row) {
         return true;
     }
     const auto slot = page_->slot(row.slot());
-    if (!slot || slot->moved) return false;
+    if (!slot || slot->deleted) return false;
     record_ = jet::Record{
         slot->pointer ? followPointer(moved_, slot->bytes, page_->owner()) : slot->bytes,
         row.page()};

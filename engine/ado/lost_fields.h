@@ -1,7 +1,7 @@
 // The fields that could not be read when they were wanted: painted, searched, exported.
 //
 //   ado::LostFields lost{table};
-//   lost.add(row, column, "a long value is missing");
+//   lost.add(rowId, column, "a long value is missing");
 //   show(lost.losses().summary());
 //
 // Any thread may call.

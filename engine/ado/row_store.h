@@ -1,7 +1,8 @@
 // The rows of a client cursor: the location of each row in the file, and its small columns. Long
 // texts and rare types stay in the file.
 //
-//   store.append(scan.rowId(), scan.record());
+//   std::vector<jet::LostField> lost;
+//   store.append(scan.rowId(), scan.record(), lost);
 //   store.publish();
 //   for (std::uint32_t row = 0; row < store.count(); ++row) use(store.rowId(row));
 //

@@ -2,7 +2,8 @@
 // the file on demand.
 //
 //   auto rows = std::make_shared<ado::ScannedRows>(query);
-//   rows->store().append(scan.rowId(), scan.record());  // the fetch
+//   std::vector<jet::LostField> lost;
+//   rows->store().append(scan.rowId(), scan.record(), lost);  // the fetch
 //   rows->store().publish();
 //   use(rows->value(0, 0));
 //

@@ -7,13 +7,28 @@ namespace jet {
 namespace layout = format::data_page;
 
 DataPage::DataPage(Bytes page, PageNumber number)
-    : page_{page}, number_{number}, slotCount_{load(page, layout::kSlotCount)} {
+    : DataPage{page, number, load(page, layout::kSlotCount)} {}
+
+DataPage::DataPage(Bytes page, PageNumber number, unsigned slotCount)
+    : page_{page}, number_{number}, slotCount_{slotCount} {
     if (load(page, format::page::kType) != format::PageType::Data) {
         throwDamaged(number, "a data page was expected");
     }
     if (slotCount_ > layout::kMaxSlots) {
         throwDamaged(number, "there are more slots than a page can have");
     }
+}
+
+DataPage DataPage::withSlotsThatMakeSense(Bytes page, PageNumber number) {
+    unsigned count = 0;
+    std::size_t end = kPageSize;
+    while (count < layout::kMaxSlots && layout::slotsEnd(count + 1) <= end) {
+        const std::size_t begin = load(page, layout::slot(count)) & layout::kOffsetMask;
+        if (begin > end || begin < layout::slotsEnd(count + 1)) break;
+        end = begin;
+        ++count;
+    }
+    return {page, number, count};
 }
 
 /// Writers keep a moved record one hop away; more is tolerated, a circle is not.

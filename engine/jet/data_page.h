@@ -20,6 +20,10 @@ public:
     /// Error{Damaged}.
     DataPage(Bytes page, PageNumber number);
 
+    /// Likewise, where the page's own number of slots is damaged: as many slots are taken as make
+    /// sense.
+    static DataPage withSlotsThatMakeSense(Bytes page, PageNumber number);
+
     PageNumber number() const { return number_; }
     std::uint32_t owner() const { return load(page_, format::data_page::kOwner); }
     unsigned slotCount() const { return slotCount_; }
@@ -47,6 +51,8 @@ public:
     }
 
 private:
+    DataPage(Bytes page, PageNumber number, unsigned slotCount);
+
     std::size_t slotsEnd() const { return format::data_page::slotsEnd(slotCount_); }
     std::size_t endOf(unsigned index) const;
 

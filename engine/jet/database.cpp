@@ -1,6 +1,8 @@
 #include "engine/jet/database.h"
 
 #include "engine/jet/collation.h"
+#include "engine/jet/column_conflicts.h"
+#include "engine/jet/definition_search.h"
 #include "engine/jet/header.h"
 #include "engine/jet/text.h"
 #include "engine/jet/usage_map.h"
@@ -89,6 +91,13 @@ void Database::noteMissingPages(std::uint64_t count) {
     openingLosses_.add(std::move(loss), count);
 }
 
+TableDefinition Database::readDefinition(PageReader& pages, PageNumber page, std::u16string name) {
+    TableDefinition definition = TableDefinition::read(pages, page, std::move(name));
+    setAsideConflicts(definition);
+    for (const Loss& loss : definition.losses.reasons) noteLoss(loss);
+    return definition;
+}
+
 const std::vector<CatalogEntry>& Database::catalog() {
     const std::lock_guard lock{catalogMutex_};
     if (!catalog_) catalog_ = readCatalog();
@@ -135,10 +144,32 @@ void Database::forgetCatalog() {
     catalog_.reset();
 }
 
+/// Entries that cannot be read are lost. Then, the tables that they led to are looked for.
 std::vector<CatalogEntry> Database::readCatalog() {
+    Losses losses;
+    std::vector<CatalogEntry> entries;
+    try {
+        entries = readObjects(losses);
+    } catch (const Error& error) {
+        if (!isDamage(error)) throw;
+        losses.add({Loss::Kind::Tables, format::catalog::kObjects, Loss::kNoSlot, error.what()});
+        noteLoss(losses.reasons.back());
+    }
+    if (losses.any()) {
+        PageReader reader{pager_, cache_};
+        for (CatalogEntry& entry : entriesOfLostTables(reader, entries)) {
+            entries.push_back(std::move(entry));
+        }
+    }
+    const std::lock_guard lock{lossMutex_};
+    catalogLosses_ = std::move(losses);
+    return entries;
+}
+
+std::vector<CatalogEntry> Database::readObjects(Losses& losses) {
     PageReader reader{pager_, cache_};
     const Table objects{shared_from_this(),
-                        TableDefinition::read(reader, format::catalog::kObjects, u"MSysObjects")};
+                        readDefinition(reader, format::catalog::kObjects, u"MSysObjects")};
     const TableDefinition& definition = objects.definition();
     const Column& id = requireColumn(definition, u"Id");
     const Column& parent = requireColumn(definition, u"ParentId");
@@ -153,7 +184,8 @@ std::vector<CatalogEntry> Database::readCatalog() {
         };
         CatalogEntry entry;
         entry.id = static_cast<std::uint32_t>(valueOr<std::int32_t>(field(id), 0));
-        entry.parentId = static_cast<std::uint32_t>(valueOr<std::int32_t>(field(parent), 0));
+        entry.parentId = static_cast<std::uint32_t>(
+            valueOr<std::int32_t>(readField(scan.pages(), parent, scan.record()), 0));
         entry.name = valueOr<std::u16string>(field(name), {});
         entry.type = valueOr<std::int16_t>(field(type), 0);
         entry.flags = static_cast<std::uint32_t>(valueOr<std::int32_t>(field(flags), 0));
@@ -171,8 +203,7 @@ std::vector<CatalogEntry> Database::readCatalog() {
             scan.loseRow(error);
         }
     }
-    const std::lock_guard lock{lossMutex_};
-    catalogLosses_ = scan.losses();
+    losses = scan.losses();
     return entries;
 }
 
@@ -181,8 +212,8 @@ std::shared_ptr<const Table> Database::table(std::u16string_view name) {
         if (!entry.isTable() || compareText(entry.name, name) != std::strong_ordering::equal)
             continue;
         PageReader reader{pager_, cache_};
-        return std::make_shared<Table>(
-            shared_from_this(), TableDefinition::read(reader, entry.definition(), entry.name));
+        return std::make_shared<Table>(shared_from_this(),
+                                       readDefinition(reader, entry.definition(), entry.name));
     }
     throw Error{Fault::NoSuchTable, "There is no table named '" + toUtf8(name) + "'."};
 }

@@ -51,8 +51,8 @@ public:
     /// Commits and ignores failures; call commit() to see them.
     ~Database();
 
-    /// All readable objects, in storage order. Throws Error{Damaged} if the catalog itself cannot
-    /// be read.
+    /// All readable objects, in storage order. If any cannot be read, the tables that no entry leads
+    /// to follow, under names that are made up: Table1, Table2, ...
     const std::vector<CatalogEntry>& catalog();
 
     /// The table of that name, compared by the format's collation.
@@ -101,6 +101,8 @@ private:
     Database(std::unique_ptr<Storage> storage, std::size_t changedPages);
     void noteMissingPages(std::uint64_t count);
     std::vector<CatalogEntry> readCatalog();
+    std::vector<CatalogEntry> readObjects(Losses& losses);
+    TableDefinition readDefinition(PageReader& pages, PageNumber page, std::u16string name);
 
     Pager pager_;
     PageCache cache_;

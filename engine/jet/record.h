@@ -41,6 +41,10 @@ public:
     /// The field of a column of the record's table. Throws Error{Damaged}.
     StoredField field(const Column& column) const;
 
+    /// For a record that has all columns of its table: how many of them are variable, which the
+    /// record says, too. False if it says something else; the table is right then.
+    bool expectVariableColumns(unsigned count);
+
     /// Columns that the table had when the record was written.
     unsigned columnCount() const { return columnCount_; }
 
@@ -56,7 +60,20 @@ private:
     const std::uint8_t* mask_ = nullptr;
     unsigned columnCount_ = 0;
     std::size_t maskOffset_ = 0;
+    unsigned variableCount_ = kAsStored;
+
+    static constexpr unsigned kAsStored = 0xFFFFFFFF;
 };
+
+[[noreturn]] void throwUnreadable(const Column& column, PageNumber page);
+
+inline bool Record::expectVariableColumns(unsigned count) {
+    namespace layout = format::record;
+    if (maskOffset_ < layout::kFixedPart + layout::trailerSize(0)) return false;
+    if (load(bytes_, layout::variableCount(maskOffset_)) == count) return true;
+    variableCount_ = count;
+    return false;
+}
 
 inline Record::Record(Bytes bytes, PageNumber page) : bytes_{bytes}, page_{page} {
     namespace layout = format::record;
@@ -71,7 +88,7 @@ inline Record::Record(Bytes bytes, PageNumber page) : bytes_{bytes}, page_{page}
 inline StoredField Record::field(const Column& column) const {
     StoredField field;
     if (column.id >= columnCount_) {
-        if (!column.unreadable.empty()) throw Error{Fault::Damaged, column.unreadable, page_};
+        if (!column.unreadable.empty()) throwUnreadable(column, page_);
         field.null = column.type != ColumnType::Boolean;
         return field;
     }
@@ -98,7 +115,9 @@ inline StoredField Record::variableField(const Column& column) const {
     if (maskOffset_ < layout::kFixedPart + layout::trailerSize(0)) {
         throwDamaged(page_, "a record lacks its offset table");
     }
-    const std::size_t count = load(bytes_, layout::variableCount(maskOffset_));
+    const std::size_t count = variableCount_ == kAsStored
+                                  ? load(bytes_, layout::variableCount(maskOffset_))
+                                  : variableCount_;
     if (column.variableIndex >= count) return field;
     if (layout::kFixedPart + layout::trailerSize(count) > maskOffset_) {
         throwDamaged(page_, "an offset table is too long");

@@ -143,7 +143,7 @@ public:
     WindowsStorage(Handle file, std::wstring name)
         : file_{std::move(file)}, name_{std::move(name)} {}
 
-    bool isOpenElsewhere() const override { return hasLockFile(path_); }
+    bool isOpenElsewhere() const override { return hasLockFile(name_); }
 
     std::uint64_t size() const override {
         LARGE_INTEGER size{};

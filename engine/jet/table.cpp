@@ -1,10 +1,12 @@
 #include "engine/jet/table.h"
 
 #include "engine/jet/database.h"
+#include "engine/jet/definition_search.h"
 #include "engine/jet/text.h"
 #include "engine/jet/usage_map.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 namespace jet {
@@ -19,12 +21,56 @@ constexpr std::size_t kBlockPages = 64;
 /// mostly between its rows.
 constexpr std::size_t kSparsest = 4;
 
+/// Whether the rows of a page may begin behind so many slots.
+bool hasPossibleSlotCount(Bytes page) {
+    namespace layout = format::data_page;
+    const std::size_t count = load(page, layout::kSlotCount);
+    if (count == 0 || count > layout::kMaxSlots) return count == 0;
+    const std::size_t lowest = load(page, layout::slot(count - 1)) & layout::kOffsetMask;
+    return lowest >= layout::slotsEnd(count);
+}
+
 }  // namespace
 
-std::vector<PageNumber> Table::dataPages() const {
+std::vector<PageNumber> Table::dataPages(Losses& losses) const {
     database_->cache().clear();
     PageReader reader = pageReader();
-    return readUsageMap(reader, definition_.ownedMap);
+    try {
+        if (definition_.ownedMap.page() == kNoPage && definition_.rowCount > 0) {
+            throwDamaged(definition_.page, "the list of a table's pages is missing");
+        }
+        return readUsageMap(reader, definition_.ownedMap);
+    } catch (const Error& error) {
+        if (!isDamage(error)) throw;
+        Loss loss{Loss::Kind::Definitions, definition_.page, Loss::kNoSlot, error.what()};
+        database_->noteLoss(loss);
+        losses.add(std::move(loss));
+        return findDataPages(reader, definition_.page);
+    }
+}
+
+std::vector<RowId> Table::recordsWithoutPointer(std::span<const PageNumber> list) const {
+    PageReader pages = pageReader();
+    std::unordered_set<std::uint32_t> targets;
+    std::vector<RowId> moved;
+    for (const PageNumber number : list) {
+        try {
+            const DataPage page{pages.page(number), number};
+            if (page.owner() != raw(definition_.page)) continue;
+            for (unsigned i = 0; i < page.slotCount(); ++i) {
+                const auto slot = page.slot(i);
+                if (!slot || slot->deleted) continue;
+                if (slot->moved) moved.push_back({number, i});
+                const bool leads =
+                    slot->pointer && slot->bytes.size() >= format::data_page::kTarget.end();
+                if (leads) targets.insert(load(slot->bytes, format::data_page::kTarget).packed());
+            }
+        } catch (const Error& error) {
+            if (!isDamage(error)) throw;
+        }
+    }
+    std::erase_if(moved, [&](RowId row) { return targets.contains(row.packed()); });
+    return moved;
 }
 
 void Table::compareRowCount(std::uint64_t found, Losses& losses) const {
@@ -48,7 +94,7 @@ bool Table::find(PageReader& pages, RowId id, Record& record) const {
     try {
         const DataPage page{pages.page(id.page()), id.page()};
         const auto slot = page.slot(id.slot());
-        if (page.owner() != raw(definition_.page) || !slot || slot->moved) return false;
+        if (page.owner() != raw(definition_.page) || !slot || slot->deleted) return false;
         record = slot->pointer ? Record{followPointer(pages, slot->bytes, page.owner()), id.page()}
                                : Record{slot->bytes, id.page()};
         return true;
@@ -61,11 +107,18 @@ bool Table::find(PageReader& pages, RowId id, Record& record) const {
 TableScan::TableScan(const Table& table)
     : table_{table},
       wholeTable_{true},
-      ownPages_{table.dataPages()},
-      list_{ownPages_},
       values_{table.pageReader()},
       moved_{table.pageReader()},
-      losses_{table.definition().losses} {}
+      losses_{table.definition().losses} {
+    ownPages_ = table.dataPages(losses_);
+    list_ = ownPages_;
+}
+
+TableScan::TableScan(const Table& table, std::vector<RowId> withoutPointer)
+    : table_{table},
+      values_{table.pageReader()},
+      moved_{table.pageReader()},
+      withoutPointer_{std::move(withoutPointer)} {}
 
 TableScan::TableScan(const Table& table, std::span<const PageNumber> pages)
     : table_{table}, list_{pages}, values_{table.pageReader()}, moved_{table.pageReader()} {}
@@ -94,6 +147,7 @@ bool TableScan::takeSlot() {
                 slot->pointer ? followPointer(moved_, slot->bytes, page_->owner()) : slot->bytes;
         }
         record_ = Record{bytes, page_->number()};
+        checkColumnCounts();
         ++rowCount_;
         if (!lostColumns_.empty()) lostColumns_.clear();
         return true;
@@ -122,10 +176,46 @@ void TableScan::loseFields(std::vector<LostField>& fields) {
     fields.clear();
 }
 
-/// At the end of the rows. Returns false.
+/// Behind the last page: the records without a pointer, if rows are missing; false at their end.
 bool TableScan::finish() {
+    const bool rowsAreMissing = rowCount_ < table_.definition().rowCount;
+    if (wholeTable_ && rowsAreMissing && withoutPointer_.empty()) {
+        withoutPointer_ = table_.recordsWithoutPointer(list_);
+    }
+    while (nextWithoutPointer_ < withoutPointer_.size()) {
+        if (takeRecordWithoutPointer()) return true;
+    }
     if (std::exchange(wholeTable_, false)) table_.compareRowCount(rowCount_, losses_);
     return false;
+}
+
+bool TableScan::takeRecordWithoutPointer() {
+    rowId_ = withoutPointer_[nextWithoutPointer_++];
+    try {
+        const DataPage page{moved_.page(rowId_.page()), rowId_.page()};
+        const auto slot = page.slot(rowId_.slot());
+        if (!slot || slot->deleted) return false;
+        record_ = Record{slot->bytes, rowId_.page()};
+        checkColumnCounts();
+    } catch (const Error& error) {
+        if (!isDamage(error)) throw;
+        loseRow(error);
+        return false;
+    }
+    doubt("It is marked as moved, but nothing points to it.");
+    ++rowCount_;
+    if (!lostColumns_.empty()) lostColumns_.clear();
+    return true;
+}
+
+/// Damage that takes nothing away from the reader, but must stop a writer.
+void TableScan::doubt(const char* why) {
+    Loss loss{Loss::Kind::Rows, rowId_.page(), static_cast<int>(rowId_.slot()), why};
+    table_.database().noteLoss(loss);
+    loss.why = "row " + std::to_string(loss.slot) + ": " + loss.why;
+    loss.kind = Loss::Kind::Hints;
+    loss.slot = Loss::kNoSlot;
+    losses_.add(std::move(loss));
 }
 
 void TableScan::lose(Loss loss) {
@@ -137,22 +227,62 @@ bool TableScan::nextPage() {
     while (listIndex_ < list_.size()) {
         if (listIndex_ >= blockEnd_ && !loadBlock()) continue;
         const PageNumber number = list_[listIndex_++];
-        slot_ = 0;
-        page_.reset();
-        try {
-            const DataPage page{values_.page(number), number};
-            if (page.owner() != raw(table_.definition().page)) {
-                throwDamaged(number, "a page of the table belongs to something else");
-            }
-            page_ = page;
-            return true;
-        } catch (const Error& error) {
-            if (error.fault() != Fault::Damaged) throw;
-            lose({Loss::Kind::Pages, number, Loss::kNoSlot, error.what()});
-        }
+        if (turnTo(number)) return true;
     }
     page_.reset();
     return false;
+}
+
+/// Makes a page the current one; false if nothing of it can be read.
+bool TableScan::turnTo(PageNumber number) {
+    slot_ = 0;
+    page_.reset();
+    try {
+        const Bytes bytes = values_.page(number);
+        const bool countIsWrong = !hasPossibleSlotCount(bytes);
+        const DataPage page = countIsWrong ? DataPage::withSlotsThatMakeSense(bytes, number)
+                                           : DataPage{bytes, number};
+        if (page.owner() != raw(table_.definition().page)) {
+            throwDamaged(number, "a page of the table belongs to something else");
+        }
+        if (countIsWrong) {
+            lose({Loss::Kind::Pages, number, Loss::kNoSlot,
+                  "The number of its rows is damaged; found " + std::to_string(page.slotCount()) +
+                      "."});
+        }
+        page_ = page;
+        return true;
+    } catch (const Error& error) {
+        if (!isDamage(error)) throw;
+        lose({Loss::Kind::Pages, number, Loss::kNoSlot, error.what()});
+        return false;
+    }
+}
+
+/// A record with all columns of its table has all its variable columns, too.
+void TableScan::checkColumnCounts() {
+    const TableDefinition& definition = table_.definition();
+    if (record_.columnCount() > definition.columnsEver) {
+        throwDamaged(rowId_.page(), "a record has more columns than its table");
+    }
+    if (record_.columnCount() < definition.columnsEver) return checkShortRecord();
+    if (definition.variableColumnsEver == 0 ||
+        record_.expectVariableColumns(definition.variableColumnsEver)) {
+        return;
+    }
+    doubt("The number of its variable columns is damaged; that of the table was used.");
+}
+
+/// A record from before the last columns were added; where none was dropped, it is known how many of
+/// its columns are variable.
+void TableScan::checkShortRecord() {
+    const TableDefinition& definition = table_.definition();
+    if (definition.columns.size() != definition.columnsEver || definition.losses.any()) return;
+    const auto variable = std::ranges::count_if(definition.columns, [&](const Column& column) {
+        return !column.fixed && column.id < record_.columnCount();
+    });
+    if (variable == 0 || record_.expectVariableColumns(static_cast<unsigned>(variable))) return;
+    throwDamaged(rowId_.page(), "a record contradicts its table");
 }
 
 /// Loads the longest stretch from the next page on that the table fills densely enough. Returns

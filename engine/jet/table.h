@@ -29,11 +29,19 @@ public:
     Database& database() const { return *database_; }
 
     /// The data pages in storage order, as currently listed in the file: the cache is cleared
-    /// first. Throws Error{Damaged}.
-    std::vector<PageNumber> dataPages() const;
+    /// first. If the list cannot be read, they are looked for in the whole file, and that is a loss.
+    std::vector<PageNumber> dataPages(Losses& losses) const;
+    std::vector<PageNumber> dataPages() const {
+        Losses ignored;
+        return dataPages(ignored);
+    }
 
     /// A reader of pages for the calling thread.
     PageReader pageReader() const;
+
+    /// Records on these pages that moved here although no row points to them: where the pointer is
+    /// lost, or the mark is wrong. `pages`: all of the table.
+    std::vector<RowId> recordsWithoutPointer(std::span<const PageNumber> pages) const;
 
     /// Compares the number of rows that a scan of all pages has found with the table's own. Fewer
     /// are a hint that rows are lost without a trace, unless another program is changing the file.
@@ -51,7 +59,8 @@ private:
 };
 
 /// Walks rows in storage order: by page as the table's map lists them, by slot on the page.
-/// A moved row is returned once, at the place of its pointer. Damaged rows and pages are left
+/// A moved row is returned once, at the place of its pointer; where rows are missing, a scan of all
+/// pages ends with the moved records that no row points to. Damaged rows and pages are left
 /// out and counted as losses; failures of the storage itself are thrown.
 class TableScan {
 public:
@@ -61,6 +70,9 @@ public:
     /// Scans only some of the table's data pages, so that threads can share the work.
     /// `table` and `pages` must stay alive.
     TableScan(const Table& table, std::span<const PageNumber> pages);
+
+    /// Goes through the records that recordsWithoutPointer() gave. `table` must stay alive.
+    TableScan(const Table& table, std::vector<RowId> withoutPointer);
 
     /// The current row and the list of pages point into the scan itself.
     TableScan(const TableScan&) = delete;
@@ -92,9 +104,14 @@ public:
 
 private:
     bool nextPage();
+    bool turnTo(PageNumber number);
+    void checkColumnCounts();
+    void checkShortRecord();
     bool loadBlock();
     bool takeSlot();
     bool finish();
+    bool takeRecordWithoutPointer();
+    void doubt(const char* why);
     void lose(Loss loss);
 
     const Table& table_;
@@ -112,6 +129,8 @@ private:
     Losses losses_;
     std::uint64_t rowCount_ = 0;
     std::vector<const Column*> lostColumns_;  ///< of the current row
+    std::vector<RowId> withoutPointer_;
+    std::size_t nextWithoutPointer_ = 0;
 };
 
 }  // namespace jet

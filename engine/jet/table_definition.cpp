@@ -2,7 +2,9 @@
 
 #include "engine/jet/bytes.h"
 #include "engine/jet/collation.h"
+#include "engine/jet/definition_parts.h"
 #include "engine/jet/format/page.h"
+#include "engine/jet/text.h"
 
 #include <algorithm>
 
@@ -10,6 +12,7 @@ namespace jet {
 namespace {
 
 namespace layout = format::table_definition;
+namespace index_counter = format::index_counter;
 
 /// The chained pages as one buffer: the first page whole, of the others all but their headers.
 struct Buffer {
@@ -25,18 +28,24 @@ Bytes definitionPage(PageReader& pages, PageNumber number) {
     return page;
 }
 
-Buffer gatherPages(PageReader& pages, PageNumber first) {
+/// Throws Error{Damaged} if the first page is none; ends early at any other that is none.
+Buffer gatherPages(PageReader& pages, PageNumber first, Losses& losses) {
     Buffer buffer;
     Bytes page = definitionPage(pages, first);
     buffer.bytes.assign(page.begin(), page.end());
-    for (PageNumber next = load(page, layout::kNextPage); next != kNoPage;
-         next = load(page, layout::kNextPage)) {
-        if (buffer.continuation.size() + 1 == layout::kMaxPages) {
-            throwDamaged(first, "the table definition does not end");
+    try {
+        for (PageNumber next = load(page, layout::kNextPage); next != kNoPage;
+             next = load(page, layout::kNextPage)) {
+            if (buffer.continuation.size() + 1 == layout::kMaxPages) {
+                throwDamaged(first, "the table definition does not end");
+            }
+            page = definitionPage(pages, next);
+            buffer.bytes.insert(buffer.bytes.end(), page.begin() + layout::kPageHead, page.end());
+            buffer.continuation.push_back(next);
         }
-        page = definitionPage(pages, next);
-        buffer.bytes.insert(buffer.bytes.end(), page.begin() + layout::kPageHead, page.end());
-        buffer.continuation.push_back(next);
+    } catch (const Error& error) {
+        if (!isDamage(error)) throw;
+        losses.add({Loss::Kind::Definitions, first, Loss::kNoSlot, error.what()});
     }
     return buffer;
 }
@@ -91,25 +100,14 @@ PhysicalIndex readPhysicalIndex(Reader& reader) {
     return index;
 }
 
-LogicalIndex readLogicalIndex(Reader& reader, std::size_t physicalCount) {
+LogicalIndex readLogicalIndex(Reader& reader) {
     namespace block = format::logical_index;
     const Bytes at = reader.take(block::kSize);
     LogicalIndex index;
     index.number = load(at, block::kNumber);
     index.physical = load(at, block::kPhysical);
     index.kind = load(at, block::kKind);
-    if (index.physical >= physicalCount) throwDamaged(reader.page(), "an index has no tree");
     return index;
-}
-
-void readColumns(Reader& reader, unsigned count, TableDefinition& definition) {
-    for (unsigned i = 0; i < count; ++i) definition.columns.push_back(readColumn(reader));
-    for (Column& column : definition.columns) {
-        column.name = readName(reader);
-        if (column.id >= definition.columnsEver) {
-            throwDamaged(reader.page(), "a column number is too high");
-        }
-    }
 }
 
 /// One block a column, up to the end of the definition.
@@ -142,50 +140,112 @@ const Column* TableDefinition::findColumn(std::uint16_t columnId) const {
     return found == columns.end() ? nullptr : &*found;
 }
 
+namespace {
+
+/// Reads a definition as far as it makes sense.
+class DefinitionReader {
+public:
+    DefinitionReader(PageReader& pages, PageNumber first, std::u16string name) {
+        definition_.name = std::move(name);
+        definition_.page = first;
+        Buffer buffer = gatherPages(pages, first, definition_.losses);
+        definition_.continuation = std::move(buffer.continuation);
+        bytes_ = std::move(buffer.bytes);
+    }
+
+    TableDefinition read() {
+        readHead();
+        const DefinitionParts parts = findParts(bytes_, definition_.page);
+        if (!parts.countsAreRight) lose("its counts of columns or indexes are wrong");
+        Reader reader{bytes_, definition_.page};
+        reader.seek(index_counter::placeOf(parts.physicalIndexes));
+        for (std::size_t i = 0; i < parts.columns; ++i) {
+            definition_.columns.push_back(readColumn(reader));
+        }
+        if (readNames(reader, parts)) readRest(reader, parts.physicalIndexes);
+        return std::move(definition_);
+    }
+
+private:
+    void lose(std::string why) {
+        definition_.losses.add({Loss::Kind::Definitions, definition_.page, Loss::kNoSlot,
+                                "In the definition of the table " + toUtf8(definition_.name) +
+                                    ", " + std::move(why) + "."});
+    }
+
+    void readHead() {
+        const Bytes bytes{bytes_};
+        definition_.rowCount = load(bytes, layout::kRowCount);
+        definition_.lastAutonumber = load(bytes, layout::kLastAutonumber);
+        definition_.system = load(bytes, layout::kTableKind) == layout::kSystemTable;
+        definition_.columnsEver = load(bytes, layout::kColumnsEver);
+        definition_.variableColumnsEver = load(bytes, layout::kVariableColumnsEver);
+        definition_.ownedMap = load(bytes, layout::kOwnedMap);
+        definition_.freeMap = load(bytes, layout::kFreeMap);
+    }
+
+    /// Columns without a readable name are numbered. False if it is not known where the names end.
+    bool readNames(Reader& reader, const DefinitionParts& parts) {
+        const ColumnNames names = readColumnNames(bytes_, reader.position(), parts);
+        for (std::size_t i = 0; i < definition_.columns.size(); ++i) {
+            Column& column = definition_.columns[i];
+            column.name = names.names[i];
+            if (isUsableName(column.name)) continue;
+            column.name = u"Column" + toUtf16(std::to_string(i + 1));
+            lose("the name of column " + std::to_string(i + 1) + " cannot be read");
+        }
+        if (names.end == 0) {
+            lose("the indexes cannot be read");
+            return false;
+        }
+        reader.seek(names.end);
+        return true;
+    }
+
+    /// What rows can be read without.
+    void readRest(Reader& reader, std::size_t physicalCount) {
+        try {
+            readIndexes(reader, physicalCount);
+            readLongValueMaps(reader, definition_);
+        } catch (const Error& error) {
+            if (!isDamage(error)) throw;
+            definition_.physicalIndexes.clear();
+            definition_.logicalIndexes.clear();
+            lose("the indexes cannot be read");
+        }
+    }
+
+    void readIndexes(Reader& reader, std::size_t physicalCount) {
+        for (std::size_t i = 0; i < physicalCount; ++i) {
+            PhysicalIndex index = readPhysicalIndex(reader);
+            const Bytes counter = Bytes{bytes_}.subspan(index_counter::placeOf(i));
+            index.entriesAtBuild = load(counter, index_counter::kEntriesAtBuild);
+            index.distinctKeys = load(counter, index_counter::kDistinctKeys);
+            definition_.physicalIndexes.push_back(std::move(index));
+        }
+        const std::uint32_t logicalCount = load(Bytes{bytes_}, layout::kLogicalIndexCount);
+        if (logicalCount > layout::kMaxIndexesRead) {
+            throwDamaged(definition_.page, "there are too many indexes");
+        }
+        std::vector<LogicalIndex>& indexes = definition_.logicalIndexes;
+        for (std::uint32_t i = 0; i < logicalCount; ++i) {
+            indexes.push_back(readLogicalIndex(reader));
+        }
+        for (LogicalIndex& index : indexes) index.name = readName(reader);
+        const std::size_t without = std::erase_if(indexes, [&](const LogicalIndex& index) {
+            return index.physical >= definition_.physicalIndexes.size();
+        });
+        if (without > 0) lose("an index has no tree");
+    }
+
+    std::vector<std::uint8_t> bytes_;
+    TableDefinition definition_;
+};
+
+}  // namespace
+
 TableDefinition TableDefinition::read(PageReader& pages, PageNumber first, std::u16string name) {
-    Buffer buffer = gatherPages(pages, first);
-    const Bytes bytes{buffer.bytes};
-    const std::uint32_t length = load(bytes, layout::kLength);
-    if (length < layout::kHeadSize || length > bytes.size()) {
-        throwDamaged(first, "the table definition is longer than its pages");
-    }
-
-    TableDefinition definition;
-    definition.name = std::move(name);
-    definition.page = first;
-    definition.continuation = std::move(buffer.continuation);
-    definition.rowCount = load(bytes, layout::kRowCount);
-    definition.lastAutonumber = load(bytes, layout::kLastAutonumber);
-    definition.system = load(bytes, layout::kTableKind) == layout::kSystemTable;
-    definition.columnsEver = load(bytes, layout::kColumnsEver);
-    definition.variableColumnsEver = load(bytes, layout::kVariableColumnsEver);
-    const unsigned columnCount = load(bytes, layout::kColumnCount);
-    const std::uint32_t logicalCount = load(bytes, layout::kLogicalIndexCount);
-    const std::uint32_t physicalCount = load(bytes, layout::kPhysicalIndexCount);
-    definition.ownedMap = load(bytes, layout::kOwnedMap);
-    definition.freeMap = load(bytes, layout::kFreeMap);
-    if (columnCount > layout::kMaxColumns || logicalCount > layout::kMaxIndexesRead ||
-        physicalCount > layout::kMaxIndexesRead) {
-        throwDamaged(first, "the table definition has impossible counts");
-    }
-
-    Reader reader{bytes.first(length), first};
-    reader.seek(layout::kHeadSize);
-    const Bytes counters = reader.take(format::index_counter::kSize * physicalCount);
-    readColumns(reader, columnCount, definition);
-    for (std::uint32_t i = 0; i < physicalCount; ++i) {
-        PhysicalIndex index = readPhysicalIndex(reader);
-        const Bytes counter = counters.subspan(format::index_counter::kSize * i);
-        index.entriesAtBuild = load(counter, format::index_counter::kEntriesAtBuild);
-        index.distinctKeys = load(counter, format::index_counter::kDistinctKeys);
-        definition.physicalIndexes.push_back(std::move(index));
-    }
-    for (std::uint32_t i = 0; i < logicalCount; ++i) {
-        definition.logicalIndexes.push_back(readLogicalIndex(reader, physicalCount));
-    }
-    for (LogicalIndex& index : definition.logicalIndexes) index.name = readName(reader);
-    readLongValueMaps(reader, definition);
-    return definition;
+    return DefinitionReader{pages, first, std::move(name)}.read();
 }
 
 }  // namespace jet

@@ -101,7 +101,8 @@ struct TableDefinition {
     /// The column of that id; null if it was deleted.
     const Column* findColumn(std::uint16_t columnId) const;
 
-    /// Reads the definition that starts on `first`. Throws Error{Damaged}.
+    /// Reads the definition that starts on `first`, as far as it makes sense: what rows can be read
+    /// without may be missing, and is among the losses. Throws Error{Damaged}.
     static TableDefinition read(PageReader& pages, PageNumber first, std::u16string name);
 };
 

@@ -86,6 +86,10 @@ Value decodeField(PageReader& pages, const Column& column, const StoredField& fi
     }
 }
 
+void throwUnreadable(const Column& column, PageNumber page) {
+    throw Error{Fault::Damaged, column.unreadable, page};
+}
+
 Value readField(PageReader& pages, const Column& column, const Record& record) {
     if (!column.unreadable.empty()) return Unreadable{column.unreadable};
     try {

@@ -1,6 +1,8 @@
 // The program jetsql, started as a person would start it.
+#include "tests/support/damage.h"
 #include "tests/support/expected.h"
 #include "tests/support/external_program.h"
+#include "tests/support/fixture_builder.h"
 #include "tests/support/trace_database.h"
 
 #include <gmock/gmock.h>
@@ -111,6 +113,62 @@ TEST_F(Jetsql, KeepsWhatWasDoneBeforeAFailure) {
               "Expr1000\n900\n");
     EXPECT_THAT(jetsql({file_, "ALTER TABLE tblTraces ADD COLUMN Date LONG"}).errors,
                 StartsWith("error -2147217887 (0x80040E21): "));
+}
+
+/// A database with a damaged memo and a table without a definition.
+fixture::ByteVector damagedDatabase() {
+    fixture::FixtureBuilder builder;
+    auto& notes = builder.addTable(
+        {.name = u"Notes",
+         .columns = {fixture::column(u"N", jet::ColumnType::Long), fixture::memoColumn(u"M")}});
+    fixture::ByteVector nowhere(12, 0xEE);
+    nowhere[3] = 0x40;
+    notes.insert({1, u"good"});
+    notes.insert({2, fixture::longValue(fixture::stored(nowhere), fixture::LongForm::HandMade)});
+    auto& other = builder.addTable(
+        {.name = u"Other", .columns = {fixture::column(u"N", jet::ColumnType::Long)}});
+    fixture::ByteVector file = builder.bytes();
+    file[fixture::pageOffset(other.definitionPage())] = 0;
+    return file;
+}
+
+TEST_F(Jetsql, TellsWhatIsLost) {
+    const std::string file = folder_.write("damaged.mdb", damagedDatabase()).string();
+    for (const auto* const threads : {"1", "4"}) {
+        const auto scanned = jetsql({"--threads", threads, file, "SELECT * FROM Notes"});
+        EXPECT_EQ(scanned.exitCode, 3);
+        EXPECT_EQ(scanned.output, "N\tM\n1\tgood\n2\t\\?\n");
+        EXPECT_EQ(scanned.errors, "damage: 1 value could not be read\n");
+    }
+    const auto sorted = jetsql({file, "SELECT * FROM Notes ORDER BY N"});
+    EXPECT_EQ(sorted.exitCode, 3);
+    EXPECT_EQ(sorted.output, "N\tM\n1\tgood\n2\t\\?\n");
+    const auto verbose = jetsql({"--verbose", file, "SELECT M FROM Notes"});
+    EXPECT_THAT(verbose.errors, HasSubstr("value of row 1 of page "));
+    EXPECT_THAT(verbose.errors, HasSubstr("damage: 1 value could not be read\n"));
+    EXPECT_EQ(jetsql({file, "SELECT N FROM Notes"}).exitCode, 0) << "the notes are not read";
+}
+
+TEST_F(Jetsql, ListsTablesThatCannotBeRead) {
+    const std::string file = folder_.write("damaged.mdb", damagedDatabase()).string();
+    const auto list = jetsql({file});
+    EXPECT_EQ(list.exitCode, 3);
+    EXPECT_THAT(list.output,
+                StartsWith("Notes\t2\nOther\tcannot be read: The database is damaged"));
+    EXPECT_EQ(list.errors, "damage: 1 table could not be read\n");
+    const auto schema = jetsql({"--schema", file});
+    EXPECT_EQ(schema.exitCode, 3);
+    EXPECT_THAT(schema.output, HasSubstr("table Notes\n  column N Long\n"));
+    EXPECT_THAT(schema.output, HasSubstr("table Other\n  cannot be read: "));
+}
+
+TEST_F(Jetsql, ReadsAFileThatIsCutOff) {
+    fixture::ByteVector content = fixture::traceDatabase({.rows = 900, .seed = 8});
+    fixture::truncate(content, content.size() - 3 * jet::kPageSize - 100);
+    const std::string file = folder_.write("cut.mdb", content).string();
+    const auto result = jetsql({file, "SELECT COUNT(*) FROM tblTraces"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_THAT(result.errors, HasSubstr("4 pages behind the end could not be read\n"));
 }
 
 TEST_F(Jetsql, ExplainsItsUsage) {

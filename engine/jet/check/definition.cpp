@@ -121,6 +121,17 @@ private:
     std::vector<PageStart> pageStarts_;
 };
 
+/// Further checks trust the numbers of columns and the trees of indexes.
+void requireSound(const TableDefinition& definition) {
+    if (definition.losses.any()) {
+        throw Error{Fault::Damaged, definition.losses.reasons.front().why, definition.page};
+    }
+    for (const Column& column : definition.columns) {
+        if (column.id < definition.columnsEver) continue;
+        throwDamaged(definition.page, "a column number is too high");
+    }
+}
+
 }  // namespace
 
 std::size_t fixedBytes(const Column& column) {
@@ -144,6 +155,7 @@ std::optional<TableDefinition> checkDefinition(Context& context, PageNumber firs
     PageReader pages = context.reader();
     try {
         TableDefinition definition = TableDefinition::read(pages, first, std::move(name));
+        requireSound(definition);
         checkColumns(context, definition);
         checkIndexes(context, definition);
         return definition;

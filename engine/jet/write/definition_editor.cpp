@@ -43,6 +43,7 @@ DefinitionEditor::DefinitionEditor(WriteContext& context, PageNumber first)
     PageReader pages{context.database.storage(), context.database.cache()};
     // Checks counts, lengths and the chain of pages.
     const TableDefinition checked = TableDefinition::read(pages, first, {});
+    if (checked.losses.any()) throwDamaged(first, checked.losses.reasons.front().why);
     continuation_ = checked.continuation;
 
     const Bytes firstPage = pages.page(first);

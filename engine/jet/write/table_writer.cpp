@@ -22,11 +22,17 @@ bool isInRecord(const StoredField& field) {
            (load(field.bytes, head::kLength) & head::kInline) != 0;
 }
 
+/// A definition of which parts are unknown would be written wrong.
+const TableDefinition& requireSound(const TableDefinition& definition) {
+    if (!definition.losses.any()) return definition;
+    throw Error{Fault::Damaged, definition.losses.reasons.front().why, definition.page};
+}
+
 }  // namespace
 
 TableWriter::TableWriter(WriteContext& context, const TableDefinition& definition)
     : context_{context},
-      definition_{definition},
+      definition_{requireSound(definition)},
       encoder_{definition_},
       owned_{context.pager, definition.ownedMap},
       free_{context.pager, definition.freeMap},

@@ -245,10 +245,11 @@ TEST_F(FetchTest, RowsThatAreDamagedInAFieldStayWithTheirOthers) {
     for (std::int32_t i = 0; i < 500; ++i) ids.push_back(table.insert({i, u"note", u"name"}));
     fixture::ByteVector content = builder.bytes();
     for (const std::size_t damaged : {3u, 77u, 499u}) {
-        // The end of the record says how many variable columns it has.
+        // The end of the record says where its variable columns begin: the name, and with it the
+        // end of the notes.
         const std::size_t end =
             fixture::rowOffset(content, ids[damaged]) + fixture::rowLength(content, ids[damaged]);
-        fixture::poke16(content, end - 3, 0x7FFF);
+        fixture::poke16(content, end - 7, 0x7FFF);
     }
     TestConnection database{std::move(content)};
     for (const bool background : {false, true}) {

@@ -242,9 +242,10 @@ TEST(RowStore, RowsThatDoubledAreShown) {
     RowStore store{{&read->definition().columns[0]}, 500};
     jet::TableScan scan{*read};
     int times = 0;
+    std::vector<jet::LostField> lost;
     for (std::uint32_t row = 1; scan.next(); ++row) {
         const std::uint32_t shown = store.count();
-        store.append(scan.rowId(), scan.record());
+        store.append(scan.rowId(), scan.record(), lost);
         store.publishIfDoubled();
         times += store.count() != shown ? 1 : 0;
         ASSERT_GE(2 * store.count(), row);

@@ -4,6 +4,7 @@
 #include "tests/engine/jet/plain_value.h"
 #include "tests/support/damage.h"
 #include "tests/support/fixture_builder.h"
+#include "tests/support/trace_database.h"
 
 #include <gmock/gmock.h>
 
@@ -163,26 +164,80 @@ TEST(DamagedCatalog, OneDamagedObjectDoesNotHideTheOthers) {
     const TwoTables tables;
     const RowId row = tables.catalogRow(u"First");
     ByteVector file = tables.file;
-    const std::size_t maskSize = 3;
-    const std::size_t variableCount =
-        fixture::rowOffset(file, row) + fixture::rowLength(file, row) - maskSize - 2;
-    fixture::poke16(file, variableCount, 0x7FFF);
+    fixture::poke16(file, fixture::rowOffset(file, row), 0x7FFF);
     const auto database = open(file);
     EXPECT_NO_THROW(database->table(u"Second"));
     expectFault(Fault::NoSuchTable, [&] { database->table(u"First"); });
+    EXPECT_EQ(database->losses().tables, 1u);
 }
 
-TEST(DamagedCatalog, WithoutItsDefinitionNothingCanBeFound) {
+TEST(DamagedCatalog, WithoutItTablesAreFoundByTheirDefinitions) {
     TwoTables tables;
     fixture::poke(tables.file, 2 * kPageSize, {0x01});
     const auto database = open(tables.file);
-    expectFault(Fault::Damaged, [&] { database->catalog(); });
-    expectFault(Fault::Damaged, [&] { database->table(u"First"); });
+    EXPECT_THAT(userTables(*database), ElementsAre(u"Table1", u"Table2"));
+    EXPECT_EQ(database->table(u"Table1")->definition().page, tables.first);
+    EXPECT_EQ(database->table(u"Table2")->definition().page, tables.second);
+    EXPECT_EQ(database->losses().tables, 1u);
+    ASSERT_TRUE(database->firstLoss());
+}
+
+TEST(DamagedCatalog, TheTableOfTracesIsKnownByItsColumns) {
+    for (const auto format :
+         {fixture::TraceFormat::Oldest, fixture::TraceFormat::Older, fixture::TraceFormat::Newer}) {
+        fixture::FixtureBuilder builder;
+        builder.addTable(table(u"Mine"));
+        fixture::addTraceTables(builder, {.rows = 20}, format);
+        fixture::ByteVector file = builder.bytes();
+        fixture::poke(file, 2 * kPageSize, {0x00});
+        const auto database = open(file);
+        EXPECT_THAT(userTables(*database), Contains(u"tblTraces"));
+        EXPECT_THAT(plainRows(*database->table(u"tblTraces")), SizeIs(20));
+    }
+}
+
+TEST(DamagedCatalog, ALostEntryIsNamedAndItsTableFound) {
+    const TwoTables tables;
+    ByteVector file = tables.file;
+    fixture::poke16(file, fixture::rowOffset(file, tables.catalogRow(u"First")), 0x7FFF);
+    const auto database = open(file);
+    EXPECT_THAT(userTables(*database), ElementsAre(u"Second", u"Table1"));
+    EXPECT_EQ(database->losses().tables, 1u);
+    EXPECT_EQ(database->losses().reasons.at(0).slot, tables.catalogRow(u"First").slot());
+    EXPECT_EQ(database->table(u"Table1")->definition().page, tables.first);
+}
+
+/// In a sound catalog a definition that no entry leads to is what a dropped table has left.
+TEST(Catalog, DoesNotShowWhatNoEntryLeadsTo) {
+    const TwoTables tables;
+    ByteVector file = tables.file;
+    const RowId row = tables.catalogRow(u"First");
+    fixture::poke16(file, fixture::rowOffset(file, row) + 2, 0xFFFF);
+    EXPECT_THAT(userTables(*open(file)), testing::Not(Contains(u"Table1")));
+}
+
+TEST(DamagedMap, PagesAreFoundByTheirOwner) {
+    fixture::FixtureBuilder builder;
+    auto& numbers = builder.addTable(table(u"Numbers"));
+    for (int n = 0; n < 500; ++n) numbers.insert({n});
+    const std::size_t map = fixture::pageOffset(numbers.definitionPage()) + 55;
+    for (const std::uint32_t row : {0u, 0xFFFFFF01u, 0x00000100u | 77u}) {
+        ByteVector file = builder.bytes();
+        fixture::poke32(file, map, row);
+        const auto database = open(file);
+        const auto found = database->table(u"Numbers");
+        TableScan scan{*found};
+        int count = 0;
+        while (scan.next()) ++count;
+        EXPECT_EQ(count, 500);
+        EXPECT_EQ(scan.losses().definitions, 1u);
+        EXPECT_TRUE(database->firstLoss());
+    }
 }
 
 TEST(DamagedCatalog, ATableWhoseDefinitionIsDamaged) {
     TwoTables tables;
-    fixture::poke32(tables.file, fixture::pageOffset(tables.first) + 8, 0xFFFFFFFF);
+    fixture::poke(tables.file, fixture::pageOffset(tables.first), {0x01});
     const auto database = open(tables.file);
     const auto message = expectFault(Fault::Damaged, [&] { database->table(u"First"); });
     EXPECT_THAT(message, HasSubstr("page " + std::to_string(raw(tables.first))));

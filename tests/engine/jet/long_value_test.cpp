@@ -157,12 +157,9 @@ TEST(LongValue, AValueMustHaveExactlyItsLength) {
     image.append(piece({PageNumber{2}, 1}, 10), 0);
     const ByteVector file = fileWith(image);
     EXPECT_THAT(read(file, header(20, kFirst)), testing::SizeIs(20));
-    for (const std::uint32_t length : {1u, 9u, 10u, 11u, 19u, 21u}) {
+    for (const std::uint32_t length : {1u, 9u, 11u, 19u, 21u}) {
         expectFault(Fault::Damaged, [&] { read(file, header(length, kFirst)); });
     }
-    ByteVector inlined = header(0x80000000 | 4);
-    fixture::appendBytes(inlined, content(5));
-    expectFault(Fault::Damaged, [&] { read(file, inlined); });
 }
 
 TEST(LongValue, AChainThatEndsEarly) {
@@ -171,7 +168,7 @@ TEST(LongValue, AChainThatEndsEarly) {
     image.append(piece({}, 10), 0);
     const ByteVector file = fileWith(image);
     EXPECT_EQ(read(file, header(20, kFirst)).size(), 20u);
-    EXPECT_EQ(read(file, header(15, kFirst)).size(), 15u);
+    expectFault(Fault::Damaged, [&] { read(file, header(15, kFirst)); });
     expectFault(Fault::Damaged, [&] { read(file, header(21, kFirst)); });
     expectFault(Fault::Damaged, [&] { read(file, header(0x3FFFFFFF, kFirst)); });
 }

@@ -124,6 +124,20 @@ TEST_F(LoadingTest, AFailedFetchEndsWithItsError) {
     EXPECT_TRUE(events_.lines[0].starts_with(u"load ended: ")) << events_.lines[0].size();
 }
 
+TEST_F(LoadingTest, AFileThatIsCutOffIsLoadedAsFarAsItGoes) {
+    fixture::FixtureBuilder builder;
+    const fixture::TableBuilder& traces =
+        fixture::addTraceTables(builder, {.rows = 3000}, fixture::TraceFormat::Newer);
+    fixture::ByteVector bytes = builder.bytes();
+    const auto pages = traces.dataPages();
+    fixture::truncate(bytes, fixture::pageOffset(pages.at(pages.size() / 2)) + 100);
+    open(folder_.write("cut.mdb", bytes));
+    ASSERT_TRUE(loadToEnd());
+    EXPECT_GT(rows().rowCount(), 1000u);
+    EXPECT_LT(rows().rowCount(), 2000u);
+    EXPECT_TRUE(events_.lost.any());
+}
+
 TEST_F(LoadingTest, WhatWasLostIsToldAtTheEnd) {
     fixture::FixtureBuilder builder;
     const fixture::TableBuilder& traces =
@@ -244,8 +258,8 @@ TEST_F(LoadingTest, FilesThatAreNoDatabaseDoNoHarm) {
         folder_.path(),
     };
     auto whole = fixture::traceDatabase({.rows = 300});
-    whole.resize(whole.size() / 2);
-    files.push_back(folder_.write("half.mdb", whole));
+    whole.resize(2 * jet::kPageSize);
+    files.push_back(folder_.write("beginning.mdb", whole));
     for (const std::filesystem::path& file : files) {
         reports_.clear();
         events_.lines.clear();
