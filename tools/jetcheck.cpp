@@ -98,7 +98,7 @@ void printSummary(const jet::CheckReport& report) {
 
 int run(const Options& options) {
     const std::u8string path{options.file.begin(), options.file.end()};
-    const jet::CheckReport report = jet::check(*jet::openFile(std::filesystem::path{path}));
+    const jet::CheckReport report = jet::checkFile(jet::openFile(std::filesystem::path{path}));
     if (!options.quiet) {
         using Severity = jet::Finding::Severity;
         printFindings(report, Severity::Error, report.errors, options.limit);

@@ -3,6 +3,7 @@
 #include "engine/ado/connection_string.h"
 #include "engine/ado/pending_changes.h"
 #include "engine/ado/recordset.h"
+#include "engine/jet/text.h"
 #include "engine/sql/run/execute.h"
 
 #include <utility>
@@ -146,6 +147,10 @@ void Connection::commitQuietly() {
 
 void Connection::throwLostChanges() {
     if (const auto lost = std::exchange(lostChanges_, std::nullopt)) throw *lost;
+}
+
+std::u16string Connection::obstacle() const {
+    return jet::toUtf16(database()->recovery().obstacle);
 }
 
 const std::shared_ptr<jet::Database>& Connection::database() const {

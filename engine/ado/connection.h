@@ -98,6 +98,10 @@ public:
     const std::shared_ptr<jet::Database>& database() const;
     const std::filesystem::path& path() const { return path_; }
 
+    /// What was in the way of changes to the database when it was opened; empty if nothing was.
+    /// Throws Error{3704} if it is closed.
+    std::u16string obstacle() const;
+
 private:
     friend class Recordset;
     friend class PendingChanges;

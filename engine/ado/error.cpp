@@ -35,6 +35,7 @@ std::string sentence(jet::Fault fault, const std::string& path) {
         case jet::Fault::Damaged:
             return "The database '" + path + "' is damaged.";
         case jet::Fault::ReadOnly:
+        case jet::Fault::JournalInTheWay:
             return "Cannot update. Database or object is read-only.";
         case jet::Fault::WriteFailed:
             return "Could not write to '" + path + "': disk or network error.";
@@ -56,6 +57,7 @@ std::int32_t numberOf(jet::Fault fault) {
         case jet::Fault::AlreadyExists:
             return kErrorAlreadyExists;
         case jet::Fault::ReadOnly:
+        case jet::Fault::JournalInTheWay:
             return kErrorReadOnly;
         case jet::Fault::TableExists:
         case jet::Fault::TooMany:

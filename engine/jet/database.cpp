@@ -47,8 +47,11 @@ Date localTime() {
 
 }  // namespace
 
-Database::Database(std::unique_ptr<Storage> storage, std::size_t changedPages)
-    : pager_{std::move(storage), changedPages}, cache_{pager_}, clock_{localTime} {
+Database::Database(std::unique_ptr<Storage> storage, std::size_t changedPages, Recovery recovery)
+    : recovery_{std::move(recovery)},
+      pager_{std::move(storage), changedPages},
+      cache_{pager_},
+      clock_{localTime} {
     pager_.setListener([this](PageNumber number) {
         if (number == kNoPage) {
             cache_.clear();
@@ -72,9 +75,11 @@ std::shared_ptr<Database> Database::open(const std::filesystem::path& path) {
 
 std::shared_ptr<Database> Database::open(std::unique_ptr<Storage> storage,
                                          std::size_t changedPages) {
-    recover(*storage);
+    Recovery recovery;
+    storage = recover(std::move(storage), recovery);
     checkHeader(*storage);
-    std::shared_ptr<Database> database{new Database{std::move(storage), changedPages}};
+    std::shared_ptr<Database> database{
+        new Database{std::move(storage), changedPages, std::move(recovery)}};
     PageReader reader{database->storage(), database->cache()};
     database->noteMissingPages(missingPages(reader));
     return database;

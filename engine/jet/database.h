@@ -4,13 +4,14 @@
 //   auto table = database->table(u"tblTraces");
 //
 // Opening reads only the header; the catalog is read when it is first needed. A change
-// that a crash cut short is taken back first. Any thread may read an open database; one thread at a
+// that a crash cut short is taken back first (recovery.h). Any thread may read an open database; one thread at a
 // time changes it.
 #pragma once
 
 #include "engine/jet/format/catalog.h"
 #include "engine/jet/page_cache.h"
 #include "engine/jet/pager.h"
+#include "engine/jet/recovery.h"
 #include "engine/jet/storage.h"
 #include "engine/jet/table.h"
 
@@ -41,8 +42,7 @@ struct WriteContext;
 class Database : public std::enable_shared_from_this<Database> {
 public:
     /// Throws Error: what openFile throws; NotADatabase, OlderFormat, NewerFormat, Encrypted,
-    /// PasswordProtected, Truncated; ReadOnly or InUse if a change must be rolled back and cannot
-    /// be.
+    /// PasswordProtected, Truncated.
     static std::shared_ptr<Database> open(const std::filesystem::path& path);
     /// `changedPages`: how many changed pages are held in memory, see Pager.
     static std::shared_ptr<Database> open(std::unique_ptr<Storage> storage,
@@ -94,16 +94,20 @@ public:
     /// The clock for the catalog's dates; local time by default.
     void setClock(std::function<Date()> clock) { clock_ = std::move(clock); }
 
+    /// What became of a change that was interrupted before this object opened the file.
+    const Recovery& recovery() const { return recovery_; }
+
     const Storage& storage() const { return pager_; }
     PageCache& cache() { return cache_; }
 
 private:
-    Database(std::unique_ptr<Storage> storage, std::size_t changedPages);
+    Database(std::unique_ptr<Storage> storage, std::size_t changedPages, Recovery recovery);
     void noteMissingPages(std::uint64_t count);
     std::vector<CatalogEntry> readCatalog();
     std::vector<CatalogEntry> readObjects(Losses& losses);
     TableDefinition readDefinition(PageReader& pages, PageNumber page, std::u16string name);
 
+    const Recovery recovery_;
     Pager pager_;
     PageCache cache_;
     std::function<Date()> clock_;

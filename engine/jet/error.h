@@ -31,6 +31,7 @@ enum class Fault {
     Damaged,            ///< a structure in the file contradicts the format
     NoSuchTable,
     ReadOnly,         ///< the file or its folder may not be written
+    JournalInTheWay,  ///< a file of the journal's name is not a journal that can be put back
     WriteFailed,      ///< the storage failed while it was written to
     DiskFull,         ///< no room for the change
     FileFull,         ///< the change would take the file beyond the format's 2 GB

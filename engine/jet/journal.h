@@ -1,5 +1,5 @@
 // The rollback journal: pages as they were before they were changed, so that a change which was
-// cut short can be taken back. The layout is in format/journal.h.
+// cut short can be taken back (recovery.h). The layout is in format/journal.h.
 //
 //   const std::uint32_t count = storage.pageCount();
 //   jet::Journal journal{storage.createJournal(), count, jet::fingerprintOf(storage, count)};
@@ -7,8 +7,16 @@
 //   journal.sync();                             // before the first page is overwritten
 //   journal.invalidate();                       // the commit point
 //
-// A record counts only if its checksum is right, so it does not matter where a crash cut the
-// journal off. A journal whose head is not valid is ignored.
+// The head counts the records. It is written and synced before the first record, with a count of 0;
+// after records have been synced, with their number, and synced again; only then is a page of the
+// file overwritten. The head lies in one sector, so a power failure leaves the old or the new one:
+//
+//  what is found                            what it means
+//  nothing but zeros, no longer than a head  the head was not synced: the file is untouched
+//  count 0, whatever follows                no page has been overwritten, or the change is complete
+//  count n, n good records, whatever follows  pages of these n may have been overwritten, no others
+//  count n, fewer good records              damage: no power failure leaves that
+//  anything else                            damage, or a file that is not ours
 //
 // One thread, that of the holder of the file's lock.
 #pragma once
@@ -18,9 +26,18 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace jet {
+
+/// What the head of a journal says.
+struct JournalHead {
+    std::uint32_t pageCount = 0;  ///< of the file before the change
+    std::uint32_t records = 0;    ///< that are durable; 0: nothing has to be put back
+    std::uint64_t salt = 0;
+    std::uint64_t fingerprint = 0;
+};
 
 class Journal {
 public:
@@ -29,13 +46,13 @@ public:
         Statement = 2,    ///< the page before the current statement, for this process alone
     };
 
-    /// Starts a journal in an empty file. Throws what the storage throws.
+    /// Starts a journal in an empty file; its head is durable then. Throws what the storage throws.
     Journal(std::unique_ptr<Storage> file, std::uint32_t pageCount, std::uint64_t fingerprint);
 
     /// Adds a page. It is not durable before sync().
     void append(Kind kind, PageNumber number, Bytes page);
 
-    /// Returns when all records are durable; does nothing if there are no new ones.
+    /// Returns when all records are durable and counted; does nothing if there are no new ones.
     void sync();
 
     /// Where the next record will be.
@@ -52,25 +69,26 @@ public:
 
 private:
     void flush();
+    void writeHead(std::uint64_t records);
 
     std::unique_ptr<Storage> file_;
-    std::uint64_t salt_;
+    JournalHead head_;
     std::vector<std::uint8_t> buffer_;  ///< records not yet written to the storage
-    std::uint64_t end_ = 0;
+    std::uint64_t end_ = kFirstRecord;
     bool synced_ = false;
 };
+
+/// The head of the journal in `file`; nothing if there is no valid one.
+std::optional<JournalHead> readJournalHead(const Storage& file);
+
+/// Calls `use` with the records from `from` to before `end`, up to the first that is damaged or
+/// missing. Returns where it stopped.
+std::uint64_t replayRecords(const Storage& journal, std::uint64_t salt, std::uint64_t from,
+                            std::uint64_t end, const Journal::Use& use);
 
 /// What ties a journal to its file: a checksum of some of its pages when the change began. The
 /// header alone would not do: files copied from one template share it, and another one may have
 /// taken the place of this file.
 std::uint64_t fingerprintOf(const Storage& file, std::uint32_t pageCount);
-
-/// Rolls back a change that was interrupted by a crash: restores the pages in the storage's
-/// journal. Does nothing without a valid journal for this file. Throws Error: ReadOnly or InUse if
-/// a rollback is needed and not possible, ReadFailed, WriteFailed.
-void recover(Storage& file);
-
-/// The same for the holder of the file's lock.
-void recoverLocked(Storage& file);
 
 }  // namespace jet

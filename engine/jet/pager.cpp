@@ -1,6 +1,7 @@
 #include "engine/jet/pager.h"
 
 #include "engine/jet/format/page.h"
+#include "engine/jet/recovery.h"
 
 #include <algorithm>
 #include <mutex>
@@ -89,7 +90,12 @@ void Pager::begin() {
 
 /// Others may have written since the last statement, or may even have died in the middle of that.
 void Pager::takeFile() {
-    file_->lock();
+    try {
+        file_->lock();
+    } catch (...) {
+        notify(kNoPage);  // nor did anybody keep them from it while this one waited
+        throw;
+    }
     try {
         recoverLocked(*file_);
     } catch (...) {

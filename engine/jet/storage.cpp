@@ -52,6 +52,7 @@ std::unique_ptr<Storage> MemoryStorage::openJournal() {
 }
 
 std::unique_ptr<Storage> MemoryStorage::createJournal() {
+    if (journal_) throw Error{Fault::JournalInTheWay, "There is a journal already."};
     journal_ = std::make_shared<Content>();
     return openJournal();
 }

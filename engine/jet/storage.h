@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <memory>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace jet {
@@ -40,7 +41,8 @@ public:
     // ---- Writing. Members after lock() are for the holder of the lock. A read-only storage
     // ---- overrides none of these.
 
-    /// Locks the file exclusively. Throws Error: ReadOnly, InUse, and has no effect then.
+    /// Locks the file exclusively. A file in use is tried again for up to a second.
+    /// Throws Error: ReadOnly, InUse, and has no effect then, but that others may have written.
     virtual void lock();
 
     /// Back to shared reading. Throws Error{ReadFailed} if the file cannot be opened again.
@@ -56,17 +58,23 @@ public:
     virtual void sync();
 
     /// The journal beside this storage, if there is one; it may be read without lock().
+    /// Throws Error, whose message names the file, if what is there cannot be read.
     virtual std::unique_ptr<Storage> openJournal() { return nullptr; }
 
-    /// A new, empty journal, replacing any other. Throws Error: ReadOnly, WriteFailed, DiskFull.
+    /// A new, empty journal. Throws Error: JournalInTheWay if there is a file of its name already;
+    /// ReadOnly, WriteFailed, DiskFull.
     virtual std::unique_ptr<Storage> createJournal();
+
+    /// The journal's path, for messages.
+    virtual std::string journalName() const { return "-journal"; }
 
     /// Removes the journal. Requires: it is not open. Throws Error{WriteFailed}.
     virtual void removeJournal() {}
 };
 
 /// Opens a file for reading, shared with every other program that has it open; to be written it
-/// has to be locked. Its journal is the file beside it with "-journal" appended to its name.
+/// has to be locked. Its journal is the file beside it with "-journal" appended to its name; for a
+/// symbolic link, beside the file that it leads to. A file in use is tried again for up to a second.
 /// Throws Error: FileNotFound, AccessDenied, InUse or ReadFailed.
 /// Paths of more than 260 characters are accepted on Windows too.
 std::unique_ptr<Storage> openFile(const std::filesystem::path& path);

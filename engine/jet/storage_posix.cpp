@@ -3,6 +3,8 @@
 
 #include "engine/jet/storage.h"
 
+#include "engine/jet/busy_wait.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -89,17 +91,23 @@ struct stat statusOf(int descriptor) {
     return status;
 }
 
+// A privileged user could write what has none of them nevertheless.
+constexpr mode_t kWriteBits = S_IWUSR | S_IWGRP | S_IWOTH;
+
+std::filesystem::path folderOf(const std::filesystem::path& path) {
+    return path.has_parent_path() ? path.parent_path() : std::filesystem::path{"."};
+}
+
 /// A name that was made or removed is safe only when its folder is.
 void syncFolder(const std::filesystem::path& path) {
-    const auto folder = path.has_parent_path() ? path.parent_path() : std::filesystem::path{"."};
-    const Descriptor descriptor{::open(folder.c_str(), O_RDONLY | O_CLOEXEC)};
+    const Descriptor descriptor{::open(folderOf(path).c_str(), O_RDONLY | O_CLOEXEC)};
     if (descriptor) ::fsync(descriptor.get());
 }
 
 class PosixStorage : public Storage {
 public:
     PosixStorage(Descriptor file, std::filesystem::path path)
-        : file_{std::move(file)}, path_{std::move(path)} {}
+        : file_{std::move(file)}, path_{std::move(path)}, journalPath_{besideTarget(path_)} {}
 
     bool isOpenElsewhere() const override { return hasLockFile(path_); }
 
@@ -124,12 +132,7 @@ public:
 
     void lock() override {
         if (writable_) return;
-        // A privileged user could write it nevertheless.
-        constexpr mode_t kWriteBits = S_IWUSR | S_IWGRP | S_IWOTH;
-        if ((statusOf(file_.get()).st_mode & kWriteBits) == 0) {
-            throwSystem(Fault::ReadOnly, "The file " + path_.string() + " cannot be written",
-                        EACCES);
-        }
+        refuseReadOnly();
         Descriptor writable{::open(path_.c_str(), O_RDWR | O_CLOEXEC)};
         if (!writable) {
             throwSystem(writingFaultOf(errno), "The file " + path_.string() + " cannot be written",
@@ -138,11 +141,7 @@ public:
         if (statusOf(writable.get()).st_ino != statusOf(file_.get()).st_ino) {
             throw Error{Fault::WriteFailed, "The file " + path_.string() + " has been replaced."};
         }
-        if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
-            const int code = errno;
-            ::flock(file_.get(), LOCK_SH | LOCK_NB);  // a conversion that fails may lose the lock
-            throwSystem(Fault::InUse, "The file " + path_.string() + " is in use", code);
-        }
+        takeExclusively();
         writable_ = std::move(writable);
     }
 
@@ -175,49 +174,86 @@ public:
     }
 
     std::unique_ptr<Storage> openJournal() override {
-        Descriptor file{::open(journalPath().c_str(), O_RDONLY | O_CLOEXEC)};
+        // Without waiting for somebody at the other end, if it is a pipe.
+        Descriptor file{::open(journalPath_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)};
         if (!file && errno == ENOENT) return nullptr;
         if (!file) {
-            throwSystem(faultOf(errno),
-                        "The file " + journalPath().string() +
-                            ", which is needed to complete the database, cannot be opened",
-                        errno);
+            throwSystem(faultOf(errno), "The file " + journalName() + " cannot be opened", errno);
         }
-        return std::make_unique<PosixStorage>(std::move(file), journalPath());
+        if (!S_ISREG(statusOf(file.get()).st_mode)) {
+            throw Error{Fault::ReadFailed, "What is at " + journalName() + " is not a file."};
+        }
+        return std::make_unique<PosixStorage>(std::move(file), journalPath_);
     }
 
     std::unique_ptr<Storage> createJournal() override {
-        const auto name = journalPath();
-        Descriptor file{::open(name.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)};
+        Descriptor file{::open(journalPath_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666)};
         if (!file) {
-            throwSystem(writingFaultOf(errno), "The file " + name.string() + " cannot be made",
-                        errno);
+            const int code = errno;
+            throwSystem(code == EEXIST ? Fault::JournalInTheWay : writingFaultOf(code),
+                        "The file " + journalName() + " cannot be made", code);
         }
-        syncFolder(name);
-        auto journal = std::make_unique<PosixStorage>(std::move(file), name);
+        syncFolder(journalPath_);
+        auto journal = std::make_unique<PosixStorage>(std::move(file), journalPath_);
         journal->writable_ = Descriptor{::dup(journal->file_.get())};
         return journal;
     }
 
     void removeJournal() override {
         std::error_code failure;
-        std::filesystem::remove(journalPath(), failure);
-        if (failure) throw Error{Fault::WriteFailed, "The journal cannot be removed."};
-    }
-
-    /// Takes part in the game of locks. Throws Error{InUse} while somebody writes.
-    void share() {
-        if (::flock(file_.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
-            throwSystem(Fault::InUse, "The file " + path_.string() + " cannot be opened",
-                        EWOULDBLOCK);
+        std::filesystem::remove(journalPath_, failure);
+        if (failure) {
+            throwSystem(Fault::WriteFailed, "The file " + journalName() + " cannot be removed",
+                        failure.value());
         }
     }
 
+    std::string journalName() const override { return journalPath_.string(); }
+
+    /// Takes part in the game of locks. Throws Error{InUse} while somebody writes.
+    void share() {
+        while (::flock(file_.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+            if (!wait_.again()) {
+                throwSystem(Fault::InUse, "The file " + path_.string() + " cannot be opened",
+                            EWOULDBLOCK);
+            }
+        }
+        wait_.reset();
+    }
+
 private:
-    std::filesystem::path journalPath() const {
-        auto path = path_;
-        path += "-journal";
-        return path;
+    /// A link and the file that it leads to have one journal.
+    static std::filesystem::path besideTarget(const std::filesystem::path& path) {
+        std::error_code failure;
+        auto target = std::filesystem::canonical(path, failure);
+        if (failure) target = path;
+        return target += "-journal";
+    }
+
+    /// A folder that is marked read-only takes no journal, so its files are not written either.
+    void refuseReadOnly() const {
+        struct stat folder {};
+        const auto name = folderOf(journalPath_);
+        if (::stat(name.c_str(), &folder) == 0 && (folder.st_mode & kWriteBits) == 0) {
+            throwSystem(Fault::ReadOnly, "The folder " + name.string() + " cannot be written",
+                        EACCES);
+        }
+        if ((statusOf(file_.get()).st_mode & kWriteBits) == 0) {
+            throwSystem(Fault::ReadOnly, "The file " + path_.string() + " cannot be written",
+                        EACCES);
+        }
+    }
+
+    /// Gives up the shared lock meanwhile: of two that wait for each other, neither could go on.
+    void takeExclusively() {
+        while (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
+            const int code = errno;
+            ::flock(file_.get(), LOCK_UN);
+            if (code == EWOULDBLOCK && wait_.again()) continue;
+            ::flock(file_.get(), LOCK_SH | LOCK_NB);
+            throwSystem(Fault::InUse, "The file " + path_.string() + " is in use", code);
+        }
+        wait_.reset();
     }
 
     [[noreturn]] void failToWrite() const {
@@ -227,6 +263,8 @@ private:
     Descriptor file_;
     Descriptor writable_;  ///< open while locked
     std::filesystem::path path_;
+    std::filesystem::path journalPath_;
+    BusyWait wait_;
 };
 
 std::unique_ptr<Storage> openDescriptor(const std::filesystem::path& path, int flags) {

@@ -3,6 +3,7 @@
 
 #include "engine/jet/storage.h"
 
+#include "engine/jet/busy_wait.h"
 #include "engine/jet/text.h"
 
 #include <windows.h>
@@ -123,6 +124,34 @@ Handle openAlone(const std::wstring& name) {
     return {name, GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING};
 }
 
+/// Tries again for up to a second while others have the file.
+template <typename Open>
+Handle openPatiently(BusyWait& wait, Open open) {
+    Handle file = open();
+    while (!file && ::GetLastError() == ERROR_SHARING_VIOLATION) {
+        if (!wait.again()) {
+            ::SetLastError(ERROR_SHARING_VIOLATION);
+            return file;
+        }
+        file = open();
+    }
+    if (file) wait.reset();
+    return file;
+}
+
+/// The name of the file that a symbolic link leads to, whose journal is beside that.
+std::wstring targetOf(const Handle& file, const std::wstring& name) {
+    const DWORD attributes = ::GetFileAttributesW(name.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+        return name;
+    }
+    std::wstring target(::GetFinalPathNameByHandleW(file.get(), nullptr, 0, 0), L'\0');
+    const DWORD length = ::GetFinalPathNameByHandleW(file.get(), target.data(),
+                                                     static_cast<DWORD>(target.size()), 0);
+    if (length == 0 || length >= target.size()) return name;
+    return target.substr(0, length);
+}
+
 /// Tells one file from another, whatever their names.
 struct Identity {
     DWORD volume = 0;
@@ -141,7 +170,9 @@ Identity identityOf(const Handle& file) {
 class WindowsStorage : public Storage {
 public:
     WindowsStorage(Handle file, std::wstring name)
-        : file_{std::move(file)}, name_{std::move(name)} {}
+        : file_{std::move(file)},
+          name_{std::move(name)},
+          journalName_{targetOf(file_, name_) + L"-journal"} {}
 
     bool isOpenElsewhere() const override { return hasLockFile(name_); }
 
@@ -170,7 +201,7 @@ public:
         refuseWhileOthersWrite();
         const Identity before = identityOf(file_);
         file_.reset();
-        Handle alone = openAlone(name_);
+        Handle alone = openPatiently(wait_, [&] { return openAlone(name_); });
         if (!alone) {
             const DWORD code = ::GetLastError();
             reopen();
@@ -219,38 +250,36 @@ public:
     }
 
     std::unique_ptr<Storage> openJournal() override {
-        Handle file = openShared(journalName());
+        Handle file = openShared(journalName_);
         if (!file) {
             const DWORD code = ::GetLastError();
             if (code == ERROR_FILE_NOT_FOUND) return nullptr;
-            throwSystem(faultOf(code),
-                        "The file " + toUtf8(journalName()) +
-                            ", which is needed to complete the database, cannot be opened",
-                        code);
+            throwSystem(faultOf(code), "The file " + journalName() + " cannot be opened", code);
         }
-        return std::make_unique<WindowsStorage>(std::move(file), journalName());
+        return std::make_unique<WindowsStorage>(std::move(file), journalName_);
     }
 
     std::unique_ptr<Storage> createJournal() override {
-        Handle file{journalName(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS};
+        Handle file{journalName_, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW};
         if (!file) {
             const DWORD code = ::GetLastError();
-            throwSystem(writingFaultOf(code),
-                        "The file " + toUtf8(journalName()) + " cannot be made", code);
+            throwSystem(code == ERROR_FILE_EXISTS ? Fault::JournalInTheWay : writingFaultOf(code),
+                        "The file " + journalName() + " cannot be made", code);
         }
-        return std::make_unique<WindowsStorage>(std::move(file), journalName());
+        return std::make_unique<WindowsStorage>(std::move(file), journalName_);
     }
 
     void removeJournal() override {
-        if (!::DeleteFileW(journalName().c_str()) && ::GetLastError() != ERROR_FILE_NOT_FOUND) {
-            throwSystem(Fault::WriteFailed, "The journal cannot be removed", ::GetLastError());
+        if (!::DeleteFileW(journalName_.c_str()) && ::GetLastError() != ERROR_FILE_NOT_FOUND) {
+            throwSystem(Fault::WriteFailed, "The file " + journalName() + " cannot be removed",
+                        ::GetLastError());
         }
     }
 
+    std::string journalName() const override { return toUtf8(journalName_); }
+
 private:
     static constexpr std::size_t kMaxAtOnce = std::size_t{1} << 30;
-
-    std::wstring journalName() const { return name_ + L"-journal"; }
 
     static OVERLAPPED placeAt(std::uint64_t offset) {
         OVERLAPPED place{};
@@ -291,12 +320,8 @@ private:
 
     /// In the moment in which nobody has the file open, somebody may take it alone for a while.
     void reopen() {
-        constexpr int kAttempts = 50;
-        for (int attempt = 0; attempt < kAttempts; ++attempt) {
-            file_ = openShared(name_);
-            if (file_ || ::GetLastError() != ERROR_SHARING_VIOLATION) break;
-            ::Sleep(10);
-        }
+        BusyWait wait;
+        file_ = openPatiently(wait, [&] { return openShared(name_); });
         if (!file_) {
             throwSystem(Fault::ReadFailed, "The file " + toUtf8(name_) + " cannot be opened again",
                         ::GetLastError());
@@ -309,6 +334,8 @@ private:
 
     Handle file_;
     std::wstring name_;
+    std::wstring journalName_;
+    BusyWait wait_;
     bool locked_ = false;
 };
 
@@ -325,7 +352,8 @@ std::unique_ptr<Storage> opened(Handle file, const std::filesystem::path& path, 
 
 std::unique_ptr<Storage> openFile(const std::filesystem::path& path) {
     std::wstring name = unlimited(path);
-    return opened(openShared(name), path, name);
+    BusyWait wait;
+    return opened(openPatiently(wait, [&] { return openShared(name); }), path, name);
 }
 
 std::unique_ptr<Storage> createFile(const std::filesystem::path& path) {

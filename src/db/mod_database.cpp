@@ -160,6 +160,25 @@ void defineFilters(const Failure& refusal) {
     });
 }
 
+/// What became of a change that was interrupted, and whether another can be made.
+void logRecovery(std::u16string_view label) {
+    if (connection().state() == ado::adStateClosed) return;
+    const jet::Recovery& recovery = connection().database()->recovery();
+    if (recovery.pagesPutBack != 0) {
+        theLog().log(u"A change to the database that was interrupted has been taken back, pages: " +
+                         toText(recovery.pagesPutBack),
+                     classLog::kWarning, label);
+    }
+    if (recovery.pagesLaidOver != 0) {
+        theLog().log(
+            u"The database is shown as it was before a change that was interrupted, pages: " +
+                toText(recovery.pagesLaidOver),
+            classLog::kWarning, label);
+    }
+    const std::u16string obstacle = connection().obstacle();
+    if (!obstacle.empty()) theLog().log(obstacle, classLog::kWarning, label);
+}
+
 void openTraces(ado::Recordset& recordset, const std::u16string& query) {
     recordset.open(query, connection(), ado::adOpenForwardOnly, ado::adLockReadOnly,
                    ado::adAsyncFetch);
@@ -187,6 +206,7 @@ void connectToDB(const std::u16string& path) {
                                              path + u";Persist Security Info=False");
         });
         procedure.step([&] { connection().open(); });
+        procedure.step([&] { logRecovery(procedure.label()); });
     });
 }
 

@@ -51,6 +51,7 @@ public:
     std::unique_ptr<Storage> createJournal() override {
         disk_.failOnce();
         disk_.count();
+        if (disk_.journal_) throw jet::Error{jet::Fault::JournalInTheWay, "It is there already."};
         disk_.journal_.emplace(Bytes{});
         disk_.journalIsSafe_ = false;
         return std::make_unique<View>(disk_, true);

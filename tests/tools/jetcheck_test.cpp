@@ -1,4 +1,5 @@
 // The program jetcheck, started as a person would start it.
+#include "tests/engine/jet/write/crashed.h"
 #include "tests/support/damage.h"
 #include "tests/support/expected.h"
 #include "tests/support/external_program.h"
@@ -73,6 +74,33 @@ TEST_F(Jetcheck, NamesPageAndRow) {
                 HasSubstr("\nwarning: page " + std::to_string(raw(table_.definitionPage())) +
                           ", Größen: row count: "));
     EXPECT_THAT(result.output, HasSubstr("\nfaulty: 30 errors, 1 warnings; "));
+}
+
+TEST_F(Jetcheck, SaysWhatLiesBesideTheFileAsItsJournal) {
+    jet::Crashed crashed{bytes_};
+    const std::string file = write(crashed.crashed);
+    auto journal = crashed.journal();
+    write(journal, "file.mdb-journal");
+    auto result = jetcheck({file});
+    EXPECT_EQ(result.exitCode, 0) << result.output;
+    EXPECT_THAT(result.output, HasSubstr("warning: page 0: journal: A change was interrupted; 4 "));
+    EXPECT_THAT(result.output, HasSubstr("file.mdb-journal"));
+
+    journal.resize(10000);
+    write(journal, "file.mdb-journal");
+    result = jetcheck({file});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.output, StartsWith("error: page 0: journal: "));
+
+    write({'D', 'i', 'a', 'r', 'y'}, "file.mdb-journal");
+    result = jetcheck({write(bytes_)});
+    EXPECT_EQ(result.exitCode, 0) << result.output;
+    EXPECT_THAT(result.output, HasSubstr("is not the journal of this database."));
+
+    write({}, "file.mdb-journal");
+    result = jetcheck({file});
+    EXPECT_EQ(result.exitCode, 0) << result.output;
+    EXPECT_THAT(result.output, HasSubstr("is what is left of a complete change."));
 }
 
 TEST_F(Jetcheck, PrintsFewerIfAsked) {

@@ -62,6 +62,7 @@ private:
             object.entry.name = valueOr<std::u16string>(context_, *name, record, {});
             object.entry.type = valueOr<std::int16_t>(context_, *type, record, 0);
             object.entry.flags = asNumber(*flags, record);
+            context_.objectPages.insert(raw(object.entry.definition()));
             if (object.entry.isTable()) tables_.push_back(std::move(object));
         });
         const std::vector<bool>& sound = catalog.rows.sound;

@@ -6,6 +6,9 @@
 #include "engine/jet/check/pages.h"
 #include "engine/jet/database.h"
 #include "engine/jet/header.h"
+#include "engine/jet/recovery.h"
+
+#include <utility>
 
 namespace jet {
 namespace checking {
@@ -39,6 +42,19 @@ void checkFileLength(Context& context, const Storage& storage) {
     }
 }
 
+/// The office program leaves definitions behind that no object leads to; had the catalog lost the
+/// object, its indexes would still have it.
+void checkUnusedPage(Context& context, PageNumber page, bool isDefinition) {
+    if (isDefinition && context.objectPages.contains(raw(page))) {
+        context.report.error(Rule::Catalog, page,
+                             "the object of the catalog that has this definition is no table");
+    } else {
+        context.report.warning(Rule::OrphanPage, page,
+                               isDefinition ? "no object of the catalog has this definition"
+                                            : "nothing refers to the page");
+    }
+}
+
 /// What each page is, when everything that refers to pages was looked at.
 void checkRemainingPages(Context& context, const std::vector<bool>& free) {
     PageReader pages = context.reader();
@@ -50,30 +66,52 @@ void checkRemainingPages(Context& context, const std::vector<bool>& free) {
             context.report.error(Rule::PageOwnership, page,
                                  "the page is listed as free, but belongs to " + describe(owner));
         } else if (!free[i] && context.ownersKnown) {
-            if (load(pages.page(page), format::page::kType) == PageType::Definition) {
-                context.report.error(Rule::Catalog, page,
-                                     "no object of the catalog has the definition on this page");
-            } else {
-                context.report.warning(Rule::OrphanPage, page, "nothing refers to the page");
-            }
+            const auto type = load(pages.page(page), format::page::kType);
+            checkUnusedPage(context, page, type == PageType::Definition);
         }
     }
+}
+
+void checkJournal(Reporter& reporter, const std::string& name, const Recovery& recovery) {
+    if (!recovery.journalRemains) return;
+    if (recovery.incomplete) return reporter.error(Rule::Journal, kNoPage, recovery.obstacle);
+    std::string message = recovery.obstacle;
+    if (recovery.pagesLaidOver != 0) {
+        message = "A change was interrupted; " + std::to_string(recovery.pagesLaidOver) +
+                  " pages are checked as they are in " + name + ".";
+    } else if (message.empty()) {
+        message = "The file " + name + " is what is left of a complete change.";
+    }
+    reporter.warning(Rule::Journal, kNoPage, message);
+}
+
+CheckReport run(const Storage& storage, const std::function<void(Reporter&)>& first) {
+    const WholePages whole{storage};
+    checkHeader(whole);
+    Context context{whole};
+    first(context.report);
+    checkFileLength(context, storage);
+    checkHeaderPage(context);
+    const auto free = readFreePages(context);
+    checkCatalog(context);
+    if (free) checkRemainingPages(context, *free);
+    context.report.report().pages = context.pageCount;
+    return std::move(context.report.report());
 }
 
 }  // namespace
 }  // namespace checking
 
 CheckReport check(const Storage& storage) {
-    const checking::WholePages whole{storage};
-    checkHeader(whole);
-    checking::Context context{whole};
-    checking::checkFileLength(context, storage);
-    checking::checkHeaderPage(context);
-    const auto free = checking::readFreePages(context);
-    checking::checkCatalog(context);
-    if (free) checking::checkRemainingPages(context, *free);
-    context.report.report().pages = context.pageCount;
-    return std::move(context.report.report());
+    return checking::run(storage, [](checking::Reporter&) {});
+}
+
+CheckReport checkFile(std::unique_ptr<Storage> file) {
+    Recovery recovery;
+    file = viewRecovered(std::move(file), recovery);
+    return checking::run(*file, [&](checking::Reporter& reporter) {
+        checking::checkJournal(reporter, file->journalName(), recovery);
+    });
 }
 
 CheckReport check(const Database& database) { return check(database.storage()); }

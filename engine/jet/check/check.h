@@ -1,6 +1,6 @@
 // Checks a whole database: every rule for its pages, tables, records and indexes.
 //
-//   const jet::CheckReport report = jet::check(*jet::openFile("traces.mdb"));
+//   const jet::CheckReport report = jet::checkFile(jet::openFile("traces.mdb"));
 //   for (const jet::Finding& finding : report.findings) print(finding);
 //   return report.sound() ? 0 : 1;
 //
@@ -10,6 +10,7 @@
 
 #include "engine/jet/storage.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,15 +22,17 @@ class Database;
 
 /// The rules. Where only a warning can result, the comment says so.
 enum class Rule : std::uint8_t {
-    FileLength,        ///< whole pages, all that are in use, not more than the format can address
-    Header,            ///< constants of the header page
-    PageReference,     ///< a referenced page is in the file
-    PageType,          ///< and of the expected type
-    PageOwner,         ///< and names its owner, a table or long values
-    PageOwnership,     ///< no page has two owners or is listed as free too
-    OrphanPage,        ///< warning: a page in use without references
-    UsageMap,          ///< a page map is readable and lists only pages in the file
-    FreeMap,           ///< pages with room belong to the same owner
+    Journal,        ///< beside the file is no journal, least of all a damaged one; other than that
+                    ///< a warning
+    FileLength,     ///< whole pages, all that are in use, not more than the format can address
+    Header,         ///< constants of the header page
+    PageReference,  ///< a referenced page is in the file
+    PageType,       ///< and of the expected type
+    PageOwner,      ///< and names its owner, a table or long values
+    PageOwnership,  ///< no page has two owners or is listed as free too
+    OrphanPage,     ///< warning: a page in use without references
+    UsageMap,       ///< a page map is readable and lists only pages in the file
+    FreeMap,        ///< pages with room belong to the same owner
     DefinitionLayout,  ///< lengths and constants of a table's definition
     Columns,           ///< numbers, positions and names of a table's columns
     IndexDefinition,   ///< numbers, columns and names of its indexes; their order is a warning
@@ -94,6 +97,10 @@ struct CheckReport {
 /// Throws Error: NotADatabase, OlderFormat, NewerFormat, Encrypted, PasswordProtected; Truncated if
 /// not even a catalog is there; ReadFailed.
 CheckReport check(const Storage& storage);
+
+/// Checks the database in `file` as it will be when it is opened next: a change that was interrupted
+/// counts as taken back. Reports what lies beside it under the name of its journal. Throws as above.
+CheckReport checkFile(std::unique_ptr<Storage> file);
 
 /// The same for a database that is open. Throws as its storage does.
 CheckReport check(const Database& database);

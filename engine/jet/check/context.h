@@ -35,6 +35,8 @@ struct Context {
     PageOwners owners;
     std::unordered_set<std::uint32_t> mapRows;  ///< rows that hold a usage map, packed
 
+    std::unordered_set<std::uint32_t> objectPages;  ///< that objects of the catalog lead to
+
     /// False once a list of pages could not be read: pages without owner may have one in that list.
     bool ownersKnown = true;
 };

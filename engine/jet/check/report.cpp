@@ -6,6 +6,8 @@ namespace jet {
 
 std::string_view nameOf(Rule rule) {
     switch (rule) {
+        case Rule::Journal:
+            return "journal";
         case Rule::FileLength:
             return "file length";
         case Rule::Header:

@@ -3,12 +3,14 @@
 //
 //   offset  size  meaning
 //   0       8     "VORELLEJ"
-//   8       4     version, 1
+//   8       4     version, 2
 //   12      4     pages that the file had
 //   16      8     salt of the checksums, new for every journal
 //   24      8     fingerprint of the file
-//   32      8     checksum of the above
-//   40      ..    records
+//   32      4     records that are durable and may have to be put back; 0: none
+//   36      4     0
+//   40      8     checksum of the above
+//   48      ..    records
 //
 // A record:
 //
@@ -29,11 +31,12 @@ inline constexpr Field<std::uint32_t> kVersion{8};
 inline constexpr Field<std::uint32_t> kPageCount{12};
 inline constexpr Field<std::uint64_t> kSalt{16};
 inline constexpr Field<std::uint64_t> kFingerprint{24};
-inline constexpr Field<std::uint64_t> kChecksum{32};
-inline constexpr std::size_t kHeadSize = 40;
+inline constexpr Field<std::uint32_t> kRecordCount{32};
+inline constexpr Field<std::uint64_t> kChecksum{40};
+inline constexpr std::size_t kHeadSize = 48;
 
 inline constexpr std::uint64_t kMagicValue = 0x4A454C4C45524F56;  ///< "VORELLEJ"
-inline constexpr std::uint32_t kVersionValue = 1;
+inline constexpr std::uint32_t kVersionValue = 2;
 
 // ---- A record ----
 

@@ -5,9 +5,10 @@
 namespace jet {
 
 void Database::write(const std::function<void(WriteContext&)>& change) {
+    forgetCatalog();  // others may have changed it, or may do so while this one waits for the file
     pager_.begin();
     try {
-        forgetCatalog();  // others may have changed it
+        forgetCatalog();
         WriteContext context{*this, pager_, PageAllocator{pager_}, clock_()};
         change(context);
     } catch (...) {

@@ -39,6 +39,8 @@ inline std::string_view nameOf(Fault fault) {
             return "NoSuchTable";
         case Fault::ReadOnly:
             return "ReadOnly";
+        case Fault::JournalInTheWay:
+            return "JournalInTheWay";
         case Fault::WriteFailed:
             return "WriteFailed";
         case Fault::DiskFull:

@@ -1,13 +1,17 @@
 // Opening databases as the program does, with a hand pump in place of the window's messages.
 #include "src/db/mod_database.h"
+#include "src/log/class_log.h"
 #include "src/log/procedure.h"
 #include "src/text/text.h"
+#include "tests/engine/jet/write/crashed.h"
 #include "tests/src/db/recorded_events.h"
+#include "tests/src/log/fake_log_system.h"
 #include "tests/src/log/reporting_log.h"
 #include "tests/support/damage.h"
 #include "tests/support/expected.h"
 #include "tests/support/trace_database.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -276,6 +280,55 @@ TEST_F(LoadingTest, FilesThatAreNoDatabaseDoNoHarm) {
     ASSERT_TRUE(loadToEnd());
     EXPECT_EQ(rows().recordCount(), 300);
 }
+
+// ---- Changes that were interrupted -------------------------------------------------------------
+
+/// The lines of the log that tell of the change while `file` is opened.
+class InterruptedTest : public LoadingTest {
+protected:
+    std::string logOfOpening(const std::filesystem::path& path) {
+        FakeLogSystem system;
+        classLog log{system.system()};
+        const ServicesInUse inUse{servicesWith(&Services::log, &log)};
+        events_.lines.clear();
+        open(path);
+        EXPECT_TRUE(loadToEnd());
+        EXPECT_EQ(rows().recordCount(), 2500);
+        modDatabase::connectToDB(u"");
+        log.flush();
+        return system.text(log.strLogFile());
+    }
+
+    jet::Crashed crashed_{fixture::traceDatabase({.rows = 2500}, fixture::TraceFormat::Newer)};
+};
+
+TEST_F(InterruptedTest, ThePagesThatWerePutBackAreLogged) {
+    folder_.write("traces.mdb-journal", crashed_.journal());
+    const auto path = folder_.write("traces.mdb", crashed_.crashed);
+    const std::string log = logOfOpening(path);
+    EXPECT_THAT(log, testing::HasSubstr("has been taken back, pages: 4"));
+    EXPECT_THAT(log, testing::HasSubstr("Warning:("));
+    EXPECT_THAT(logOfOpening(path), testing::Not(testing::HasSubstr("interrupted")));
+}
+
+TEST_F(InterruptedTest, AFileInTheWayOfTheJournalIsLogged) {
+    folder_.write("traces.mdb-journal", {'D', 'i', 'a', 'r', 'y'});
+    const auto path = folder_.write("traces.mdb", crashed_.original);
+    const std::string log = logOfOpening(path);
+    EXPECT_THAT(log, testing::HasSubstr("traces.mdb-journal is not the journal of this database"));
+    EXPECT_THAT(log, testing::HasSubstr("Warning:("));
+}
+
+#ifndef _WIN32
+TEST_F(InterruptedTest, WhatCannotBeTakenBackIsShownAsItWas) {
+    folder_.write("traces.mdb-journal", crashed_.journal());
+    const auto path = folder_.write("traces.mdb", crashed_.crashed);
+    std::filesystem::permissions(path, std::filesystem::perms::owner_read);
+    const std::string log = logOfOpening(path);
+    EXPECT_THAT(log, testing::HasSubstr("shown as it was before a change that was interrupted"));
+    EXPECT_THAT(log, testing::HasSubstr("traces.mdb cannot be written"));
+}
+#endif
 
 TEST_F(LoadingTest, SampleFilesLoadWhole) {
     const auto folder = fixture::testDataFolder();

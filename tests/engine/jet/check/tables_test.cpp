@@ -168,7 +168,8 @@ TEST(CheckCatalog, AnObjectWithoutDefinition) {
     EXPECT_THAT(found, testing::Contains(Expected{Rule::Catalog, row}));
     EXPECT_THAT(found, testing::Contains(Expected{Rule::IndexKey, row}));
     EXPECT_THAT(found, testing::Contains(Expected{Rule::AccessRights, row}));
-    EXPECT_THAT(found, testing::Contains(Expected{Rule::Catalog, sample.empty.definitionPage()}));
+    EXPECT_THAT(found,
+                testing::Contains(warning({Rule::OrphanPage, sample.empty.definitionPage()})));
 }
 
 TEST(CheckCatalog, TwoObjectsWithOneDefinition) {

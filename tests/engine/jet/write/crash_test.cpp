@@ -100,7 +100,10 @@ struct Change {
         }
         ASSERT_TRUE(disk.hasFailed());
         FaultyDisk found = disk.restarted(survival, random);
-        { const auto database = Database::open(found.open(), changedPages); }
+        {
+            const auto database = Database::open(found.open(), changedPages);
+            EXPECT_EQ(database->recovery().obstacle, "") << "operation " << operation;
+        }
         const bool old = found.database() == before;
         const bool complete = found.database() == after;
         ASSERT_TRUE(old || complete) << "operation " << operation << " of " << operations
@@ -163,7 +166,7 @@ TEST(Crash, DuringRecovery) {
             } catch (const Error&) {
             }
             FaultyDisk last = again.restarted(Survival::Torn, random);
-            { const auto database = Database::open(last.open()); }
+            EXPECT_EQ(Database::open(last.open())->recovery().obstacle, "");
             ASSERT_TRUE(last.database() == change.before || last.database() == change.after)
                 << operation << ", " << second;
         }

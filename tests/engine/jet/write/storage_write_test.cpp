@@ -4,31 +4,59 @@
 #include "engine/jet/write/schema.h"
 #include "engine/jet/write/table_writer.h"
 #include "tests/engine/jet/faults.h"
-#include "tests/engine/jet/memory_pages.h"
+#include "tests/engine/jet/plain_value.h"
+#include "tests/engine/jet/write/crashed.h"
 #include "tests/support/expected.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <fstream>
+#include <mutex>
+#include <thread>
 
 #ifdef _WIN32
 #include <windows.h>
 #else
-#include <unistd.h>
+#include <sys/stat.h>
 #endif
 
 namespace jet {
 namespace {
 
 using fixture::TemporaryFolder;
+using testing::HasSubstr;
 using ByteVector = std::vector<std::uint8_t>;
 
+#ifdef _WIN32
 /// Some users may write whatever its permissions say, under Wine too.
 bool mayBeWrittenAllTheSame(const std::filesystem::path& path) {
     return std::ofstream{path, std::ios::binary | std::ios::app}.is_open();
 }
 
 constexpr const char* kNothingForbidden = "nothing is forbidden to this user";
+#endif
+
+#ifndef _WIN32
+constexpr auto kReadOnlyFolder =
+    std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec;
+#endif
+
+std::filesystem::path journalOf(std::filesystem::path path) { return path += "-journal"; }
+
+ByteVector contentOf(const Storage& storage) {
+    ByteVector content(static_cast<std::size_t>(storage.size()));
+    EXPECT_EQ(storage.readAt(0, content), content.size());
+    return content;
+}
+
+/// A file whose change was cut short, and its journal.
+std::filesystem::path write(const TemporaryFolder& folder, Crashed& crashed) {
+    folder.write("crashed.mdb-journal", crashed.journal());
+    return folder.write("crashed.mdb", crashed.crashed);
+}
 
 void addTable(Database& database, const std::u16string& name) {
     database.write([&](WriteContext& context) {
@@ -38,14 +66,12 @@ void addTable(Database& database, const std::u16string& name) {
 
 /// Changes the file at `path` and looks at it again.
 void changeAndReopen(const std::filesystem::path& path) {
-    std::filesystem::path journal = path;
-    journal += "-journal";
     {
         const auto database = Database::open(path);
         addTable(*database, u"T");
-        EXPECT_NO_THROW(openFile(journal));
+        EXPECT_NO_THROW(openFile(journalOf(path)));
         database->commit();
-        expectFault(Fault::FileNotFound, [&] { openFile(journal); });
+        expectFault(Fault::FileNotFound, [&] { openFile(journalOf(path)); });
     }
     EXPECT_NO_THROW(Database::open(path)->table(u"T"));
 }
@@ -82,6 +108,118 @@ TEST(FileLock, KeepsOthersOutUntilItIsGivenBack) {
     one->unlock();
 }
 
+TEST(BusyFile, IsRefusedWhenASecondHasPassed) {
+    const TemporaryFolder folder;
+    const auto path = folder.write("busy.mdb", numberedPages(4));
+    const auto writer = openFile(path);
+    const auto refused = [&](Storage& storage) {
+        const auto start = std::chrono::steady_clock::now();
+        expectFault(Fault::InUse, [&] { storage.lock(); });
+        return std::chrono::steady_clock::now() - start;
+    };
+    const auto reader = openFile(path);
+    const auto first = refused(*writer);
+    EXPECT_GE(first, std::chrono::seconds{1});
+    // Who asks again at once does not wait again.
+    EXPECT_LT(refused(*writer), first / 2);
+}
+
+/// Programs that use one file at the same time, each for some milliseconds.
+class Crowd {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    explicit Crowd(std::filesystem::path path) : path_{std::move(path)} {}
+
+    void addRow(std::int32_t number) {
+        use([&](Database& database) {
+            Clock::time_point begin;
+            database.write([&](WriteContext& context) {
+                begin = Clock::now();
+                TableWriter writer{context, database.table(u"T")->definition()};
+                writer.insert(std::vector<Value>{number});
+                writer.finish();
+            });
+            database.commit();
+            note(Clock::now() - begin);
+        });
+    }
+
+    std::size_t countRows() {
+        std::size_t rows = 0;
+        use([&](Database& database) { rows = plainRows(*database.table(u"T")).size(); });
+        return rows;
+    }
+
+    int refused() const { return refused_; }
+
+    /// Nobody can be asked to wait for a disk that takes that long.
+    bool wasSlow() const { return longest_ > std::chrono::milliseconds{250}; }
+
+private:
+    template <typename Action>
+    void use(Action action) {
+        try {
+            const auto database = Database::open(path_);
+            action(*database);
+        } catch (const Error& error) {
+            EXPECT_EQ(error.fault(), Fault::InUse) << error.what();
+            ++refused_;
+        }
+    }
+
+    void note(Clock::duration time) {
+        const std::lock_guard lock{mutex_};
+        longest_ = std::max(longest_, time);
+    }
+
+    std::filesystem::path path_;
+    std::atomic<int> refused_{0};
+    std::mutex mutex_;
+    Clock::duration longest_{};  ///< that one had the file alone
+};
+
+TEST(BusyFile, ThreeWritersAndAReaderAtOnce) {
+    constexpr int kWriters = 3;
+    constexpr std::int32_t kRows = 30;
+    const TemporaryFolder folder;
+    const auto path = folder.path() / "busy.mdb";
+    createDatabase(path, Date{42000});
+    addTable(*Database::open(path), u"T");
+    Crowd crowd{path};
+    std::atomic<int> writing{kWriters};
+    std::atomic<int> steps{0};  ///< rows added, and writers that have finished
+    const auto step = [&] {
+        const int number = ++steps;
+        steps.notify_all();
+        return number;
+    };
+    std::vector<std::jthread> threads;
+    for (int writer = 0; writer < kWriters; ++writer) {
+        threads.emplace_back([&] {
+            for (std::int32_t i = 0; i < kRows; ++i) {
+                crowd.addRow(i);
+                // No program is so fast that it has the file again before anybody else wakes up.
+                const int number = step();
+                if (writing > 1) steps.wait(number);
+            }
+            --writing;
+            step();
+        });
+    }
+    for (int seen = 0; writing > 0; crowd.countRows()) {
+        steps.wait(seen);
+        seen = steps;
+    }
+    threads.clear();
+    const int refused = crowd.refused();
+    if (refused != 0 && crowd.wasSlow()) {
+        GTEST_SKIP() << "the disk is too slow for this";
+    }
+    EXPECT_EQ(refused, 0);
+    EXPECT_EQ(crowd.countRows(), std::size_t{kWriters * kRows});
+}
+
 TEST(FileLock, ADatabaseWithUncommittedChangesIsItsWritersAlone) {
     const TemporaryFolder folder;
     const auto path = folder.path() / "own.mdb";
@@ -104,9 +242,11 @@ TEST(FileLock, AReadOnlyFile) {
     std::filesystem::permissions(path, std::filesystem::perms::owner_read |
                                            std::filesystem::perms::group_read |
                                            std::filesystem::perms::others_read);
+#ifdef _WIN32
     if (mayBeWrittenAllTheSame(path)) {
         GTEST_SKIP() << kNothingForbidden;
     }
+#endif
     {
         const auto database = Database::open(path);
         expectFault(Fault::ReadOnly, [&] { addTable(*database, u"T"); });
@@ -120,14 +260,10 @@ TEST(FileLock, AFolderThatTakesNoJournal) {
 #ifdef _WIN32
     GTEST_SKIP() << "the attribute of a folder forbids nothing here";
 #else
-    if (::geteuid() == 0) {
-        GTEST_SKIP() << kNothingForbidden;
-    }
     const TemporaryFolder folder;
     const auto path = folder.path() / "file.mdb";
     createDatabase(path, Date{42000});
-    std::filesystem::permissions(
-        folder.path(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+    std::filesystem::permissions(folder.path(), kReadOnlyFolder);
     {
         const auto database = Database::open(path);
         expectFault(Fault::ReadOnly, [&] { addTable(*database, u"T"); });
@@ -137,14 +273,104 @@ TEST(FileLock, AFolderThatTakesNoJournal) {
 #endif
 }
 
-// A folder where the journal is to stand: whatever the reason, the file stays as it is.
+#ifndef _WIN32
+TEST(FoundJournal, InAReadOnlyFolder) {
+    const TemporaryFolder folder;
+    Crashed crashed{emptyDatabase(Date{42000})};
+    const auto path = write(folder, crashed);
+    std::filesystem::permissions(folder.path(), kReadOnlyFolder);
+    {
+        const auto database = Database::open(path);
+        EXPECT_EQ(contentOf(database->storage()), crashed.original);
+        EXPECT_EQ(database->recovery().pagesLaidOver, Crashed::kSafe);
+        EXPECT_THAT(database->recovery().obstacle, HasSubstr(folder.path().string()));
+        const auto message = expectFault(Fault::ReadOnly, [&] { addTable(*database, u"T"); });
+        EXPECT_EQ(message, database->recovery().obstacle);
+    }
+    EXPECT_EQ(contentOf(*openFile(path)), crashed.crashed);
+    std::filesystem::permissions(folder.path(), std::filesystem::perms::owner_all);
+    EXPECT_EQ(Database::open(path)->recovery().pagesPutBack, Crashed::kSafe);
+    EXPECT_EQ(contentOf(*openFile(path)), crashed.original);
+    changeAndReopen(path);
+}
+
+TEST(FoundJournal, BesideTheTargetOfALink) {
+    const TemporaryFolder folder;
+    Crashed crashed{emptyDatabase(Date{42000})};
+    const auto path = write(folder, crashed);
+    std::filesystem::create_directory(folder.path() / "links");
+    const auto link = folder.path() / "links" / "link.mdb";
+    std::filesystem::create_symlink(path, link);
+    EXPECT_EQ(Database::open(link)->recovery().pagesPutBack, Crashed::kSafe);
+    EXPECT_EQ(contentOf(*openFile(path)), crashed.original);
+
+    // And where one is made.
+    const auto database = Database::open(link);
+    addTable(*database, u"T");
+    EXPECT_TRUE(std::filesystem::exists(journalOf(path)));
+    EXPECT_FALSE(std::filesystem::exists(journalOf(link)));
+    database->commit();
+    EXPECT_FALSE(std::filesystem::exists(journalOf(path)));
+}
+
+// Whoever opens it for reading must not wait for somebody who writes to it.
+TEST(FoundJournal, APipe) {
+    const TemporaryFolder folder;
+    const auto path = folder.path() / "file.mdb";
+    createDatabase(path, Date{42000});
+    ASSERT_EQ(::mkfifo(journalOf(path).c_str(), 0600), 0);
+    const auto database = Database::open(path);
+    EXPECT_THAT(database->recovery().obstacle, HasSubstr(journalOf(path).string()));
+    expectFault(Fault::JournalInTheWay, [&] { addTable(*database, u"T"); });
+    EXPECT_TRUE(std::filesystem::is_fifo(journalOf(path)));
+}
+#endif
+
+TEST(FoundJournal, AFileOfSomebodyElse) {
+    const TemporaryFolder folder;
+    const auto path = folder.path() / "file.mdb";
+    createDatabase(path, Date{42000});
+    const ByteVector before = contentOf(*openFile(path));
+    const ByteVector diary(100, 'D');
+    folder.write("file.mdb-journal", diary);
+    {
+        const auto database = Database::open(path);
+        EXPECT_FALSE(database->catalog().empty());
+        const auto message =
+            expectFault(Fault::JournalInTheWay, [&] { addTable(*database, u"T"); });
+        EXPECT_THAT(message, HasSubstr("file.mdb-journal"));
+        expectFault(Fault::NoSuchTable, [&] { database->table(u"T"); });
+    }
+    EXPECT_EQ(contentOf(*openFile(path)), before);
+    EXPECT_EQ(contentOf(*openFile(journalOf(path))), diary);
+    std::filesystem::remove(journalOf(path));
+    changeAndReopen(path);
+}
+
+// It appears when the change has begun already.
+TEST(FoundJournal, IsNeverOverwritten) {
+    const TemporaryFolder folder;
+    const auto path = folder.path() / "file.mdb";
+    createDatabase(path, Date{42000});
+    const auto storage = openFile(path);
+    storage->lock();
+    const ByteVector diary(100, 'D');
+    folder.write("file.mdb-journal", diary);
+    expectFault(Fault::JournalInTheWay, [&] { storage->createJournal(); });
+    storage->unlock();
+    EXPECT_EQ(contentOf(*openFile(journalOf(path))), diary);
+}
+
+// A folder where the journal is to stand: the file stays as it is.
 TEST(FileLock, AJournalThatCannotBeMade) {
     const TemporaryFolder folder;
     const auto path = folder.path() / "file.mdb";
     createDatabase(path, Date{42000});
     const auto database = Database::open(path);
     std::filesystem::create_directory(folder.path() / "file.mdb-journal");
-    EXPECT_THROW(addTable(*database, u"T"), Error);
+    const auto message = expectFault(Fault::JournalInTheWay, [&] { addTable(*database, u"T"); });
+    EXPECT_THAT(message, HasSubstr("file.mdb-journal"));
+    EXPECT_TRUE(std::filesystem::is_directory(folder.path() / "file.mdb-journal"));
     expectFault(Fault::NoSuchTable, [&] { database->table(u"T"); });
     std::filesystem::remove(folder.path() / "file.mdb-journal");
     addTable(*database, u"T");
