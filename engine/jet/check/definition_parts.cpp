@@ -2,6 +2,7 @@
 
 #include "engine/jet/check/definition.h"
 #include "engine/jet/collation.h"
+#include "engine/jet/format/value.h"
 #include "engine/jet/text.h"
 
 #include <algorithm>
@@ -39,6 +40,7 @@ public:
         if (!haveOwnNames(definition_.columns)) fail("two columns have the same name");
         checkNumbers();
         checkFixedPlaces();
+        for (const Column& column : definition_.columns) checkType(column);
     }
 
 private:
@@ -77,6 +79,53 @@ private:
                 fail("two columns overlap at byte " + std::to_string(ranges[i].first) +
                      " of the record");
             }
+        }
+    }
+
+    /// What the block of a column says about its type must agree.
+    void checkType(const Column& column) {
+        const char* const wrong = contradiction(column);
+        if (wrong != nullptr) fail("column " + toUtf8(column.name) + ": " + wrong);
+    }
+
+    const char* contradiction(const Column& column) const {
+        if (!isKnown(column.type)) return "there is no such type";
+        if (!hasRightLength(column)) return "the length is not one of its type";
+        if (column.fixed && column.isLongValue()) return "a long value is not fixed";
+        if (!column.fixed && column.type == ColumnType::Boolean) return "a Boolean is fixed";
+        const bool text = column.type == ColumnType::Text || column.type == ColumnType::Memo;
+        if (text && column.collation.lcid == 0) return "the text has no order";
+        if (column.compressed && !text) return "only texts are compressed";
+        const bool numbered = column.type == ColumnType::Long || column.type == ColumnType::Guid;
+        if (column.autonumber && !numbered) return "the type cannot number its rows";
+        if (column.type != ColumnType::Numeric) return nullptr;
+        const bool possible = column.precision >= 1 &&
+                              column.precision <= format::value::kMaxDigits &&
+                              column.scale <= column.precision;
+        return possible ? nullptr : "the number of digits is impossible";
+    }
+
+    static bool isKnown(ColumnType type) {
+        return (type >= ColumnType::Boolean && type <= ColumnType::Memo) ||
+               (type >= ColumnType::Guid && type <= ColumnType::InternalBinary);
+    }
+
+    static bool hasRightLength(const Column& column) {
+        constexpr std::size_t kMaxText = 510;
+        switch (column.type) {
+            case ColumnType::Boolean:
+                return column.size == 1;
+            case ColumnType::Memo:
+            case ColumnType::Ole:
+                return column.size == 0;
+            case ColumnType::Text:
+                return column.size <= kMaxText && column.size % sizeof(char16_t) == 0;
+            case ColumnType::Binary:
+                return column.size <= kMaxText;
+            case ColumnType::InternalBinary:
+                return true;
+            default:
+                return column.size == format::value::size(column.type);
         }
     }
 

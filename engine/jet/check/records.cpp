@@ -6,12 +6,39 @@
 #include "engine/jet/text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 namespace jet::checking {
 namespace {
 
 namespace layout = format::record;
+
+/// Neither the original engine nor this one stores infinities, or numbers so small that they have
+/// no leading bit. An integer in a column that is taken for one of floating point looks like that.
+template <typename T>
+bool isPlainNumber(Bytes value) {
+    const T number = load<T>(value, 0);
+    return number == 0 || std::isnormal(number);
+}
+
+bool isPossible(ColumnType type, Bytes value) {
+    // 0100-01-01 to 9999-12-31.
+    constexpr double kFirstDay = -657434;
+    constexpr double kBehindLastDay = 2958466;
+    switch (type) {
+        case ColumnType::Single:
+            return isPlainNumber<float>(value);
+        case ColumnType::Double:
+            return isPlainNumber<double>(value);
+        case ColumnType::Date: {
+            const auto days = load<double>(value, 0);
+            return isPlainNumber<double>(value) && days > kFirstDay - 1 && days < kBehindLastDay;
+        }
+        default:
+            return true;
+    }
+}
 
 }  // namespace
 
@@ -103,7 +130,8 @@ bool RecordCheck::checkFields(const Record& record, RowId row) {
 const char* RecordCheck::whatIsWrong(const Column& column, Bytes value) {
     const std::size_t ownSize = sizeOfType(column.type);
     if (ownSize != 0) {
-        return value.size() == ownSize ? nullptr : "the value is not as long as its type";
+        if (value.size() != ownSize) return "the value is not as long as its type";
+        return isPossible(column.type, value) ? nullptr : "the value is not one of its type";
     }
     if (column.isLongValue()) {
         const bool whole = value.empty() || value.size() >= format::long_value::kHeadSize;
