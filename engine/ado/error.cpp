@@ -36,6 +36,7 @@ std::string sentence(jet::Fault fault, const std::string& path) {
             return "The database '" + path + "' is damaged.";
         case jet::Fault::ReadOnly:
         case jet::Fault::JournalInTheWay:
+        case jet::Fault::DamagedFile:
             return "Cannot update. Database or object is read-only.";
         case jet::Fault::WriteFailed:
             return "Could not write to '" + path + "': disk or network error.";
@@ -58,6 +59,7 @@ std::int32_t numberOf(jet::Fault fault) {
             return kErrorAlreadyExists;
         case jet::Fault::ReadOnly:
         case jet::Fault::JournalInTheWay:
+        case jet::Fault::DamagedFile:
             return kErrorReadOnly;
         case jet::Fault::TableExists:
         case jet::Fault::TooMany:

@@ -78,7 +78,10 @@ public:
 
     /// Runs `change` as one atomic statement. Its changes are visible in this object at once and
     /// become durable with commit(); until then no other program can open the file.
-    /// Throws Error: ReadOnly, InUse, WriteFailed, DiskFull; what `change` throws.
+    /// A file in which any reader of this object has met a loss is not written: all statements since
+    /// the last commit are rolled back, and this one and all later ones throw Error{DamagedFile}, which
+    /// names the first loss.
+    /// Throws Error: DamagedFile, ReadOnly, InUse, WriteFailed, DiskFull; what `change` throws.
     void write(const std::function<void(WriteContext&)>& change);
 
     /// Commits the statements since the last commit atomically; after that other programs can open
@@ -106,6 +109,7 @@ private:
     std::vector<CatalogEntry> readCatalog();
     std::vector<CatalogEntry> readObjects(Losses& losses);
     TableDefinition readDefinition(PageReader& pages, PageNumber page, std::u16string name);
+    void refuseDamaged();
 
     const Recovery recovery_;
     Pager pager_;

@@ -32,6 +32,7 @@ enum class Fault {
     NoSuchTable,
     ReadOnly,         ///< the file or its folder may not be written
     JournalInTheWay,  ///< a file of the journal's name is not a journal that can be put back
+    DamagedFile,      ///< the file is not written because something in it cannot be read
     WriteFailed,      ///< the storage failed while it was written to
     DiskFull,         ///< no room for the change
     FileFull,         ///< the change would take the file beyond the format's 2 GB

@@ -152,6 +152,19 @@ void Pager::commit() {
     owner_ = std::thread::id{};
 }
 
+void Pager::rollBack() noexcept {
+    if (!transaction_) return;
+    const std::unique_lock lock{gate_};
+    owner_ = std::this_thread::get_id();
+    try {
+        takeBackTransaction();
+    } catch (const std::exception&) {
+        broken_ = true;
+    }
+    notify(kNoPage);
+    owner_ = std::thread::id{};
+}
+
 /// Puts the pages back that the statement changed. They are changed pages still: those that
 /// earlier statements changed, and those that the file may have got already.
 void Pager::takeBackStatement() {

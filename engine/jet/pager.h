@@ -72,6 +72,10 @@ public:
     /// ReadFailed; all changes since the last commit are rolled back then.
     void commit();
 
+    /// Rolls back all changes since the last commit and opens the file to others again. If the storage
+    /// fails, as undo().
+    void rollBack() noexcept;
+
     // ---- Pages, during a statement ----
 
     /// The page as it is now. Throws Error: Damaged for a page outside the file, ReadFailed.

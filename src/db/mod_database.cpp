@@ -128,9 +128,20 @@ void createUniqueTracesArray(ado::Recordset& recordset) {
     });
 }
 
-/// What a file shows that lacks tblUniqueFilters, or columns of it.
+bool tracesLackTheirKey() {
+    try {
+        const auto traces = connection().database()->table(u"tblTraces");
+        return traces->definition().findColumn(u"qrxIndex") == nullptr;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+/// What a file shows that lacks tblUniqueFilters, or columns of it. Of a damaged catalog the traces
+/// decide: it may have lost that table.
 bool isOlderFormat(const Failure& failure) {
-    return failure.number == ado::kErrorNoSuchTable || failure.number == ado::kErrorParameter;
+    if (failure.number != ado::kErrorNoSuchTable) return failure.number == ado::kErrorParameter;
+    return !connection().database()->losses().any() || tracesLackTheirKey();
 }
 
 /// Reported under the name of the procedure that asked for the file to be opened.

@@ -41,6 +41,8 @@ inline std::string_view nameOf(Fault fault) {
             return "ReadOnly";
         case Fault::JournalInTheWay:
             return "JournalInTheWay";
+        case Fault::DamagedFile:
+            return "DamagedFile";
         case Fault::WriteFailed:
             return "WriteFailed";
         case Fault::DiskFull:

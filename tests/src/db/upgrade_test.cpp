@@ -11,6 +11,7 @@
 #include "tests/engine/jet/plain_value.h"
 #include "tests/src/db/recorded_events.h"
 #include "tests/src/log/fake_log_system.h"
+#include "tests/support/damage.h"
 #include "tests/support/expected.h"
 #include "tests/support/external_program.h"
 #include "tests/support/trace_database.h"
@@ -427,6 +428,68 @@ TEST_F(UpgradeTest, AFileInUseIsReadAndLeftAlone) {
     upgrade(path);  // it is free now
     EXPECT_TRUE(reportsOfOpening_.empty());
     expectKeys(*jet::Database::open(path)->table(u"tblTraces"));
+}
+
+/// Where the rows of a table are, those of which `wanted` says so.
+std::vector<jet::RowId> rowsOf(
+    const std::filesystem::path& path, std::u16string_view name,
+    const std::function<bool(const PlainRow&)>& wanted = [](const PlainRow&) { return true; }) {
+    const auto database = jet::Database::open(path);
+    const auto table = database->table(name);
+    const auto plain = jet::plainRows(*table);
+    std::vector<jet::RowId> rows;
+    std::size_t i = 0;
+    for (jet::TableScan scan{*table}; scan.next(); ++i) {
+        if (wanted(plain[i])) rows.push_back(scan.rowId());
+    }
+    return rows;
+}
+
+void damage(const std::filesystem::path& path, std::uint64_t offset, std::string_view bytes) {
+    std::fstream file{path, std::ios::binary | std::ios::in | std::ios::out};
+    file.seekp(static_cast<std::streamoff>(offset));
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+// The first four statements succeed before the fifth one meets the page.
+TEST_F(UpgradeTest, ADamagedFileIsReadAndLeftAlone) {
+    const auto path = makeFile(5000, fixture::TraceFormat::Older);
+    const auto rows = rowsOf(path, u"tblTraces");
+    const jet::PageNumber page = rows[rows.size() / 2].page();
+    damage(path, std::uint64_t{raw(page)} * jet::kPageSize, std::string(2, '\0'));
+    const auto content = contentOf(path);
+    open(path);
+    expectGivenUp(reports_, "-2147217911");
+    EXPECT_TRUE(std::ranges::any_of(reports_, [&](const auto& report) {
+        return report.find(u"is damaged") != std::u16string::npos &&
+               report.find(jet::toUtf16("age " + std::to_string(raw(page)))) !=
+                   std::u16string::npos;
+    }));
+    EXPECT_TRUE(pump_->runUntil([this] { return events_.count(u"load ended") != 0; }, kPatience));
+    EXPECT_GT(diags()->rsDiags().recordCount(), 4900);
+    modDatabase::connectToDB(u"");
+    EXPECT_TRUE(contentOf(path) == content);
+    EXPECT_FALSE(std::filesystem::exists(path.string() + "-journal"));
+}
+
+TEST_F(UpgradeTest, ANewerFileThatHasLostItsTableOfCombinationsIsNotTakenForAnOlderOne) {
+    const auto path = makeFile(100, fixture::TraceFormat::Newer);
+    const auto entry = rowsOf(path, u"MSysObjects", [](const PlainRow& row) {
+        return std::ranges::find(row, std::optional<std::string>{"tblUniqueFilters"}) != row.end();
+    });
+    ASSERT_EQ(entry.size(), 1u);
+    const auto content = contentOf(path);
+    const std::vector<std::uint8_t> bytes{content.begin(), content.end()};
+    damage(path, fixture::rowOffset(bytes, entry[0]), "\xFF\x7F");
+    const auto damaged = contentOf(path);
+    open(path);
+    EXPECT_EQ(events_.count(u"upgrade"), 0u);
+    EXPECT_EQ(count(reports_, u"updateDatabaseFormat"), 0u);
+    EXPECT_EQ(count(reports_, u"[modDatabase]openUniqueFilters: Err.Number = -2147217865"), 1u);
+    EXPECT_TRUE(pump_->runUntil([this] { return events_.count(u"load ended") != 0; }, kPatience));
+    EXPECT_EQ(diags()->rsDiags().recordCount(), 100);
+    modDatabase::connectToDB(u"");
+    EXPECT_TRUE(contentOf(path) == damaged);
 }
 
 TEST_F(UpgradeTest, AnEmptyTableGetsEverythingButRows) {

@@ -289,7 +289,7 @@ TEST(FreePages, AMapThatIsWrongIsATypedErrorAndNothingChanges) {
         SCOPED_TRACE(name);
         const auto bytes = foreignFile(damage);
         Written file{bytes};
-        expectFault(Fault::Damaged, [&] { addTable(*file.database); });
+        expectFault(Fault::DamagedFile, [&] { addTable(*file.database); });
         file.database->commit();
         EXPECT_EQ(file.bytes(), bytes);
         EXPECT_EQ(file.rows(u"T").size(), 5u);
@@ -363,7 +363,7 @@ TEST(UsageMaps, PagesOfOthersAreNotGivenBack) {
         bytes[fixture::rowOffset(bytes, map) + 5 + foreign / 8] |=
             static_cast<std::uint8_t>(1u << (foreign % 8));
         Written damaged{bytes};
-        expectFault(Fault::Damaged, [&] {
+        expectFault(Fault::DamagedFile, [&] {
             damaged.write([](WriteContext& context) { dropTable(context, u"A"); });
         });
         damaged.database->commit();
@@ -396,7 +396,7 @@ TEST(UsageMaps, PagesOfOthersAreNotChanged) {
         bytes[fixture::rowOffset(bytes, map) + 5 + foreign / 8] |=
             static_cast<std::uint8_t>(1u << (foreign % 8));
         Written damaged{bytes};
-        expectFault(Fault::Damaged, [&] {
+        expectFault(Fault::DamagedFile, [&] {
             damaged.write([&](WriteContext& context) {
                 TableWriter writer{context, damaged.database->table(u"A")->definition()};
                 writer.updateRows([](const Record&, PageReader&, Assignments& changes) {

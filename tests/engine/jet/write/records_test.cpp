@@ -261,7 +261,7 @@ TEST(Records, OfADefinitionThatIsWrong) {
         std::vector<std::uint8_t> bytes = sound.file;
         fixture::poke16(bytes, offset, value);
         Written file{bytes};
-        expectFault(Fault::Damaged, [&] {
+        expectFault(Fault::DamagedFile, [&] {
             file.insert(u"Empty", {row(std::int32_t{1}, text(u"b"), text(u"c"), std::int32_t{2})});
         });
         file.database->commit();

@@ -76,7 +76,7 @@ TEST(RowKeys, ATableOfWhichAPartCannotBeReadGetsNoIndex) {
     fixture::poke16(outside, fixture::slotOffset({table.page, 2}), 0x1FFF);
     for (const auto& bytes : {foreign, outside}) {
         Written damaged{bytes};
-        expectFault(Fault::Damaged, [&] {
+        expectFault(Fault::DamagedFile, [&] {
             damaged.write([](WriteContext& context) {
                 createIndex(context, u"T", {.name = u"I", .columns = {{u"Text"}}});
             });

@@ -355,17 +355,22 @@ TEST(TableWriter, RowsChangeOneAfterAnotherInOneStatement) {
 }
 
 TEST(TableWriter, ARowOfAnotherTableIsNotChanged) {
-    People people;
-    people.insert(1, u"Ada");
-    people.write([](WriteContext& context) { createTable(context, u"Other", peopleColumns()); });
-    people.Written::insert(u"Other", {People::person(2, u"Bob", u"")});
-    const auto other = people.database->table(u"Other");
-    TableScan scan{*other};
-    ASSERT_TRUE(scan.next());
-    expectFault(Fault::Damaged, [&] { people.update(scan.rowId(), 1, text(u"Eve")); });
-    expectFault(Fault::Damaged, [&] { people.remove(scan.rowId()); });
-    EXPECT_EQ(people.rows(u"Other")[0][1], "Bob");
-    people.expectClean();
+    const auto expectRefused = [](const std::function<void(People&, RowId)>& change) {
+        People people;
+        people.insert(1, u"Ada");
+        people.write(
+            [](WriteContext& context) { createTable(context, u"Other", peopleColumns()); });
+        people.Written::insert(u"Other", {People::person(2, u"Bob", u"")});
+        people.database->commit();
+        const auto other = people.database->table(u"Other");
+        TableScan scan{*other};
+        ASSERT_TRUE(scan.next());
+        expectFault(Fault::DamagedFile, [&] { change(people, scan.rowId()); });
+        EXPECT_EQ(people.rows(u"Other")[0][1], "Bob");
+        people.expectClean();
+    };
+    expectRefused([](People& people, RowId row) { people.update(row, 1, text(u"Eve")); });
+    expectRefused([](People& people, RowId row) { people.remove(row); });
 }
 
 TEST(TableWriter, NewColumnsAreDescribedAsTheyAreAskedFor) {

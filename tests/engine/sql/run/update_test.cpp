@@ -195,7 +195,7 @@ TEST(Update, ChangesNothingInADamagedTable) {
     fixture::ByteVector file = builder.bytes();
     fixture::poke16(file, fixture::rowOffset(file, last), 0xFFFF);
     const auto database = jet::Database::open(std::make_unique<jet::MemoryStorage>(file));
-    EXPECT_EQ(jetFault(database, u"UPDATE Numbers SET Id = 0"), jet::Fault::Damaged);
+    EXPECT_EQ(jetFault(database, u"UPDATE Numbers SET Id = 0"), jet::Fault::DamagedFile);
     EXPECT_EQ(rows(database, u"SELECT MAX(Id) FROM Numbers"), Lines{"898"});
     EXPECT_TRUE(contentOf(*database) == file);
 }
