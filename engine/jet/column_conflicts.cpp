@@ -54,7 +54,10 @@ public:
         : definition_{definition}, reasons_(definition.columns.size()) {}
 
     void run() {
-        for (std::size_t i = 0; i < reasons_.size(); ++i) checkKind(i);
+        for (std::size_t i = 0; i < reasons_.size(); ++i) {
+            checkKind(i);
+            idsOfNull_.push_back(mayBeNull(i) ? definition_.columns[i].id : layout::kNoColumn);
+        }
         checkNumbers({&Column::id, [](const Column&) { return true; },
                       &TableDefinition::columnsEver, "number"});
         checkNumbers({&Column::variableIndex, [](const Column& column) { return !column.fixed; },
@@ -62,7 +65,9 @@ public:
         checkFixedPlaces();
         for (std::size_t i = 1; i < reasons_.size(); ++i) renameSecond(i);
         for (std::size_t i = 0; i < reasons_.size(); ++i) {
-            if (!reasons_[i].empty()) setAside(definition_.columns[i], reasons_[i]);
+            if (reasons_[i].empty()) continue;
+            setAside(definition_.columns[i], reasons_[i]);
+            definition_.columns[i].idForNull = idsOfNull_[i];
         }
     }
 
@@ -87,6 +92,15 @@ private:
         } else if (column.isLongValue() && column.size != 0 && column.ownedMap.page() == kNoPage) {
             fail(i, "its long values have no pages");
         }
+    }
+
+    /// Whether the bit of a column's id tells that the column is Null: the id is its own, and it is
+    /// no Boolean, whose bit is the value. Where the type is damaged, the length still tells that.
+    bool mayBeNull(std::size_t place) const {
+        const Column& column = definition_.columns[place];
+        if (column.type == ColumnType::Boolean || column.size == kBooleanSize) return false;
+        const auto ofThatId = std::ranges::count(definition_.columns, column.id, &Column::id);
+        return column.id < definition_.columnsEver && ofThatId == 1;
     }
 
     void checkNumbers(const Numbering& numbering) {
@@ -202,11 +216,14 @@ private:
             {Loss::Kind::Definitions, definition_.page, Loss::kNoSlot, std::move(why)});
     }
 
+    static constexpr std::uint16_t kBooleanSize = 1;  ///< as declared
+
     /// A column that was set aside may have taken more room than it says now.
     static constexpr std::size_t kSlack = 32;
 
     TableDefinition& definition_;
-    std::vector<std::string> reasons_;  ///< one a column; empty if there is none
+    std::vector<std::string> reasons_;      ///< one a column; empty if there is none
+    std::vector<std::uint16_t> idsOfNull_;  ///< one a column: its idForNull if it is set aside
 };
 
 }  // namespace

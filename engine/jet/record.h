@@ -41,6 +41,9 @@ public:
     /// The field of a column of the record's table. Throws Error{Damaged}.
     StoredField field(const Column& column) const;
 
+    /// Whether the field of an unreadable column is known to be Null.
+    bool isKnownNull(const Column& unreadable) const;
+
     /// For a record that has all columns of its table: how many of them are variable, which the
     /// record says, too. False if it says something else; the table is right then.
     bool expectVariableColumns(unsigned count);
@@ -67,6 +70,12 @@ private:
 
 [[noreturn]] void throwUnreadable(const Column& column, PageNumber page);
 
+inline bool Record::isKnownNull(const Column& unreadable) const {
+    const unsigned id = unreadable.idForNull;
+    if (id == format::table_definition::kNoColumn) return false;
+    return id >= columnCount_ || !isSet(id);
+}
+
 inline bool Record::expectVariableColumns(unsigned count) {
     namespace layout = format::record;
     if (maskOffset_ < layout::kFixedPart + layout::trailerSize(0)) return false;
@@ -88,7 +97,7 @@ inline Record::Record(Bytes bytes, PageNumber page) : bytes_{bytes}, page_{page}
 inline StoredField Record::field(const Column& column) const {
     StoredField field;
     if (column.id >= columnCount_) {
-        if (!column.unreadable.empty()) throwUnreadable(column, page_);
+        if (!column.unreadable.empty() && !isKnownNull(column)) throwUnreadable(column, page_);
         field.null = column.type != ColumnType::Boolean;
         return field;
     }

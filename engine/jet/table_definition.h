@@ -49,6 +49,9 @@ struct Column {
     /// Why no field of the column can be read; empty if they can. Such a column has kNoColumn for its
     /// id, so that no record has it.
     std::string unreadable;
+    /// Of an unreadable column: its id if that is not what is damaged, so that records can say that
+    /// it is Null in them; else kNoColumn.
+    std::uint16_t idForNull = format::table_definition::kNoColumn;
 
     bool isLongValue() const { return type == ColumnType::Memo || type == ColumnType::Ole; }
     bool isText() const { return type == ColumnType::Text || type == ColumnType::Memo; }

@@ -91,7 +91,10 @@ void throwUnreadable(const Column& column, PageNumber page) {
 }
 
 Value readField(PageReader& pages, const Column& column, const Record& record) {
-    if (!column.unreadable.empty()) return Unreadable{column.unreadable};
+    if (!column.unreadable.empty()) {
+        if (record.isKnownNull(column)) return {};
+        return Unreadable{column.unreadable};
+    }
     try {
         return decodeField(pages, column, record.field(column), record.page());
     } catch (const Error& error) {

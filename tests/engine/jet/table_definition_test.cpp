@@ -355,6 +355,26 @@ TEST_F(ConflictingColumns, TheColumnThatIsOddlyStoredIsToBlame) {
     EXPECT_THAT(unreadableWith(5, kFlags, 0x02), ElementsAre(u"Born"));
 }
 
+/// Where the bit of a column is known, records can say that it is Null; the bit of a Boolean is its
+/// value.
+TEST_F(ConflictingColumns, WhetherTheyAreNullIsKnownByTheirId) {
+    const auto idForNull = [&](std::size_t column, std::size_t field, std::uint16_t word) {
+        TableDefinition definition = read16(kFirstColumn + 25 * column + field, word);
+        setAsideConflicts(definition);
+        EXPECT_NE(definition.columns.at(column).unreadable, "");
+        return definition.columns.at(column).idForNull;
+    };
+    EXPECT_EQ(idForNull(1, kType, 0x5900), 1);
+    EXPECT_EQ(idForNull(5, kOffset, 0x500), 5);
+    EXPECT_EQ(idForNull(3, kId, 10), 0xFFFF);
+    EXPECT_EQ(idForNull(1, kId, 2), 0xFFFF);
+    for (std::size_t i = 0; i < 10; ++i) {
+        const TableDefinition intact = built_.read();
+        if (intact.columns.at(i).type != ColumnType::Boolean) continue;
+        EXPECT_EQ(idForNull(i, kType, 0x5900), 0xFFFF);
+    }
+}
+
 TEST_F(ConflictingColumns, FewerColumnsEverThanThereAre) {
     TableDefinition definition = read16(41, 9);
     setAsideConflicts(definition);

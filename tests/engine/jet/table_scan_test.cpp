@@ -513,6 +513,26 @@ TEST(DamagedTable, ANumberOfVariableColumnsThatIsWrongIsThatOfTheTable) {
     }
 }
 
+TEST(DamagedTable, AnUnreadableColumnIsNullWhereItsRecordSaysSo) {
+    Numbers numbers{2};
+    numbers.table.insert({2, fixture::kNull, u"note"});
+    ByteVector file = numbers.builder.bytes();
+    const std::size_t definition = fixture::pageOffset(numbers.table.definitionPages().front());
+    file[definition + 63 + 25] = 14;  // the type of the second column
+    const auto database = open(file);
+    const auto table = database->table(u"Numbers");
+    const Column& padding = table->definition().columns.at(1);
+    ASSERT_NE(padding.unreadable, "");
+    TableScan scan{*table};
+    for (int n = 0; n < 3; ++n) {
+        ASSERT_TRUE(scan.next());
+        const Value value = readField(scan.pages(), padding, scan.record());
+        EXPECT_EQ(isUnreadable(value), n < 2);
+        EXPECT_TRUE(isNull(value));
+        EXPECT_TRUE(n < 2 || scan.record().field(padding).null);
+    }
+}
+
 TEST(DamagedTable, MoreColumnsThanTheTableHasAreNoRow) {
     const Scanned scanned = sortedAfter([](ByteVector& file, Numbers& numbers) {
         fixture::poke16(file, fixture::rowOffset(file, numbers.id(3)), 4);
