@@ -270,7 +270,39 @@ void TableScan::checkColumnCounts() {
         record_.expectVariableColumns(definition.variableColumnsEver)) {
         return;
     }
+    if (!variableValuesFit(definition.variableColumnsEver)) {
+        throwDamaged(rowId_.page(), "the offsets of a record contradict its table");
+    }
     doubt("The number of its variable columns is damaged; that of the table was used.");
+}
+
+/// Whether the values of `count` variable columns begin where the record's fixed part ends, and
+/// follow each other.
+bool TableScan::variableValuesFit(unsigned count) const {
+    namespace layout = format::record;
+    const TableDefinition& definition = table_.definition();
+    const Bytes bytes = record_.bytes();
+    const std::size_t mask = bytes.size() - layout::maskSize(record_.columnCount());
+    if (layout::kFixedPart + layout::trailerSize(count) > mask) return false;
+
+    std::size_t fixedEnd = layout::kFixedPart;
+    for (const Column& column : definition.columns) {
+        if (!column.fixed || column.type == ColumnType::Boolean) continue;
+        if (!column.unreadable.empty()) continue;
+        fixedEnd = std::max(fixedEnd, layout::kFixedPart + column.fixedOffset + storedSize(column));
+    }
+    // A column that was dropped may have been the last one, and so may one that is damaged.
+    const bool allAreKnown =
+        definition.columns.size() == definition.columnsEver && !definition.losses.any();
+    const std::size_t first = load(bytes, layout::variableOffset(mask, 0));
+    if (allAreKnown ? first != fixedEnd : first < fixedEnd) return false;
+    for (unsigned i = 0; i < count; ++i) {
+        if (load(bytes, layout::variableOffset(mask, i)) >
+            load(bytes, layout::variableOffset(mask, i + 1))) {
+            return false;
+        }
+    }
+    return load(bytes, layout::variableOffset(mask, count)) <= mask - layout::trailerSize(count);
 }
 
 /// A record from before the last columns were added; where none was dropped, it is known how many of

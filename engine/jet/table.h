@@ -107,6 +107,7 @@ private:
     bool turnTo(PageNumber number);
     void checkColumnCounts();
     void checkShortRecord();
+    bool variableValuesFit(unsigned count) const;
     bool loadBlock();
     bool takeSlot();
     bool finish();

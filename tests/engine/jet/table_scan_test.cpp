@@ -533,6 +533,18 @@ TEST(DamagedTable, AnUnreadableColumnIsNullWhereItsRecordSaysSo) {
     }
 }
 
+// The table's number is no remedy where the offsets are not where it puts them.
+TEST(DamagedTable, OffsetsThatContradictTheTableCostTheRow) {
+    const Scanned scanned = sortedAfter([](ByteVector& file, Numbers& numbers) {
+        const std::size_t end =
+            fixture::rowOffset(file, numbers.id(3)) + fixture::rowLength(file, numbers.id(3));
+        fixture::poke16(file, end - 3, 3);
+        fixture::poke16(file, end - 5, 10);  // of the first variable value, which begins at 6
+    });
+    EXPECT_THAT(scanned.numbers, SizeIs(999));
+    EXPECT_EQ(scanned.losses.rows, 1u);
+}
+
 TEST(DamagedTable, MoreColumnsThanTheTableHasAreNoRow) {
     const Scanned scanned = sortedAfter([](ByteVector& file, Numbers& numbers) {
         fixture::poke16(file, fixture::rowOffset(file, numbers.id(3)), 4);
