@@ -55,6 +55,7 @@ private:
 
     std::size_t slotsEnd() const { return format::data_page::slotsEnd(slotCount_); }
     std::size_t endOf(unsigned index) const;
+    bool endsInOrder(unsigned index, std::size_t begin, std::size_t end) const;
 
     Bytes page_;
     PageNumber number_;
@@ -72,6 +73,15 @@ inline std::size_t DataPage::endOf(unsigned index) const {
     return load(page_, format::data_page::slot(index - 1)) & format::data_page::kOffsetMask;
 }
 
+/// A wrong offset spoils two rows: its own and the one below, which ends there. Where two offsets
+/// are out of order, the lower row is kept only if the upper offset alone must be wrong.
+inline bool DataPage::endsInOrder(unsigned index, std::size_t begin, std::size_t end) const {
+    if (index == 0) return true;
+    const std::size_t endAbove = endOf(index - 1);
+    if (end <= endAbove || endAbove < slotsEnd()) return true;
+    return index > 1 && begin > endAbove && end <= endOf(index - 2);
+}
+
 inline std::optional<DataPage::Slot> DataPage::slot(unsigned index) const {
     if (index >= slotCount_) return std::nullopt;
     const auto word = load(page_, format::data_page::slot(index));
@@ -84,9 +94,7 @@ inline std::optional<DataPage::Slot> DataPage::slot(unsigned index) const {
     slot.deleted = slot.pointer && slot.moved;
     if (slot.deleted) return slot;
     if (begin < slotsEnd() || begin > end || end > kPageSize) return std::nullopt;
-    // A wrong offset spoils two rows: its own and the one below, which ends there.
-    const std::size_t endAbove = index == 0 ? kPageSize : endOf(index - 1);
-    if (end > endAbove && endAbove >= slotsEnd()) return std::nullopt;
+    if (!endsInOrder(index, begin, end)) return std::nullopt;
     slot.bytes = page_.subspan(begin, end - begin);
     return slot;
 }

@@ -143,6 +143,19 @@ TEST(DataPage, ARowThatLiesOutsideItsPageIsNone) {
     EXPECT_FALSE(DataPage(image, kPage).slot(0));
 }
 
+// The row below the one that a wrong offset cuts off has both its offsets in order.
+TEST(DataPage, AWrongOffsetSpoilsTwoRows) {
+    const fixture::PageImage image = withSlot(0, 3000);
+    const DataPage page{image, kPage};
+    EXPECT_FALSE(page.slot(1));
+    ASSERT_TRUE(page.slot(2));
+    EXPECT_THAT(page.slot(2)->bytes, testing::Each(2));
+    EXPECT_THAT(page.slot(2)->bytes, testing::SizeIs(100));
+    // Here the end of row 2 may be as wrong as that of row 1.
+    const fixture::PageImage unclear = withSlot(0, 3850);
+    EXPECT_FALSE(DataPage(unclear, kPage).slot(2));
+}
+
 // With a wrong offset the row below seemed to reach up to it, over the rows in between.
 TEST(DataPage, ARowDoesNotReachOverTheOneAboveItsNeighbour) {
     const fixture::PageImage image = withSlot(1, 4090);
