@@ -32,7 +32,11 @@ template <typename Read>
 auto FieldReader::unlessDamaged(Read read) -> decltype(read()) {
     if (damage_) damage_.reset();
     try {
-        return read();
+        auto result = read();
+        if (longValuePages_.hasDoubts()) {
+            table_->database().noteDoubts(longValuePages_.takeDoubts());
+        }
+        return result;
     } catch (const jet::Error& error) {
         if (!jet::isDamage(error)) throw;
         damage_ = error.what();

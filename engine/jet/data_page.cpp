@@ -19,6 +19,13 @@ DataPage::DataPage(Bytes page, PageNumber number, unsigned slotCount)
     }
 }
 
+bool DataPage::hasPossibleSlotCount(Bytes page) {
+    const std::size_t count = load(page, layout::kSlotCount);
+    if (count == 0 || count > layout::kMaxSlots) return count == 0;
+    const std::size_t lowest = load(page, layout::slot(count - 1)) & layout::kOffsetMask;
+    return lowest >= layout::slotsEnd(count);
+}
+
 DataPage DataPage::withSlotsThatMakeSense(Bytes page, PageNumber number) {
     unsigned count = 0;
     std::size_t end = kPageSize;
@@ -29,6 +36,14 @@ DataPage DataPage::withSlotsThatMakeSense(Bytes page, PageNumber number) {
         ++count;
     }
     return {page, number, count};
+}
+
+Bytes DataPage::bytesWhateverTheSlotSays(unsigned index) const {
+    if (index >= layout::kMaxSlots) return {};
+    const std::size_t begin = load(page_, layout::slot(index)) & layout::kOffsetMask;
+    const std::size_t end = endOf(index);
+    if (begin < layout::slotsEnd(index + 1) || begin > end || end > kPageSize) return {};
+    return page_.subspan(begin, end - begin);
 }
 
 /// Writers keep a moved record one hop away; more is tolerated, a circle is not.

@@ -24,6 +24,9 @@ public:
     /// sense.
     static DataPage withSlotsThatMakeSense(Bytes page, PageNumber number);
 
+    /// Whether the rows of a page may begin behind as many slots as it says. Requires: a whole page.
+    static bool hasPossibleSlotCount(Bytes page);
+
     PageNumber number() const { return number_; }
     std::uint32_t owner() const { return load(page_, format::data_page::kOwner); }
     unsigned slotCount() const { return slotCount_; }
@@ -37,6 +40,10 @@ public:
 
     /// Nothing if the slot does not exist or its offsets contradict each other.
     std::optional<Slot> slot(unsigned index) const;
+
+    /// The bytes of a row whatever the flags of its slot are, and though the page may count fewer
+    /// slots; empty if its offsets contradict each other. For callers who know how long the row is.
+    Bytes bytesWhateverTheSlotSays(unsigned index) const;
 
     /// The bytes of a row whose slot has no flag, as nearly all have none; empty for every other
     /// slot: slot() tells those apart.

@@ -127,6 +127,14 @@ void Database::noteLoss(const Loss& loss) {
     if (lossListener_) lossListener_(loss);
 }
 
+void Database::noteDoubts(const Losses& doubts) {
+    const std::lock_guard lock{lossMutex_};
+    for (const Loss& doubt : doubts.reasons) {
+        if (!firstLoss_) firstLoss_ = doubt;
+        if (lossListener_) lossListener_(doubt);
+    }
+}
+
 void Database::setLossListener(std::function<void(const Loss&)> listener) {
     const std::lock_guard lock{lossMutex_};
     lossListener_ = std::move(listener);

@@ -70,6 +70,9 @@ public:
     /// To be called by every reader that meets a loss. Any thread.
     void noteLoss(const Loss& loss);
 
+    /// To be called with hints at damage that a PageReader has survived: they forbid writing, too.
+    void noteDoubts(const Losses& doubts);
+
     /// Calls `listener` with each loss and hint: those of losses() now, others when they are met, on
     /// the thread that meets them, one at a time.
     void setLossListener(std::function<void(const Loss&)> listener);

@@ -2,6 +2,7 @@
 
 #include "engine/jet/bytes.h"
 
+#include <string>
 #include <unordered_set>
 
 namespace jet {
@@ -10,7 +11,15 @@ namespace layout = format::long_value;
 
 void LongValueReader::turnTo(PageNumber number) {
     page_.reset();
-    page_.emplace(pages_.page(number), number);
+    const Bytes bytes = pages_.page(number);
+    if (DataPage::hasPossibleSlotCount(bytes)) {
+        page_.emplace(bytes, number);
+        return;
+    }
+    page_ = DataPage::withSlotsThatMakeSense(bytes, number);
+    pages_.doubt({number, format::data_page::kMaxSlots - 1},
+                 "The number of its long values is damaged; found " +
+                     std::to_string(page_->slotCount()) + ".");
 }
 
 /// Another value stands where this one should: the page is not what it was.
@@ -21,10 +30,13 @@ void LongValueReader::throwOtherLength(PageNumber page) {
 Bytes LongValueReader::rowBytes(RowId row) {
     if (!page_ || page_->number() != row.page()) turnTo(row.page());
     const auto slot = page_->slot(row.slot());
-    if (!slot || slot->deleted || slot->pointer) {
-        throwDamaged(row.page(), "a long value is missing");
-    }
-    return slot->bytes;
+    if (slot && !slot->deleted && !slot->pointer) return slot->bytes;
+    const Bytes bytes = page_->bytesWhateverTheSlotSays(row.slot());
+    if (bytes.empty()) throwDamaged(row.page(), "a long value is missing");
+    pages_.doubt(row, "row " + std::to_string(row.slot()) +
+                          ": A record's long value is here, but the slot is marked as "
+                          "something else or not counted.");
+    return bytes;
 }
 
 Bytes LongValueReader::readOther(Bytes header, PageNumber page, Binary& scratch) {

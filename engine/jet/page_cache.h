@@ -7,13 +7,17 @@
 // Any thread may use the cache; a PageReader belongs to one thread.
 #pragma once
 
+#include "engine/jet/losses.h"
 #include "engine/jet/storage.h"
 
 #include <array>
 #include <list>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <unordered_map>
+#include <unordered_set>
+#include <utility>
 
 namespace jet {
 
@@ -73,6 +77,17 @@ public:
 
     const Storage& storage() const { return *storage_; }
 
+    /// Keeps a hint at damage that what was read has survived, for whoever counts the losses; one
+    /// hint a row.
+    void doubt(RowId row, std::string why) {
+        if (!doubted_.insert(row.packed()).second) return;
+        doubts_.add({Loss::Kind::Hints, row.page(), Loss::kNoSlot, std::move(why)});
+    }
+    bool hasDoubts() const { return doubts_.hints != 0; }
+
+    /// The hints since the last call.
+    Losses takeDoubts() { return std::exchange(doubts_, {}); }
+
 private:
     /// Empty if the page is not in the loaded block.
     Bytes pageOfBlock(PageNumber number) const {
@@ -90,6 +105,8 @@ private:
     std::uint32_t blockCount_ = 0;
     PageNumber heldNumber_ = kNoPage;
     PagePtr held_;
+    Losses doubts_;  ///< not yet taken
+    std::unordered_set<std::uint32_t> doubted_;
 };
 
 }  // namespace jet

@@ -21,15 +21,6 @@ constexpr std::size_t kBlockPages = 64;
 /// mostly between its rows.
 constexpr std::size_t kSparsest = 4;
 
-/// Whether the rows of a page may begin behind so many slots.
-bool hasPossibleSlotCount(Bytes page) {
-    namespace layout = format::data_page;
-    const std::size_t count = load(page, layout::kSlotCount);
-    if (count == 0 || count > layout::kMaxSlots) return count == 0;
-    const std::size_t lowest = load(page, layout::slot(count - 1)) & layout::kOffsetMask;
-    return lowest >= layout::slotsEnd(count);
-}
-
 }  // namespace
 
 std::vector<PageNumber> Table::dataPages(Losses& losses) const {
@@ -124,6 +115,7 @@ TableScan::TableScan(const Table& table, std::span<const PageNumber> pages)
     : table_{table}, list_{pages}, values_{table.pageReader()}, moved_{table.pageReader()} {}
 
 bool TableScan::next() {
+    if (values_.hasDoubts()) collectDoubts();
     for (;;) {
         while (page_ && slot_ < page_->slotCount()) {
             const bool taken = takeSlot();
@@ -218,6 +210,13 @@ void TableScan::doubt(const char* why) {
     losses_.add(std::move(loss));
 }
 
+/// Those of the long values of the row before.
+void TableScan::collectDoubts() {
+    const Losses doubts = values_.takeDoubts();
+    table_.database().noteDoubts(doubts);
+    losses_ += doubts;
+}
+
 void TableScan::lose(Loss loss) {
     table_.database().noteLoss(loss);
     losses_.add(std::move(loss));
@@ -239,7 +238,7 @@ bool TableScan::turnTo(PageNumber number) {
     page_.reset();
     try {
         const Bytes bytes = values_.page(number);
-        const bool countIsWrong = !hasPossibleSlotCount(bytes);
+        const bool countIsWrong = !DataPage::hasPossibleSlotCount(bytes);
         const DataPage page = countIsWrong ? DataPage::withSlotsThatMakeSense(bytes, number)
                                            : DataPage{bytes, number};
         if (page.owner() != raw(table_.definition().page)) {

@@ -113,6 +113,7 @@ private:
     bool finish();
     bool takeRecordWithoutPointer();
     void doubt(const char* why);
+    void collectDoubts();
     void lose(Loss loss);
 
     const Table& table_;

@@ -121,6 +121,11 @@ private:
         row.record = &record;
         row.pages = &longValues_;
         project(*plan_, row, values_);
+        if (longValues_.hasDoubts()) {
+            const jet::Losses doubts = longValues_.takeDoubts();
+            plan_->table->database().noteDoubts(doubts);
+            losses_ += doubts;
+        }
         for (jet::LostField& field : row.lost) {
             if (!field.column->unreadable.empty() || isOrderedBy(*field.column)) continue;
             lose(jet::Loss::Kind::Values, id, std::move(field.why));

@@ -2,6 +2,7 @@
 
 #include "tests/engine/jet/faults.h"
 #include "tests/engine/jet/memory_pages.h"
+#include "tests/support/damage.h"
 #include "tests/support/long_values.h"
 
 #include <gmock/gmock.h>
@@ -123,8 +124,8 @@ TEST(LongValue, ASingleRowMustHoldTheLength) {
 
 TEST(LongValue, RowsThatAreNone) {
     DataPageImage image{kLongValueOwner};
-    image.append(content(10), fixture::kSlotDeleted);
-    image.append(content(10), fixture::kSlotPointer);
+    image.append(content(9), fixture::kSlotDeleted);
+    image.append(content(9), fixture::kSlotPointer);
     for (const std::uint32_t kind : {0x40000000u, 0u}) {
         const auto missing = [&](const ByteVector& file, RowId row) {
             expectFault(Fault::Damaged, [&] { read(file, header(kind | 10, row)); });
@@ -136,6 +137,63 @@ TEST(LongValue, RowsThatAreNone) {
         missing(fileWith(image), {PageNumber{6}, 0});
         missing(fileWith(image), {PageNumber{0xFFFFFF}, 255});
         missing(fileWith(image), RowId{});
+    }
+}
+
+struct DoubtfulValue {
+    ByteVector bytes;
+    std::uint64_t hints;
+};
+
+DoubtfulValue readDoubtful(const ByteVector& file, RowId row, std::uint32_t length) {
+    MemoryPages pages{file};
+    PageReader reader = pages.reader();
+    Binary scratch;
+    const ByteVector head = header(0x40000000 | length, row);
+    ByteVector bytes;
+    for (int again = 0; again < 3; ++again) {
+        const Bytes value = readLongValue(reader, head, kPage, scratch);
+        bytes.assign(value.begin(), value.end());
+    }
+    return {bytes, reader.takeDoubts().hints};
+}
+
+// The length confirms the row, whatever its slot says.
+TEST(LongValue, AMarkedRowOfTheRightLengthIsTheValue) {
+    for (const std::uint16_t flags : {fixture::kSlotDeleted, fixture::kSlotPointer}) {
+        DataPageImage image{kLongValueOwner};
+        image.append(content(20), 0);
+        image.append(content(10), flags);
+        image.append(content(30), 0);
+        const ByteVector file = fileWith(image);
+        const DoubtfulValue value = readDoubtful(file, {PageNumber{2}, 1}, 10);
+        EXPECT_EQ(value.bytes, content(10));
+        EXPECT_EQ(value.hints, 1u) << "once, however often it is read";
+        EXPECT_EQ(readDoubtful(file, {PageNumber{2}, 2}, 30).hints, 0u);
+        expectFault(Fault::Damaged, [&] { readDoubtful(file, {PageNumber{2}, 1}, 9); });
+    }
+}
+
+TEST(LongValue, ARowBehindThoseThatThePageCounts) {
+    DataPageImage image{kLongValueOwner};
+    for (std::size_t length : {20u, 10u, 30u}) image.append(content(length), 0);
+    ByteVector file = fileWith(image);
+    fixture::poke16(file, 2 * kPageSize + 12, 1);
+    const DoubtfulValue value = readDoubtful(file, {PageNumber{2}, 2}, 30);
+    EXPECT_EQ(value.bytes, content(30));
+    EXPECT_EQ(value.hints, 1u);
+    expectFault(Fault::Damaged, [&] { readDoubtful(file, {PageNumber{2}, 3}, 30); });
+}
+
+TEST(LongValue, APageWithAnImpossibleNumberOfRows) {
+    for (const std::uint16_t count : {std::uint16_t{0x6030}, std::uint16_t{256}}) {
+        DataPageImage image{kLongValueOwner};
+        for (std::size_t length : {4000u, 10u, 30u}) image.append(content(length), 0);
+        ByteVector file = fileWith(image);
+        fixture::poke16(file, 2 * kPageSize + 12, count);
+        const DoubtfulValue value = readDoubtful(file, {PageNumber{2}, 1}, 10);
+        EXPECT_EQ(value.bytes, content(10));
+        EXPECT_EQ(value.hints, 1u);
     }
 }
 

@@ -513,6 +513,37 @@ TEST(DamagedTable, ANumberOfVariableColumnsThatIsWrongIsThatOfTheTable) {
     }
 }
 
+// The table's number is no remedy where the offsets are not where it puts them.
+TEST(DamagedTable, OffsetsThatContradictTheTableCostTheRow) {
+    const Scanned scanned = sortedAfter([](ByteVector& file, Numbers& numbers) {
+        const std::size_t end =
+            fixture::rowOffset(file, numbers.id(3)) + fixture::rowLength(file, numbers.id(3));
+        fixture::poke16(file, end - 3, 3);
+        fixture::poke16(file, end - 5, 10);  // of the first variable value, which begins at 6
+    });
+    EXPECT_THAT(scanned.numbers, SizeIs(999));
+    EXPECT_EQ(scanned.losses.rows, 1u);
+}
+
+// A hint that the row itself is there all the same, and a reason not to write.
+TEST(DamagedTable, ALongValueThatIsMarkedAsDeleted) {
+    Numbers numbers{10};
+    ByteVector file = numbers.builder.bytes();
+    const std::size_t header = fixture::longValueHeaderOffset(file, numbers.id(9), 1);
+    const RowId memo = RowId::fromPacked(fixture::get<std::uint32_t>(file, header + 4));
+    const std::size_t slot = fixture::slotOffset(memo);
+    file[slot + 1] = static_cast<std::uint8_t>(file[slot + 1] | 0xC0);
+    const auto database = open(file);
+    const auto table = database->table(u"Numbers");
+    TableScan scan{*table};
+    while (scan.next()) {
+        EXPECT_FALSE(isNull(valuesOf(scan, table->definition()).at(2)));
+    }
+    EXPECT_EQ(scan.rowCount(), 10u);
+    EXPECT_EQ(scan.losses().hints, 1u);
+    EXPECT_TRUE(database->firstLoss());
+}
+
 TEST(DamagedTable, AnUnreadableColumnIsNullWhereItsRecordSaysSo) {
     Numbers numbers{2};
     numbers.table.insert({2, fixture::kNull, u"note"});
@@ -531,18 +562,6 @@ TEST(DamagedTable, AnUnreadableColumnIsNullWhereItsRecordSaysSo) {
         EXPECT_TRUE(isNull(value));
         EXPECT_TRUE(n < 2 || scan.record().field(padding).null);
     }
-}
-
-// The table's number is no remedy where the offsets are not where it puts them.
-TEST(DamagedTable, OffsetsThatContradictTheTableCostTheRow) {
-    const Scanned scanned = sortedAfter([](ByteVector& file, Numbers& numbers) {
-        const std::size_t end =
-            fixture::rowOffset(file, numbers.id(3)) + fixture::rowLength(file, numbers.id(3));
-        fixture::poke16(file, end - 3, 3);
-        fixture::poke16(file, end - 5, 10);  // of the first variable value, which begins at 6
-    });
-    EXPECT_THAT(scanned.numbers, SizeIs(999));
-    EXPECT_EQ(scanned.losses.rows, 1u);
 }
 
 TEST(DamagedTable, MoreColumnsThanTheTableHasAreNoRow) {
