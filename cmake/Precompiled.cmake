@@ -7,8 +7,8 @@
 #
 # A source still includes what it uses: the tree windows-x86-check and, for the portable layers,
 # native compile the product without precompiled headers.
-if(WIN32)
-  set(default OFF)  # MinGW's: untried
+if(CMAKE_HOST_WIN32)
+  set(default OFF)  # the compiler there cannot always load them: their address may be taken
 else()
   set(default ON)
 endif()
