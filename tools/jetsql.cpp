@@ -134,9 +134,24 @@ void tell(const jet::Losses& losses, bool hintsAreTold) {
     std::fprintf(stderr, "damage: %s could not be read\n", losses.summary().c_str());
 }
 
+/// What became of a change that was cut short: it decides which rows there are.
+void tell(const jet::Recovery& recovery) {
+    if (recovery.pagesPutBack != 0) {
+        std::fprintf(stderr, "journal: an interrupted change has been taken back, pages: %u\n",
+                     recovery.pagesPutBack);
+    }
+    if (recovery.pagesLaidOver != 0) {
+        std::fprintf(stderr, "journal: read as before an interrupted change, pages: %u\n",
+                     recovery.pagesLaidOver);
+    }
+    if (!recovery.obstacle.empty())
+        std::fprintf(stderr, "journal: %s\n", recovery.obstacle.c_str());
+}
+
 int run(const Options& options) {
     const std::u8string path{options.file.begin(), options.file.end()};
     const auto database = jet::Database::open(std::filesystem::path{path});
+    tell(database->recovery());
     if (options.verbose) nameLosses(*database);
     jet::Losses losses;
     if (options.schema) {
@@ -150,7 +165,7 @@ int run(const Options& options) {
     plain::flush(stdout);
     losses += database->losses();
     tell(losses, options.verbose);
-    return losses.any() ? kDamaged : 0;
+    return losses.any() || database->recovery().incomplete ? kDamaged : 0;
 }
 
 /// Failures go by the numbers that a data provider gives them.

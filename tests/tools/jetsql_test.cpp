@@ -1,4 +1,5 @@
 // The program jetsql, started as a person would start it.
+#include "tests/engine/jet/write/crashed.h"
 #include "tests/support/damage.h"
 #include "tests/support/expected.h"
 #include "tests/support/external_program.h"
@@ -45,6 +46,27 @@ TEST_F(Jetsql, ListsTables) {
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(result.output, HasSubstr("tblTraces\t900\n"));
     EXPECT_EQ(result.errors, "");
+}
+
+TEST_F(Jetsql, SaysWhatBecameOfAnInterruptedChange) {
+    jet::Crashed crashed{fixture::traceDatabase({.rows = 900, .seed = 8})};
+    const std::string file = folder_.write("crashed.mdb", crashed.crashed).string();
+    auto journal = crashed.journal();
+    auto cutOff = journal;
+    cutOff.resize(10000);
+    folder_.write("crashed.mdb-journal", cutOff);
+    const std::string count = "SELECT COUNT(*) FROM tblTraces";
+    auto result = jetsql({file, count});
+    EXPECT_NE(result.exitCode, 0);
+    EXPECT_THAT(result.errors, HasSubstr("journal: "));
+    EXPECT_THAT(result.errors, HasSubstr("crashed.mdb-journal"));
+
+    folder_.write("crashed.mdb-journal", journal);
+    result = jetsql({file, count});
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_EQ(result.output, "Expr1000\n900\n");
+    EXPECT_EQ(result.errors, "journal: an interrupted change has been taken back, pages: 4\n");
+    EXPECT_EQ(jetsql({file, count}).errors, "");
 }
 
 TEST_F(Jetsql, PrintsTheSchema) {
