@@ -68,10 +68,13 @@ private:
         const TableDefinition& definition = table_.definition;
         const std::size_t rows = table_.rows.ids.size();
         if (table_.rows.complete && definition.rowCount != rows) {
-            context_.report.warning(Rule::RowCount, definition.page,
-                                    "the table has " + std::to_string(rows) +
-                                        " rows, but the definition counts " +
-                                        std::to_string(definition.rowCount));
+            const std::string what = "the table has " + std::to_string(rows) +
+                                     " rows, but the definition counts " +
+                                     std::to_string(definition.rowCount);
+            // A count that lags behind does no harm; one ahead is all that is left of lost rows.
+            definition.rowCount > rows
+                ? context_.report.error(Rule::RowCount, definition.page, what)
+                : context_.report.warning(Rule::RowCount, definition.page, what);
         }
         if (highest_ > static_cast<std::int32_t>(definition.lastAutonumber)) {
             context_.report.warning(Rule::Autonumber, definition.page,
