@@ -52,11 +52,13 @@ ByteVector contentOf(const Storage& storage) {
     return content;
 }
 
+#ifndef _WIN32
 /// A file whose change was cut short, and its journal.
 std::filesystem::path write(const TemporaryFolder& folder, Crashed& crashed) {
     folder.write("crashed.mdb-journal", crashed.journal());
     return folder.write("crashed.mdb", crashed.crashed);
 }
+#endif
 
 void addTable(Database& database, const std::u16string& name) {
     database.write([&](WriteContext& context) {
