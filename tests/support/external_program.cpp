@@ -19,6 +19,8 @@ ProgramResult runProgram(const std::vector<std::string>&, std::chrono::seconds) 
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/resource.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -88,6 +90,10 @@ int millisecondsUntil(Clock::time_point deadline) {
     return static_cast<int>(std::max<std::chrono::milliseconds::rep>(0, left.count()));
 }
 
+std::chrono::milliseconds milliseconds(const timeval& time) {
+    return std::chrono::milliseconds{time.tv_sec * 1000 + time.tv_usec / 1000};
+}
+
 }  // namespace
 
 bool hasProgram(std::string_view name) {
@@ -123,8 +129,11 @@ ProgramResult runProgram(const std::vector<std::string>& arguments, std::chrono:
         drain(errors, waits[1].revents, result.errors);
     }
     int status = 0;
-    waitpid(child, &status, 0);
+    rusage used{};
+    wait4(child, &status, 0, &used);
     if (WIFEXITED(status)) result.exitCode = WEXITSTATUS(status);
+    result.processorTime = milliseconds(used.ru_utime) + milliseconds(used.ru_stime);
+    result.peakMemory = static_cast<std::size_t>(used.ru_maxrss) * 1024;
     return result;
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +15,8 @@ namespace fixture {
 struct ProgramResult {
     int exitCode = -1;  ///< -1 if the program did not end by itself
     bool timedOut = false;
+    std::chrono::milliseconds processorTime{};  ///< of all its threads
+    std::size_t peakMemory = 0;                 ///< bytes resident
     std::string output;
     std::string errors;
 };
