@@ -57,21 +57,28 @@ std::vector<std::uint8_t> contentOf(const jet::Storage& storage) {
     return content;
 }
 
-/// Runs one statement.
-void change(jet::Database& database, const std::function<void(WriteContext&)>& statement) {
-    const std::vector<std::uint8_t> before = contentOf(database.storage());
+struct Opened {
+    jet::Database& database;
+    std::vector<std::uint8_t> committed = contentOf(database.storage());
+};
+
+/// Runs one statement. One that meets damage takes back all that is not yet committed.
+void change(const Opened& file, const std::function<void(WriteContext&)>& statement) {
+    const std::vector<std::uint8_t> before = contentOf(file.database.storage());
     try {
-        database.write(statement);
+        file.database.write(statement);
     } catch (const jet::Error& error) {
         fuzz::require(error.fault() != jet::Fault::ReadFailed, "memory does not fail");
-        fuzz::require(contentOf(database.storage()) == before, "what failed changes nothing");
+        const bool damaged = error.fault() == jet::Fault::DamagedFile;
+        fuzz::require(contentOf(file.database.storage()) == (damaged ? file.committed : before),
+                      "what failed changes nothing");
     }
 }
 
 /// Runs one statement that changes the rows of the table.
-void changeRows(jet::Database& database, const std::function<void(jet::TableWriter&)>& rows) {
-    change(database, [&](WriteContext& context) {
-        jet::TableWriter writer{context, database.table(u"T")->definition()};
+void changeRows(const Opened& file, const std::function<void(jet::TableWriter&)>& rows) {
+    change(file, [&](WriteContext& context) {
+        jet::TableWriter writer{context, file.database.table(u"T")->definition()};
         rows(writer);
         writer.finish();
     });
@@ -90,13 +97,13 @@ std::vector<jet::RowId> somePlaces(jet::Database& database) {
     return places;
 }
 
-void changeEverything(jet::Database& database) {
-    change(database, [](WriteContext& context) {
+void changeEverything(const Opened& file) {
+    change(file, [](WriteContext& context) {
         jet::addColumn(context, u"T", {.name = u"B", .type = ColumnType::Boolean});
         jet::addColumn(context, u"T", {.name = u"K", .type = ColumnType::Text, .size = 320});
         jet::addColumn(context, u"T", {.name = u"O", .type = ColumnType::Ole});
     });
-    changeRows(database, [](jet::TableWriter& writer) {
+    changeRows(file, [](jet::TableWriter& writer) {
         const std::size_t last = writer.definition().columns.size() - 1;
         writer.updateRows([&](const jet::Record&, jet::PageReader&, jet::Assignments& changes) {
             using Kind = ColumnType;
@@ -109,24 +116,24 @@ void changeEverything(jet::Database& database) {
             return true;
         });
     });
-    change(database, [](WriteContext& context) {
+    change(file, [](WriteContext& context) {
         jet::createIndex(context, u"T", {.name = u"byK", .columns = {{u"K"}, {u"M"}}});
     });
-    for (const jet::RowId place : somePlaces(database)) {
-        changeRows(database, [&](jet::TableWriter& writer) {
+    for (const jet::RowId place : somePlaces(file.database)) {
+        changeRows(file, [&](jet::TableWriter& writer) {
             if (place.slot() % 3 == 0) return writer.remove(place);
             const jet::Assignments changes{{1, text(45, u'\u4E02')}, {2, text(4000, u'n')}};
             writer.update(place, changes);
         });
     }
-    changeRows(database, [](jet::TableWriter& writer) {
+    changeRows(file, [](jet::TableWriter& writer) {
         std::vector<Value> values(writer.definition().columns.size());
         for (std::size_t i = 0; i < 20; ++i) {
             if (values.size() > 2) values[2] = text(i * 300, u'i');
             writer.insert(values);
         }
     });
-    change(database, [](WriteContext& context) {
+    change(file, [](WriteContext& context) {
         jet::createTable(context, u"U", {{.name = u"X", .type = ColumnType::Memo}});
         jet::dropTable(context, u"T");
     });
@@ -144,7 +151,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fixture::FaultyDisk disk{std::move(file)};
     try {
         const auto database = jet::Database::open(disk.open(), 8);
-        changeEverything(*database);
+        changeEverything({*database});
         database->commit();
     } catch (const jet::Error& error) {
         fuzz::require(error.fault() != jet::Fault::ReadFailed, "memory does not fail");
