@@ -149,7 +149,8 @@ protected:
     /// The file as it is, and a copy that has been upgraded, show the same.
     void expectLikeUpgradedCopy(const std::filesystem::path& path) {
         const auto copy = folder_.path() / "upgraded.mdb";
-        std::filesystem::copy_file(path, copy, std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::remove(copy);  // MinGW's copy_file() does not overwrite
+        std::filesystem::copy_file(path, copy);
         const Shown upgraded = shown(copy);
         const auto content = contentOf(path);
         EXPECT_FALSE(contentOf(copy) == content) << "the copy has not been upgraded";
